@@ -1,0 +1,11 @@
+# 32-bit x86 (an Atom-class CPU: SSE4.2, AES, CLMUL) on an x86-64 host.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR i686)
+set(CMAKE_C_COMPILER gcc)
+set(CMAKE_CXX_COMPILER g++)
+set(_m32_flags "-m32 -msse4.2 -mpclmul -maes")
+set(CMAKE_C_FLAGS_INIT "${_m32_flags}")
+set(CMAKE_CXX_FLAGS_INIT "${_m32_flags}")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "-m32")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-m32")
+set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)

@@ -1,0 +1,161 @@
+// Plane copy: kimgp_cpy and the row-copy primitives.
+#include "common/internal/simd.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/core/copy.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/core/copy_rows.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Four vectors per step, then one vector per step, then the scalar tail.
+void CopyBytesVec(const uint8_t* src, uint8_t* dst, size_t n) {
+  const hn::ScalableTag<uint8_t> d;
+  const size_t N = hn::Lanes(d);
+  size_t i = 0;
+  if (n >= 4 * N) {
+    for (; i <= n - 4 * N; i += 4 * N) {
+      const auto v0 = hn::LoadU(d, src + i);
+      const auto v1 = hn::LoadU(d, src + i + N);
+      const auto v2 = hn::LoadU(d, src + i + 2 * N);
+      const auto v3 = hn::LoadU(d, src + i + 3 * N);
+      hn::StoreU(v0, d, dst + i);
+      hn::StoreU(v1, d, dst + i + N);
+      hn::StoreU(v2, d, dst + i + 2 * N);
+      hn::StoreU(v3, d, dst + i + 3 * N);
+    }
+  }
+  if (n >= N) {
+    for (; i <= n - N; i += N) hn::StoreU(hn::LoadU(d, src + i), d, dst + i);
+  }
+  scalar::CopyBytes(src + i, dst + i, n - i);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include <cstring>
+
+#include "common/internal/api.h"
+#include "imgp/core/copy_rows.h"
+#include "kimgp_copy.h"
+
+namespace kelo {
+
+KELO_VEC_EXPORT(CopyBytesVec);
+
+void CopyBytes(const uint8_t* src, uint8_t* dst, size_t n) {
+  KELO_VEC_CALL(CopyBytesVec, scalar::CopyBytes)(src, dst, n);
+}
+
+void CopyRows(const uint8_t* src, ptrdiff_t src_step, uint8_t* dst,
+              ptrdiff_t dst_step, int64_t row_bytes, int32_t rows) {
+  if (row_bytes < 1) return;
+  for (int32_t r = 0; r < rows; ++r) {
+    CopyBytes(src, dst, static_cast<size_t>(row_bytes));
+    src += src_step;
+    dst += dst_step;
+  }
+}
+
+namespace {
+
+// Copies w * h bytes as one run when both are positive.
+void CopyBlock(const uint8_t* src, uint8_t* dst, int64_t w, int64_t h) {
+  if (w > 0 && h > 0) CopyBytes(src, dst, static_cast<size_t>(w * h));
+}
+
+// Width of n-byte pixels: one block when both strides equal the row length,
+// otherwise row by row with the full strides.
+void CopyPixels(const void* src, int32_t width, int32_t height, int32_t ss,
+                int32_t ds, void* dst, int32_t n) {
+  const auto* s = static_cast<const uint8_t*>(src);
+  auto* d = static_cast<uint8_t*>(dst);
+  const int64_t row = int64_t{width} * n;
+  if (row == ss && row == ds) {
+    CopyBlock(s, d, row, height);
+  } else {
+    CopyRows(s, ss, d, ds, row, height);
+  }
+}
+
+}  // namespace
+}  // namespace kelo
+
+KELO_EXPORT void kimgp_cpy_8b(const void* src, int32_t width, int32_t height,
+                              int32_t src_stride, int32_t dst_stride,
+                              void* dst) {
+  kelo::CopyPixels(src, width, height, src_stride, dst_stride, dst, 1);
+}
+
+// 16-bit samples: one block when both halved strides equal the width (so an
+// odd stride of 2w + 1 counts as packed), otherwise row by row with each
+// stride rounded down to even to keep rows on 16-bit samples.
+KELO_EXPORT void kimgp_cpy_16b(const void* src, int32_t width, int32_t height,
+                               int32_t src_stride, int32_t dst_stride,
+                               void* dst) {
+  const auto* s = static_cast<const uint8_t*>(src);
+  auto* d = static_cast<uint8_t*>(dst);
+  if (src_stride / 2 == width && dst_stride / 2 == width) {
+    kelo::CopyBlock(s, d, int64_t{width} * 2, height);
+  } else {
+    kelo::CopyRows(s, src_stride & ~1, d, dst_stride & ~1, int64_t{width} * 2,
+                   height);
+  }
+}
+
+KELO_EXPORT void kimgp_cpy_24b(const void* src, int32_t width, int32_t height,
+                               int32_t src_stride, int32_t dst_stride,
+                               void* dst) {
+  kelo::CopyPixels(src, width, height, src_stride, dst_stride, dst, 3);
+}
+
+KELO_EXPORT void kimgp_cpy_32b(const void* src, int32_t width, int32_t height,
+                               int32_t src_stride, int32_t dst_stride,
+                               void* dst) {
+  kelo::CopyPixels(src, width, height, src_stride, dst_stride, dst, 4);
+}
+
+KELO_EXPORT int32_t kimgp_cpy(const kimgp_img* src, kimgp_img* dst) {
+  if (src->cs != dst->cs) return KIMGP_ERR_ARGS;
+  const int32_t cs = src->cs;
+  auto plane = [&](int i, void (*copy)(const void*, int32_t, int32_t, int32_t,
+                                       int32_t, void*)) {
+    copy(src->plane[i], src->width[i], src->height[i], src->stride[i],
+         dst->stride[i], dst->plane[i]);
+  };
+  if (cs > 99) {
+    // Among packed codes only the 16-bit RGB range is copied.
+    if (cs < 200 || cs > 299) return KIMGP_ERR_UNSUPPORTED;
+    plane(0, kimgp_cpy_16b);
+    return KIMGP_OK;
+  }
+  switch (cs) {
+    case KIMGP_CS_T64X32:
+      return KIMGP_ERR_UNSUPPORTED;
+    case KIMGP_CS_NV12:
+      plane(0, kimgp_cpy_8b);
+      plane(1, kimgp_cpy_16b);
+      return KIMGP_OK;
+    case KIMGP_CS_YUV400:
+      plane(0, kimgp_cpy_8b);
+      return KIMGP_OK;
+    default:
+      // Three byte planes for every other code, NV21 and unnamed codes too.
+      plane(0, kimgp_cpy_8b);
+      plane(1, kimgp_cpy_8b);
+      plane(2, kimgp_cpy_8b);
+      return KIMGP_OK;
+  }
+}
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE
