@@ -26,7 +26,7 @@ class RecordingReporter : public benchmark::ConsoleReporter {
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& r : runs) {
       if (r.run_type == Run::RT_Iteration && r.iterations > 0) {
-        times[r.benchmark_name()] = r.GetAdjustedRealTime();
+        times[r.run_name.function_name] = r.GetAdjustedRealTime();
       }
     }
     ConsoleReporter::ReportRuns(runs);

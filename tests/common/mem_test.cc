@@ -95,6 +95,8 @@ struct FillCase {
   int32_t min_size;
 };
 
+void PrintTo(const FillCase& c, std::ostream* os) { *os << c.name; }
+
 class FillTest : public ::testing::TestWithParam<FillCase> {};
 
 TEST_P(FillTest, WritesExactlyTheDefinedBytes) {
