@@ -6,28 +6,13 @@
 #include <vector>
 
 #include "bench/bench.h"
+#include "bench/bench_frame.h"
 #include "kimgp_copy.h"
 #include "tools/frame/formats.h"
 
 namespace kelo {
 namespace bench {
 namespace {
-
-// A tightly packed frame of code cs in one heap block per plane.
-struct Frame {
-  Frame(int32_t cs, int32_t w, int32_t h) {
-    frame::Describe(cs, w, h, 1, 0, &img);
-    const frame::FormatInfo* f = frame::FindFormat(cs);
-    for (int i = 0; i < f->planes; ++i) {
-      mem[i].assign(static_cast<size_t>(frame::PlaneBytes(img, i)), uint8_t(17 * i + 3));
-      img.plane[i] = mem[i].data();
-      bytes += mem[i].size();
-    }
-  }
-  kimgp_img img;
-  std::vector<uint8_t> mem[3];
-  size_t bytes = 0;
-};
 
 struct CopyPair {
   CopyPair(int32_t cs, int32_t w, int32_t h) : src(cs, w, h), dst(cs, w, h) {}
@@ -68,12 +53,10 @@ const bool kRegistered = [] {
             },
             rgb->dst.bytes});
   // A padded destination forces the row-by-row path.
-  auto padded = std::make_shared<CopyPair>(KIMGP_CS_YUV420, w, h);
-  frame::Describe(KIMGP_CS_YUV420, w, h, 64, 64, &padded->dst.img);
-  for (int i = 0; i < 3; ++i) {
-    padded->dst.mem[i].assign(static_cast<size_t>(frame::PlaneBytes(padded->dst.img, i)), 0);
-    padded->dst.img.plane[i] = padded->dst.mem[i].data();
-  }
+  struct PaddedPair {
+    Frame src{KIMGP_CS_YUV420, 1920, 1080}, dst{KIMGP_CS_YUV420, 1920, 1080, 64, 64};
+  };
+  auto padded = std::make_shared<PaddedPair>();
   Register({"copy yuv420 1920x1080 padded", "I420Copy",
             [padded] { kimgp_cpy(&padded->src.img, &padded->dst.img); },
             [padded] {

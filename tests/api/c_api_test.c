@@ -1,6 +1,7 @@
 /* Includes every public header as C99 and calls one function of each. */
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
+#include <kimgp_csc.h>
 #include <kimgp_img.h>
 
 #include <stddef.h>
@@ -18,6 +19,18 @@ int main(void) {
   if (p == NULL || ((size_t)p & 31u) != 0) return 2;
   kcmn_mfree_align32(p);
   if (kcmn_ceil_log2(5) != 3) return 3;
+  {
+    /* One grey 8x8 YUV420 frame to RGBA8888. */
+    uint8_t y[64], u[16], v[16], rgba[256];
+    uint8_t *sp[4] = {y, u, v, NULL}, *dp[4] = {rgba, NULL, NULL, NULL};
+    int32_t sw[4] = {8, 4, 4, 0}, sh[4] = {8, 4, 4, 0}, ss[4] = {8, 4, 4, 0};
+    int32_t ds[4] = {32, 0, 0, 0};
+    int i;
+    for (i = 0; i < 64; ++i) y[i] = 235;
+    for (i = 0; i < 16; ++i) u[i] = v[i] = 128;
+    kimgp_csc_yuv420_to_rgba8888(sp, sw, sh, ss, ds, dp);
+    if (rgba[0] != 255 || rgba[255] != 255) return 4;
+  }
   puts("C API ok");
   return 0;
 }

@@ -1,0 +1,320 @@
+// YUV to RGB kernels: one vector row per source family over the layout
+// traits, the scalar row for tails, and the exported names from one list.
+#include "common/internal/simd.h"
+#include "imgp/csc/yuv_to_rgb.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/csc/yuv_to_rgb.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/csc/yuv_to_rgb.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using namespace csc;  // NOLINT: layout traits and matrices
+
+#if HWY_TARGET != HWY_SCALAR
+using D8 = hn::ScalableTag<uint8_t>;
+using V8 = hn::Vec<D8>;
+using DH8 = hn::Half<D8>;
+using DI = hn::Repartition<int16_t, D8>;
+using VI = hn::Vec<DI>;
+using D16 = hn::Repartition<uint16_t, D8>;
+
+// Each of Lanes/2 bytes twice: c0 c0 c1 c1 ...
+HWY_INLINE V8 DupPairs(hn::Vec<DH8> h) {
+  const D8 d8;
+  const D16 d16;
+  const auto w = hn::PromoteTo(d16, h);
+  return hn::BitCast(d8, hn::Or(w, hn::ShiftLeft<8>(w)));
+}
+
+// Interleaved byte pairs a0 b0 a1 b1 ... to a0 a0 a1 a1 ... and b0 b0 ...
+HWY_INLINE void SplitDupPairs(V8 ab, V8* a, V8* b) {
+  const D8 d8;
+  const D16 d16;
+  const auto w = hn::BitCast(d16, ab);
+  const auto lo = hn::And(w, hn::Set(d16, 0x00FF));
+  const auto hi = hn::ShiftRight<8>(w);
+  *a = hn::BitCast(d8, hn::Or(lo, hn::ShiftLeft<8>(lo)));
+  *b = hn::BitCast(d8, hn::Or(hi, hn::ShiftLeft<8>(hi)));
+}
+
+// Y, U and V of pixels [x, x + Lanes) with chroma repeated per pixel.
+template <class Src>
+HWY_INLINE void LoadYuv(const YuvRow& row, size_t x, V8* y, V8* u, V8* v) {
+  const D8 d8;
+  const DH8 dh;
+  const size_t L = hn::Lanes(d8);
+  if constexpr (Src::kFamily == YuvFamily::kPlanar) {
+    *y = hn::LoadU(d8, row.y + x);
+    if constexpr (Src::kPairs) {
+      *u = DupPairs(hn::LoadU(dh, row.u + x / 2));
+      *v = DupPairs(hn::LoadU(dh, row.v + x / 2));
+    } else {
+      *u = hn::LoadU(d8, row.u + x);
+      *v = hn::LoadU(d8, row.v + x);
+    }
+  } else if constexpr (Src::kFamily == YuvFamily::kSemi) {
+    *y = hn::LoadU(d8, row.y + x);
+    const uint8_t* c = Src::kUFirstV ? row.u : row.v;
+    V8 first, second;
+    SplitDupPairs(hn::LoadU(d8, c + x), &first, &second);
+    *u = Src::kUFirstV ? first : second;
+    *v = Src::kUFirstV ? second : first;
+  } else {
+    const uint8_t* base = Src::kUyvyV ? row.u : row.y;
+    const V8 v0 = hn::LoadU(d8, base + 2 * x);
+    const V8 v1 = hn::LoadU(d8, base + 2 * x + L);
+    V8 c;
+    if constexpr (Src::kUyvyV) {
+      *y = hn::ConcatOdd(d8, v1, v0);
+      c = hn::ConcatEven(d8, v1, v0);
+    } else {
+      *y = hn::ConcatEven(d8, v1, v0);
+      c = hn::ConcatOdd(d8, v1, v0);
+    }
+    SplitDupPairs(c, u, v);
+  }
+}
+
+// q * x for the small whole multiples of 256 that the coefficient split
+// leaves.
+template <int Q>
+HWY_INLINE VI Times(VI x) {
+  const DI di;
+  if constexpr (Q == 0) return hn::Zero(di);
+  if constexpr (Q == 1) return x;
+  if constexpr (Q == -1) return hn::Neg(x);
+  if constexpr (Q == 2) return hn::Add(x, x);
+  if constexpr (Q != 0 && Q != 1 && Q != -1 && Q != 2) return hn::Mul(x, hn::Set(di, Q));
+}
+
+// The scaled matrix in 16-bit lanes: each coefficient k = 256 q + res, so
+// (sum k x + 128) >> 8 == sum q x + ((sum res x + 128) >> 8) exactly, and the
+// inner sums stay within int16 (checked in csc_arith.h).
+template <class Mx>
+HWY_INLINE void ScaledCore(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
+  const DI di;
+  const VI c = hn::Sub(y, hn::Set(di, Mx::kYOffset));
+  const VI d = hn::Sub(u, hn::Set(di, 128));
+  const VI e = hn::Sub(v, hn::Set(di, 128));
+  const VI base = hn::Add(hn::Mul(c, hn::Set(di, SplitRes(Mx::kCy))), hn::Set(di, 128));
+  const VI qc = Times<SplitQ(Mx::kCy)>(c);
+  const VI ri = hn::Add(base, hn::Mul(e, hn::Set(di, SplitRes(Mx::kRv))));
+  const VI gi = hn::Add(hn::Add(base, hn::Mul(d, hn::Set(di, SplitRes(Mx::kGu)))),
+                        hn::Mul(e, hn::Set(di, SplitRes(Mx::kGv))));
+  const VI bi = hn::Add(base, hn::Mul(d, hn::Set(di, SplitRes(Mx::kBu))));
+  *r = hn::Add(hn::Add(qc, Times<SplitQ(Mx::kRv)>(e)), hn::ShiftRight<8>(ri));
+  *g = hn::Add(hn::Add(hn::Add(qc, Times<SplitQ(Mx::kGu)>(d)), Times<SplitQ(Mx::kGv)>(e)),
+               hn::ShiftRight<8>(gi));
+  *b = hn::Add(hn::Add(qc, Times<SplitQ(Mx::kBu)>(d)), hn::ShiftRight<8>(bi));
+}
+
+// The full-range matrix: every product shifted by 7 on its own.
+template <class Mx>
+HWY_INLINE void FullCore(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
+  const DI di;
+  const VI d = hn::Sub(u, hn::Set(di, 128));
+  const VI e = hn::Sub(v, hn::Set(di, 128));
+  *r = hn::Add(y, hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kRv))));
+  *g = hn::Add(hn::Add(y, hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kGu)))),
+               hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kGv))));
+  *b = hn::Add(y, hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kBu))));
+}
+
+template <YuvMatrix M>
+HWY_INLINE void Core(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
+  if constexpr (M == YuvMatrix::kBt601Limited) ScaledCore<Bt601Limited>(y, u, v, r, g, b);
+  if constexpr (M == YuvMatrix::kBt709Limited) ScaledCore<Bt709Limited>(y, u, v, r, g, b);
+  if constexpr (M == YuvMatrix::kBt601Full) FullCore<Bt601Full>(y, u, v, r, g, b);
+  if constexpr (M == YuvMatrix::kBt709Full) FullCore<Bt709Full>(y, u, v, r, g, b);
+}
+
+// Both halves of the block through the matrix, saturated to bytes.
+template <YuvMatrix M>
+HWY_INLINE void ToRgb(V8 y, V8 u, V8 v, V8* r, V8* g, V8* b) {
+  const D8 d8;
+  const DH8 dh;
+  const DI di;
+  VI rl, gl, bl, rh, gh, bh;
+  Core<M>(hn::PromoteTo(di, hn::LowerHalf(dh, y)), hn::PromoteTo(di, hn::LowerHalf(dh, u)),
+          hn::PromoteTo(di, hn::LowerHalf(dh, v)), &rl, &gl, &bl);
+  Core<M>(hn::PromoteTo(di, hn::UpperHalf(dh, y)), hn::PromoteTo(di, hn::UpperHalf(dh, u)),
+          hn::PromoteTo(di, hn::UpperHalf(dh, v)), &rh, &gh, &bh);
+  *r = hn::Combine(d8, hn::DemoteTo(dh, rh), hn::DemoteTo(dh, rl));
+  *g = hn::Combine(d8, hn::DemoteTo(dh, gh), hn::DemoteTo(dh, gl));
+  *b = hn::Combine(d8, hn::DemoteTo(dh, bh), hn::DemoteTo(dh, bl));
+}
+
+// The channel a byte slot of a pixel holds.
+template <int kSlot, class Dst>
+HWY_INLINE V8 Slot(V8 r, V8 g, V8 b, V8 a) {
+  if constexpr (kSlot == Dst::kRi) return r;
+  if constexpr (kSlot == Dst::kGi) return g;
+  if constexpr (kSlot == Dst::kBi) return b;
+  if constexpr (kSlot != Dst::kRi && kSlot != Dst::kGi && kSlot != Dst::kBi) return a;
+}
+
+template <class Dst>
+HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
+  const D8 d8;
+  if constexpr (Dst::kBytes == 4) {
+    const V8 a = hn::Set(d8, 255);
+    hn::StoreInterleaved4(Slot<0, Dst>(r, g, b, a), Slot<1, Dst>(r, g, b, a),
+                          Slot<2, Dst>(r, g, b, a), Slot<3, Dst>(r, g, b, a), d8, out);
+  } else if constexpr (Dst::kBytes == 3) {
+    hn::StoreInterleaved3(Slot<0, Dst>(r, g, b, r), Slot<1, Dst>(r, g, b, r),
+                          Slot<2, Dst>(r, g, b, r), d8, out);
+  } else {
+    const DH8 dh;
+    const D16 d16;
+    const V8 hi = Dst::kRedHighV ? r : b;
+    const V8 lo = Dst::kRedHighV ? b : r;
+    auto pack = [&](hn::Vec<DH8> h8, hn::Vec<DH8> g8, hn::Vec<DH8> l8) {
+      const auto h = hn::PromoteTo(d16, h8), gg = hn::PromoteTo(d16, g8),
+                 l = hn::PromoteTo(d16, l8);
+      return hn::Or(hn::Or(hn::ShiftLeft<8>(hn::And(h, hn::Set(d16, 0xF8))),
+                           hn::ShiftLeft<3>(hn::And(gg, hn::Set(d16, 0xFC)))),
+                    hn::ShiftRight<3>(l));
+    };
+    const size_t L = hn::Lanes(d8);
+    hn::StoreU(hn::BitCast(d8, pack(hn::LowerHalf(dh, hi), hn::LowerHalf(dh, g),
+                                    hn::LowerHalf(dh, lo))),
+               d8, out);
+    hn::StoreU(hn::BitCast(d8, pack(hn::UpperHalf(dh, hi), hn::UpperHalf(dh, g),
+                                    hn::UpperHalf(dh, lo))),
+               d8, out + L);
+  }
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void RowVec(const YuvRow& row, uint8_t* dst, int n) {
+  const D8 d8;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    V8 y, u, v, r, g, b;
+    LoadYuv<Src>(row, x, &y, &u, &v);
+    ToRgb<M>(y, u, v, &r, &g, &b);
+    StoreRgb<Dst>(r, g, b, dst + x * Dst::kBytes);
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
+}
+#else   // HWY_TARGET == HWY_SCALAR: one lane is no vector; use the scalar row.
+template <class Src, class Dst, YuvMatrix M>
+void RowVec(const YuvRow& row, uint8_t* dst, int n) {
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, 0, n);
+}
+#endif  // HWY_TARGET != HWY_SCALAR
+
+YuvToRgbRowFn RowTable(int id) {
+#define KELO_ROW_PTR(S, D, M) &RowVec<S, D, YuvMatrix::M>,
+  static constexpr YuvToRgbRowFn kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
+#undef KELO_ROW_PTR
+  return kTable[id];
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include "common/internal/api.h"
+#include "kimgp_csc.h"
+
+namespace kelo {
+namespace csc {
+namespace scalar {
+
+template <class Src, class Dst, YuvMatrix M>
+void Row(const YuvRow& row, uint8_t* dst, int n) {
+  YuvToRgbRow<Src, Dst, M>(row, dst, 0, n);
+}
+
+YuvToRgbRowFn RowTable(int id) {
+#define KELO_ROW_PTR(S, D, M) &Row<S, D, YuvMatrix::M>,
+  static constexpr YuvToRgbRowFn kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
+#undef KELO_ROW_PTR
+  return kTable[id];
+}
+
+}  // namespace scalar
+
+KELO_VEC_EXPORT(RowTable);
+
+YuvToRgbRowFn YuvToRgbRowFor(YuvToRgbRowId id) {
+  return KELO_VEC_CALL(RowTable, scalar::RowTable)(id);
+}
+YuvToRgbRowFn ScalarYuvToRgbRowFor(YuvToRgbRowId id) { return scalar::RowTable(id); }
+
+}  // namespace csc
+}  // namespace kelo
+
+#define KELO_CSC_PARAMS                                                         \
+  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
+      const int32_t *ds, uint8_t **dp
+
+// kimgp_csc_<name>: the image walk of layout S with the row of (S, D, M).
+#define KELO_YUV_TO_RGB_KERNEL(name, S, D, M)                                   \
+  KELO_EXPORT void kimgp_csc_##name(KELO_CSC_PARAMS) {                          \
+    using namespace kelo::csc;                                                  \
+    YuvToRgbImage<S>(sp, sw, sh, ss, ds, dp, YuvToRgbRowFor(kRow_##S##_##D##_##M)); \
+  }
+
+// YV12 members exchange the chroma planes of the caller's descriptor, run the
+// YUV420 member, and leave the planes exchanged.
+#define KELO_YV12_TO_RGB_KERNEL(dst)                                            \
+  KELO_EXPORT void kimgp_csc_yv12_to_##dst(KELO_CSC_PARAMS) {                   \
+    uint8_t* p = sp[1];                                                         \
+    sp[1] = sp[2];                                                              \
+    sp[2] = p;                                                                  \
+    const int32_t s = ss[1];                                                    \
+    ss[1] = ss[2];                                                              \
+    ss[2] = s;                                                                  \
+    kimgp_csc_yuv420_to_##dst(sp, sw, sh, ss, ds, dp);                          \
+  }
+
+#define KELO_EACH_RGB(X, src, S)                                                \
+  X(src##_to_rgb565, S, Rgb565, kBt601Limited)                                  \
+  X(src##_to_bgr565, S, Bgr565, kBt601Limited)                                  \
+  X(src##_to_rgb888, S, Rgb888, kBt601Limited)                                  \
+  X(src##_to_bgr888, S, Bgr888, kBt601Limited)                                  \
+  X(src##_to_rgba8888, S, Rgba8888, kBt601Limited)                              \
+  X(src##_to_bgra8888, S, Bgra8888, kBt601Limited)                              \
+  X(src##_to_argb8888, S, Argb8888, kBt601Limited)                              \
+  X(src##_to_abgr8888, S, Abgr8888, kBt601Limited)
+
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, yuv420, I420)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, yuv422n, I422)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, yuv444, I444)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, nv12, Nv12)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, nv21, Nv21)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, uyvy, Uyvy)
+KELO_EACH_RGB(KELO_YUV_TO_RGB_KERNEL, yuyv, Yuyv)
+KELO_YV12_TO_RGB_KERNEL(rgb565)
+KELO_YV12_TO_RGB_KERNEL(bgr565)
+KELO_YV12_TO_RGB_KERNEL(rgb888)
+KELO_YV12_TO_RGB_KERNEL(bgr888)
+KELO_YV12_TO_RGB_KERNEL(rgba8888)
+KELO_YV12_TO_RGB_KERNEL(bgra8888)
+KELO_YV12_TO_RGB_KERNEL(argb8888)
+KELO_YV12_TO_RGB_KERNEL(abgr8888)
+
+// YUV422W is read as planar 4:2:2.
+KELO_YUV_TO_RGB_KERNEL(yuv422w_to_rgb565, I422, Rgb565, kBt601Limited)
+KELO_YUV_TO_RGB_KERNEL(yuv422w_to_bgr565, I422, Bgr565, kBt601Limited)
+
+// The standard-specific members.
+KELO_YUV_TO_RGB_KERNEL(bt601_fr_yuv420_to_rgba8888, I420, Rgba8888, kBt601Full)
+KELO_YUV_TO_RGB_KERNEL(bt601_fr_nv12_to_rgba8888, Nv12, Rgba8888, kBt601Full)
+KELO_YUV_TO_RGB_KERNEL(bt601_fr_nv21_to_rgba8888, Nv21, Rgba8888, kBt601Full)
+KELO_YUV_TO_RGB_KERNEL(bt709_yuv420_to_rgba8888, I420, Rgba8888, kBt709Limited)
+KELO_YUV_TO_RGB_KERNEL(bt709_fr_yuv420_to_rgba8888, I420, Rgba8888, kBt709Full)
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE

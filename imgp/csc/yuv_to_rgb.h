@@ -1,0 +1,116 @@
+// YUV to RGB: the scalar definition (image driver and row) shared by every
+// exported kernel, and the entry that runs a kernel with the vector rows.
+#ifndef KELO_IMGP_CSC_YUV_TO_RGB_H_
+#define KELO_IMGP_CSC_YUV_TO_RGB_H_
+
+#include <cstdint>
+
+#include "imgp/csc/csc_arith.h"
+#include "imgp/csc/pixel_layouts.h"
+
+namespace kelo {
+namespace csc {
+
+// Matrices of the YUV to RGB family.
+enum class YuvMatrix { kBt601Limited, kBt709Limited, kBt601Full, kBt709Full };
+
+template <YuvMatrix M>
+inline void YuvToRgbPixel(int y, int u, int v, int* r, int* g, int* b) {
+  if (M == YuvMatrix::kBt601Limited) ScaledYuvToRgb<Bt601Limited>(y, u, v, r, g, b);
+  if (M == YuvMatrix::kBt709Limited) ScaledYuvToRgb<Bt709Limited>(y, u, v, r, g, b);
+  if (M == YuvMatrix::kBt601Full) FullYuvToRgb<Bt601Full>(y, u, v, r, g, b);
+  if (M == YuvMatrix::kBt709Full) FullYuvToRgb<Bt709Full>(y, u, v, r, g, b);
+}
+
+namespace scalar {
+
+// Pixels [x0, n) of one row.
+template <class Src, class Dst, YuvMatrix M>
+void YuvToRgbRow(const YuvRow& row, uint8_t* dst, int x0, int n) {
+  for (int x = x0; x < n; ++x) {
+    int y, u, v, r, g, b;
+    Src::Pixel(row, x, &y, &u, &v);
+    YuvToRgbPixel<M>(y, u, v, &r, &g, &b);
+    Dst::Store(dst + x * Dst::kBytes, r, g, b);
+  }
+}
+
+}  // namespace scalar
+
+// One row converter: pixels [0, n).
+using YuvToRgbRowFn = void (*)(const YuvRow& row, uint8_t* dst, int n);
+
+// The image walk shared by every member. A width that is a multiple of 4
+// converts rows of exactly that width with chroma row r / 2. Any other width
+// takes the pixel-pair path: pairs until the count is used up (an odd width
+// writes one pixel beyond the row), and with an odd height the chroma row
+// moves down after row 0 (chroma row (r + 1) / 2).
+template <class Src>
+void YuvToRgbImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
+                   const int32_t* ss, const int32_t* ds, uint8_t* const* dp,
+                   YuvToRgbRowFn row_fn) {
+  const int w = sw[0], h = sh[0];
+  if (w <= 0 || h <= 0) return;
+  const bool pairs = (w % 4) != 0;
+  const int n = pairs ? (w + 1) & ~1 : w;
+  const bool shifted = pairs && (h & 1);
+  for (int r = 0; r < h; ++r) {
+    const int crow = Src::kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r;
+    row_fn(Src::Row(sp, ss, r, crow), dp[0] + static_cast<intptr_t>(r) * ds[0], n);
+  }
+}
+
+}  // namespace csc
+}  // namespace kelo
+
+// Every (source, destination, matrix) row the kernels use, once. The vector
+// row table of each target and the scalar table are generated from it.
+#define KELO_YUV_TO_RGB_ROWS(X)                                              \
+  X(I420, Rgb565, kBt601Limited) X(I420, Bgr565, kBt601Limited)              \
+  X(I420, Rgb888, kBt601Limited) X(I420, Bgr888, kBt601Limited)              \
+  X(I420, Rgba8888, kBt601Limited) X(I420, Bgra8888, kBt601Limited)          \
+  X(I420, Argb8888, kBt601Limited) X(I420, Abgr8888, kBt601Limited)          \
+  X(I422, Rgb565, kBt601Limited) X(I422, Bgr565, kBt601Limited)              \
+  X(I422, Rgb888, kBt601Limited) X(I422, Bgr888, kBt601Limited)              \
+  X(I422, Rgba8888, kBt601Limited) X(I422, Bgra8888, kBt601Limited)          \
+  X(I422, Argb8888, kBt601Limited) X(I422, Abgr8888, kBt601Limited)          \
+  X(I444, Rgb565, kBt601Limited) X(I444, Bgr565, kBt601Limited)              \
+  X(I444, Rgb888, kBt601Limited) X(I444, Bgr888, kBt601Limited)              \
+  X(I444, Rgba8888, kBt601Limited) X(I444, Bgra8888, kBt601Limited)          \
+  X(I444, Argb8888, kBt601Limited) X(I444, Abgr8888, kBt601Limited)          \
+  X(Nv12, Rgb565, kBt601Limited) X(Nv12, Bgr565, kBt601Limited)              \
+  X(Nv12, Rgb888, kBt601Limited) X(Nv12, Bgr888, kBt601Limited)              \
+  X(Nv12, Rgba8888, kBt601Limited) X(Nv12, Bgra8888, kBt601Limited)          \
+  X(Nv12, Argb8888, kBt601Limited) X(Nv12, Abgr8888, kBt601Limited)          \
+  X(Nv21, Rgb565, kBt601Limited) X(Nv21, Bgr565, kBt601Limited)              \
+  X(Nv21, Rgb888, kBt601Limited) X(Nv21, Bgr888, kBt601Limited)              \
+  X(Nv21, Rgba8888, kBt601Limited) X(Nv21, Bgra8888, kBt601Limited)          \
+  X(Nv21, Argb8888, kBt601Limited) X(Nv21, Abgr8888, kBt601Limited)          \
+  X(Uyvy, Rgb565, kBt601Limited) X(Uyvy, Bgr565, kBt601Limited)              \
+  X(Uyvy, Rgb888, kBt601Limited) X(Uyvy, Bgr888, kBt601Limited)              \
+  X(Uyvy, Rgba8888, kBt601Limited) X(Uyvy, Bgra8888, kBt601Limited)          \
+  X(Uyvy, Argb8888, kBt601Limited) X(Uyvy, Abgr8888, kBt601Limited)          \
+  X(Yuyv, Rgb565, kBt601Limited) X(Yuyv, Bgr565, kBt601Limited)              \
+  X(Yuyv, Rgb888, kBt601Limited) X(Yuyv, Bgr888, kBt601Limited)              \
+  X(Yuyv, Rgba8888, kBt601Limited) X(Yuyv, Bgra8888, kBt601Limited)          \
+  X(Yuyv, Argb8888, kBt601Limited) X(Yuyv, Abgr8888, kBt601Limited)          \
+  X(I420, Rgba8888, kBt709Limited) X(I420, Rgba8888, kBt601Full)             \
+  X(Nv12, Rgba8888, kBt601Full) X(Nv21, Rgba8888, kBt601Full)                \
+  X(I420, Rgba8888, kBt709Full)
+
+namespace kelo {
+namespace csc {
+
+#define KELO_ROW_ID(S, D, M) kRow_##S##_##D##_##M,
+enum YuvToRgbRowId { KELO_YUV_TO_RGB_ROWS(KELO_ROW_ID) kYuvToRgbRowCount };
+#undef KELO_ROW_ID
+
+// The row converter of the running CPU's best path for a row id.
+YuvToRgbRowFn YuvToRgbRowFor(YuvToRgbRowId id);
+// The scalar row converter for a row id (the reference in tests).
+YuvToRgbRowFn ScalarYuvToRgbRowFor(YuvToRgbRowId id);
+
+}  // namespace csc
+}  // namespace kelo
+
+#endif  // KELO_IMGP_CSC_YUV_TO_RGB_H_
