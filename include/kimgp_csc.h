@@ -261,6 +261,132 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
 
+/* RGB to YUV, limited-range BT.601: luma truncated, chroma rounded, chroma
+ * from the top-left pixel of each 2x2 block (every pixel for YUV444). */
+void kimgp_csc_rgb565_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb565_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb565_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb565_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr565_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr565_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr565_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr565_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgr888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgba8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgba8888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgba8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgba8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgra8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgra8888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgra8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bgra8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_argb8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_argb8888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_argb8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_argb8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_abgr8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_abgr8888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_abgr8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_abgr8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgba8888_to_yuv444(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_argb8888_to_yuv444(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
+/* RGBA8888 to YUV with BT.601 full range and BT.709 limited range (whose
+ * luma blue weight is 25, so white gives Y = 244). */
+void kimgp_csc_bt601_fr_rgba8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt601_fr_rgba8888_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt601_fr_rgba8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt601_fr_rgba8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt709_rgba8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt709_rgba8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif
