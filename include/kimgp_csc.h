@@ -42,6 +42,13 @@ typedef void (*kimgp_csc_kernel)(uint8_t **src_plane, const int32_t *src_width,
                                  const int32_t *src_height, int32_t *src_stride,
                                  const int32_t *dst_stride, uint8_t **dst_plane);
 
+int32_t kimgp_csc(const kimgp_img *src, kimgp_img *dst);
+
+/* Standard-specific entries, reached from kimgp_csc through `std`. */
+int32_t kimgp_csc_bt601_fr(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_bt709(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_bt709_fr(const kimgp_img *src, kimgp_img *dst);
+
 /* YUV to RGB, limited-range BT.601. */
 void kimgp_csc_yuv420_to_rgb565(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
@@ -242,27 +249,15 @@ void kimgp_csc_yuv422w_to_rgb565(uint8_t **src_plane, const int32_t *src_width,
 void kimgp_csc_yuv422w_to_bgr565(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
-
-/* YUV to RGBA8888 with other matrices: BT.601 full range (7 fractional bits,
- * no luma offset), BT.709 limited range, BT.709 full range. */
-void kimgp_csc_bt601_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+/* Grey replication without range expansion. */
+void kimgp_csc_yuv400_to_rgb565(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
-void kimgp_csc_bt601_fr_nv12_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
-    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
-    uint8_t **dst_plane);
-void kimgp_csc_bt601_fr_nv21_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
-    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
-    uint8_t **dst_plane);
-void kimgp_csc_bt709_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
-    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
-    uint8_t **dst_plane);
-void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+void kimgp_csc_yuv400_to_rgb888(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
 
-/* RGB to YUV, limited-range BT.601: luma truncated, chroma rounded, chroma
- * from the top-left pixel of each 2x2 block (every pixel for YUV444). */
+/* RGB to YUV, limited-range BT.601. */
 void kimgp_csc_rgb565_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
@@ -365,9 +360,163 @@ void kimgp_csc_rgba8888_to_yuv444(uint8_t **src_plane, const int32_t *src_width,
 void kimgp_csc_argb8888_to_yuv444(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
+/* RGB888 to RGB565 by truncation. */
+void kimgp_csc_rgb888_to_rgb565(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
 
-/* RGBA8888 to YUV with BT.601 full range and BT.709 limited range (whose
- * luma blue weight is 25, so white gives Y = 244). */
+/* YUV layout conversions: samples are moved, never changed. */
+void kimgp_csc_yuv420_to_yuv422n(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv444_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422n_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422n_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yv16_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yv16_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv12_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv12_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv21_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv21_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv21_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuyv_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420Planar16_to_yuv420Planar(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
+/* Row helpers (widths in bytes of the plane read, heights in its rows). */
+/* Copies source rows 0, 2, 4, ... to consecutive rows; height must be even. */
+void kimgp_csc_1x2_to_1x1(const uint8_t *src, int32_t width, int32_t height,
+                          int32_t src_stride, int32_t dst_stride, uint8_t *dst);
+/* Keeps the top-left byte of every 2x2 block. */
+void kimgp_csc_2x2_to_1x1(const uint8_t *src, int32_t width, int32_t height,
+                          int32_t src_stride, int32_t dst_stride, uint8_t *dst);
+/* Writes every source row twice. */
+void kimgp_csc_1x1_to_1x2(const uint8_t *src, int32_t width, int32_t height,
+                          int32_t src_stride, int32_t dst_stride, uint8_t *dst);
+/* Interleaves: destination byte 2i from src0, 2i + 1 from src1. */
+void kimgp_csc_8b8b_pck(const uint8_t *src0, const uint8_t *src1, int32_t width,
+                        int32_t height, int32_t src0_stride, int32_t src1_stride,
+                        int32_t dst_stride, uint8_t *dst);
+/* Splits even bytes to dst0 and odd bytes to dst1; a final odd byte goes to
+ * dst0. */
+void kimgp_csc_8b8b_unpck(const uint8_t *src, int32_t bytes, int32_t height,
+                          int32_t src_stride, int32_t dst0_stride,
+                          int32_t dst1_stride, uint8_t *dst0, uint8_t *dst1);
+/* Exchanges the bytes of every pair over (stride & 0xFFFF) * (rows & 0xFFFF)
+ * contiguous bytes, in place. */
+void kimgp_csc_swap_8byte8(uint8_t *plane, int32_t stride, int32_t rows);
+
+/* 10-bit P010LE (the 10 significant bits in the high bits of each
+ * little-endian word) to RGBA8888 with the BT.2020 limited-range matrix. */
+void kimgp_csc_p010le_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
+/* Tiled layouts (tile orders in kimgp_img.h). */
+void kimgp_csc_t64x32_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_yv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_nv12(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_rgb565(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_bgr565(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_rgb888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_bgr888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_bgra8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_argb8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_abgr8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420_to_t64x32(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t16x16_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t8x8_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t256x16_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+/* Tile copies: `width` x `height` samples of one plane, tiled row stride
+ * `src_stride` (bytes of one row of tiles / tile height), linear dst. */
+void kimgp_csc_copy_16x16tiles_to_linear(const uint8_t *src, int32_t width,
+                                         int32_t height, int32_t src_stride,
+                                         int32_t dst_stride, uint8_t *dst);
+void kimgp_csc_copy_16x8tiles_to_linear(const uint8_t *src, int32_t width,
+                                        int32_t height, int32_t src_stride,
+                                        int32_t dst_stride, uint8_t *dst);
+void kimgp_csc_unpack_16x8tiles_to_linear(const uint8_t *src, int32_t width,
+                                          int32_t height, int32_t src_stride,
+                                          int32_t dst0_stride,
+                                          int32_t dst1_stride, uint8_t *dst0,
+                                          uint8_t *dst1);
+
+/* Full-range BT.601, BT.709 and BT.709 full-range kernels. */
+void kimgp_csc_bt601_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt601_fr_nv12_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt601_fr_nv21_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
 void kimgp_csc_bt601_fr_rgba8888_to_yuv420(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
@@ -380,10 +529,16 @@ void kimgp_csc_bt601_fr_rgba8888_to_nv12(uint8_t **src_plane, const int32_t *src
 void kimgp_csc_bt601_fr_rgba8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
+void kimgp_csc_bt709_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
 void kimgp_csc_bt709_rgba8888_to_nv12(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
 void kimgp_csc_bt709_rgba8888_to_nv21(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
 

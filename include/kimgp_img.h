@@ -57,16 +57,17 @@ typedef struct kimgp_img {
  * YUV with a separate luma plane, 100-199 packed YUV, 2xx/4xx/5xx packed RGB of
  * 2/3/4 bytes per pixel, 600 and up 16-bit-per-sample YUV.
  *
- * Tile orders of the tiled layouts (all carry NV12 samples: a luma plane and an
- * interleaved U,V plane at half width and half height):
- *   KIMGP_CS_T64X32  - each plane is cut into tiles of 64 bytes by 32 rows;
- *                      a tile's rows are stored one after another (2048
- *                      bytes), tiles run left to right then top to bottom.
- *                      Plane 0's stride is the tiled row length in bytes
- *                      (tiles per row x 64); plane 1 likewise.
- *   KIMGP_CS_T16X16  - as T64X32 with 16x16 luma tiles (16x8 chroma tiles).
- *   KIMGP_CS_T8X8    - as T64X32 with 8x8 luma tiles (8x4 chroma tiles).
- *   KIMGP_CS_T256X16 - as T64X32 with 256x16 luma tiles (256x8 chroma).
+ * Tile orders of the tiled layouts. Each carries 4:2:0 samples as NV12 does:
+ * a luma plane (plane 0) and an interleaved U, V plane (plane 1) at half
+ * height. A plane is cut into tiles of TW bytes by TH rows; a tile's bytes are
+ * stored row after row, tiles run left to right, then top to bottom, and
+ * `stride` is tiles-per-row x TW. Byte (x, y) of a plane sits at
+ *   (y / TH) * stride * TH + (x / TW) * TW * TH + (y % TH) * TW + x % TW,
+ * so a plane's buffer holds stride x (height rounded up to TH) bytes.
+ *   KIMGP_CS_T64X32  - 64 x 32 tiles on both planes.
+ *   KIMGP_CS_T16X16  - 16 x 16 luma tiles, 16 x 8 chroma tiles.
+ *   KIMGP_CS_T8X8    - 8 x 8 luma tiles, 8 x 4 chroma tiles.
+ *   KIMGP_CS_T256X16 - 256 x 16 luma tiles, 256 x 8 chroma tiles.
  */
 enum {
   KIMGP_CS_YUV400 = 0,

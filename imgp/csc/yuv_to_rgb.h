@@ -44,20 +44,28 @@ using YuvToRgbRowFn = void (*)(const YuvRow& row, uint8_t* dst, int n);
 // converts rows of exactly that width with chroma row r / 2. Any other width
 // takes the pixel-pair path: pairs until the count is used up (an odd width
 // writes one pixel beyond the row), and with an odd height the chroma row
-// moves down after row 0 (chroma row (r + 1) / 2).
-template <class Src>
-void YuvToRgbImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
-                   const int32_t* ss, const int32_t* ds, uint8_t* const* dp,
-                   YuvToRgbRowFn row_fn) {
-  const int w = sw[0], h = sh[0];
+// moves down after row 0 (chroma row (r + 1) / 2). row_at(r, crow) gives the
+// source row pointers.
+template <bool kVertHalf, class RowAt>
+void YuvToRgbWalk(int w, int h, RowAt row_at, uint8_t* dst, int32_t dst_stride,
+                  YuvToRgbRowFn row_fn) {
   if (w <= 0 || h <= 0) return;
   const bool pairs = (w % 4) != 0;
   const int n = pairs ? (w + 1) & ~1 : w;
   const bool shifted = pairs && (h & 1);
   for (int r = 0; r < h; ++r) {
-    const int crow = Src::kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r;
-    row_fn(Src::Row(sp, ss, r, crow), dp[0] + static_cast<intptr_t>(r) * ds[0], n);
+    const int crow = kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r;
+    row_fn(row_at(r, crow), dst + static_cast<intptr_t>(r) * dst_stride, n);
   }
+}
+
+template <class Src>
+void YuvToRgbImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
+                   const int32_t* ss, const int32_t* ds, uint8_t* const* dp,
+                   YuvToRgbRowFn row_fn) {
+  YuvToRgbWalk<Src::kVertHalf>(
+      sw[0], sh[0], [&](int r, int crow) { return Src::Row(sp, ss, r, crow); }, dp[0], ds[0],
+      row_fn);
 }
 
 }  // namespace csc

@@ -30,13 +30,13 @@ std::vector<FormatInfo> MakeTable() {
       {8, "yuv422w", "8-bit Y, U, V planes, 4:2:2 (RGB565 converters only)",
        F::kYuv, 3, {0, 1, 1}, {0, 0, 0}, {1, 1, 1}, {0}},
       {11, "t64x32", "NV12 samples in 64x32 tiles", F::kTiled, 2, {0, 1},
-       {0, 1}, {1, 2}, {0, 1}},
+       {0, 1}, {1, 2}, {0, 1}, 64, {32, 32}},
       {12, "t16x16", "NV12 samples in 16x16 tiles", F::kTiled, 2, {0, 1},
-       {0, 1}, {1, 2}, {0, 1}},
-      {13, "t8x8", "4:2:0 samples in 8x8 tiles", F::kTiled, 2, {0, 1}, {0, 1},
-       {1, 2}, {0, 1}},
-      {14, "t256x16", "4:2:0 samples in 256x16 tiles", F::kTiled, 2, {0, 1},
-       {0, 1}, {1, 2}, {0, 1}},
+       {0, 1}, {1, 2}, {0, 1}, 16, {16, 8}},
+      {13, "t8x8", "NV12 samples in 8x8 tiles", F::kTiled, 2, {0, 1}, {0, 1},
+       {1, 2}, {0, 1}, 8, {8, 4}},
+      {14, "t256x16", "NV12 samples in 256x16 tiles", F::kTiled, 2, {0, 1},
+       {0, 1}, {1, 2}, {0, 1}, 256, {16, 8}},
       {100, "uyvy", "packed U0 Y0 V0 Y1", F::kPackedYuv, 1, {0}, {0}, {2},
        {0}},
       {101, "yuyv", "packed Y0 U0 Y1 V0", F::kPackedYuv, 1, {0}, {0}, {2},
@@ -120,6 +120,11 @@ bool Describe(int32_t cs, int32_t w, int32_t h, int32_t align, int32_t pad,
     out->height[i] = g.height;
     out->stride[i] = (g.row_bytes + align - 1) / align * align + pad;
     out->buf_height[i] = g.height;
+    if (f->tile_w > 0) {
+      const int th = f->tile_h[i];
+      out->stride[i] = (g.row_bytes + f->tile_w - 1) / f->tile_w * f->tile_w;
+      out->buf_height[i] = (g.height + th - 1) / th * th;
+    }
   }
   return true;
 }

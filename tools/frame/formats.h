@@ -25,6 +25,8 @@ struct FormatInfo {
   int y_shift[3];
   int unit_bytes[3];     // bytes per unit of `width[i]` (sample, pair, pixel)
   int pair[3];           // 1 where width[i] counts interleaved pairs
+  int tile_w = 0;        // tiled layouts: tile width in bytes, and the tile
+  int tile_h[2] = {0, 0};  // height of planes 0 and 1 (0: linear)
 };
 
 // Every code of the table, in code order.
@@ -45,7 +47,8 @@ PlaneGeometry PlaneOf(const FormatInfo& f, int i, int32_t w, int32_t h);
 
 // A descriptor for a w x h picture of code cs whose rows are row_bytes
 // rounded up to `align` plus `pad` bytes, with buf_height = height; plane
-// pointers are left null. Returns false for an unknown code.
+// pointers are left null. Tiled layouts round strides up to whole tiles and
+// buffer heights up to the tile height. Returns false for an unknown code.
 bool Describe(int32_t cs, int32_t w, int32_t h, int32_t align, int32_t pad,
               kimgp_img* out);
 

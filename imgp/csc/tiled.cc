@@ -1,0 +1,232 @@
+// Tiled layouts and 10-bit P010LE.
+//
+// A tiled plane is cut into tiles of TW bytes by TH rows; the bytes of a tile
+// are stored row after row (TW x TH contiguous bytes), tiles run left to
+// right, then top to bottom. `stride` is the length of one row of tiles
+// divided by TH, i.e. tiles-per-row x TW, so byte (x, y) of the plane is at
+//   (y / TH) * stride * TH + (x / TW) * TW * TH + (y % TH) * TW + x % TW.
+// Chroma planes hold interleaved U, V pairs at half height: T64X32 tiles them
+// 64 x 32 like luma, the others with tiles of half the luma tile height
+// (16 x 8, 8 x 4, 256 x 8). Rows are converted by gathering them into a linear buffer and
+// running the NV12 rows.
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "common/internal/api.h"
+#include "imgp/core/copy_rows.h"
+#include "imgp/csc/layout_rows.h"
+#include "imgp/csc/yuv_to_rgb.h"
+#include "kimgp_csc.h"
+
+namespace kelo {
+namespace csc {
+namespace {
+
+struct Tiling {
+  int tw, th;
+};
+constexpr Tiling kT64x32{64, 32}, kT16x16{16, 16}, kT16x8{16, 8},
+    kT8x8{8, 8}, kT8x4{8, 4}, kT256x16{256, 16}, kT256x8{256, 8};
+
+inline size_t TileOffset(const Tiling& t, int32_t stride, int x, int y) {
+  return size_t(y / t.th) * size_t(stride) * size_t(t.th) + size_t(x / t.tw) * t.tw * t.th +
+         size_t(y % t.th) * t.tw + size_t(x % t.tw);
+}
+
+// Row y, bytes [0, n), of a tiled plane into out.
+void DetileRow(const uint8_t* src, int32_t stride, const Tiling& t, int y, int n, uint8_t* out) {
+  for (int x = 0; x < n;) {
+    const int run = std::min(t.tw - x % t.tw, n - x);
+    CopyBytes(src + TileOffset(t, stride, x, y), out + x, size_t(run));
+    x += run;
+  }
+}
+
+// Bytes [0, n) of `in` into row y of a tiled plane.
+void TileRow(const uint8_t* in, int n, uint8_t* dst, int32_t stride, const Tiling& t, int y) {
+  for (int x = 0; x < n;) {
+    const int run = std::min(t.tw - x % t.tw, n - x);
+    CopyBytes(in + x, dst + TileOffset(t, stride, x, y), size_t(run));
+    x += run;
+  }
+}
+
+// A heap row buffer that frees itself; null when the allocation fails, in
+// which case the kernel writes nothing.
+struct Buffer {
+  explicit Buffer(size_t n) : p(static_cast<uint8_t*>(malloc(n))) {}
+  ~Buffer() { free(p); }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+  uint8_t* p;
+};
+
+// Tiled NV12 samples to RGB through the NV12 rows. The buffers keep one
+// spare pixel pair for the pixel-pair path of odd widths.
+void TiledToRgb(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const int32_t* ss,
+                const int32_t* ds, uint8_t* const* dp, const Tiling& luma, const Tiling& chroma,
+                YuvToRgbRowId id) {
+  const int w = sw[0];
+  if (w <= 0 || sh[0] <= 0) return;
+  const int n = (w + 1) & ~1;
+  Buffer y(size_t(n) + 2), c(size_t(n) + 2);
+  if (y.p == nullptr || c.p == nullptr) return;
+  int last_crow = -1;
+  YuvToRgbWalk<true>(
+      w, sh[0],
+      [&](int r, int crow) {
+        DetileRow(sp[0], ss[0], luma, r, n, y.p);
+        if (crow != last_crow) DetileRow(sp[1], ss[1], chroma, crow, n, c.p);
+        last_crow = crow;
+        return YuvRow{y.p, c.p, c.p + 1};
+      },
+      dp[0], ds[0], YuvToRgbRowFor(id));
+}
+
+// Luma and chroma of a T64X32 frame into linear planes; chroma rows go
+// through `chroma_row` (row pointer, pair count, chroma row).
+template <class ChromaRow>
+void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const int32_t* ss,
+                 const int32_t* ds, uint8_t* const* dp, ChromaRow chroma_row) {
+  if (sw[0] > 0) {
+    for (int r = 0; r < sh[0]; ++r) {
+      DetileRow(sp[0], ss[0], kT64x32, r, sw[0], dp[0] + intptr_t(r) * ds[0]);
+    }
+  }
+  if (sw[1] <= 0) return;
+  Buffer c(2 * size_t(sw[1]));
+  if (c.p == nullptr) return;
+  for (int r = 0; r < sh[1]; ++r) {
+    DetileRow(sp[1], ss[1], kT64x32, r, 2 * sw[1], c.p);
+    chroma_row(c.p, size_t(sw[1]), r);
+  }
+}
+
+// P010LE: 16-bit little-endian words with the 10 significant bits at the
+// top. BT.2020 limited range (Y 64..940, C 64..960) straight to 8 bits with
+// 12 fractional bits: R = (1192 (Y - 64) + 1719 (V - 512) + 2048) >> 12, etc.
+inline int Word(const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; }
+inline int Clamp(int x) { return x < 0 ? 0 : (x > 255 ? 255 : x); }
+
+void P010Row(const YuvRow& row, uint8_t* dst, int n) {
+  for (int x = 0; x < n; ++x) {
+    const int y = Word(row.y + 2 * x) - 64;
+    const int u = Word(row.u + 4 * (x >> 1)) - 512;
+    const int v = Word(row.v + 4 * (x >> 1)) - 512;
+    const int l = 1192 * y + 2048;
+    uint8_t* p = dst + 4 * x;
+    p[0] = static_cast<uint8_t>(Clamp((l + 1719 * v) >> 12));
+    p[1] = static_cast<uint8_t>(Clamp((l - 192 * u - 666 * v) >> 12));
+    p[2] = static_cast<uint8_t>(Clamp((l + 2193 * u) >> 12));
+    p[3] = 255;
+  }
+}
+
+}  // namespace
+}  // namespace csc
+}  // namespace kelo
+
+using namespace kelo::csc;  // NOLINT
+
+#define KELO_CSC_PARAMS                                                         \
+  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
+      const int32_t *ds, uint8_t **dp
+
+KELO_EXPORT void kimgp_csc_copy_16x16tiles_to_linear(const uint8_t* src, int32_t width,
+                                                     int32_t height, int32_t src_stride,
+                                                     int32_t dst_stride, uint8_t* dst) {
+  if (width < 1) return;
+  for (int r = 0; r < height; ++r) DetileRow(src, src_stride, kT16x16, r, width, dst + intptr_t(r) * dst_stride);
+}
+
+KELO_EXPORT void kimgp_csc_copy_16x8tiles_to_linear(const uint8_t* src, int32_t width,
+                                                    int32_t height, int32_t src_stride,
+                                                    int32_t dst_stride, uint8_t* dst) {
+  if (width < 1) return;
+  for (int r = 0; r < height; ++r) DetileRow(src, src_stride, kT16x8, r, width, dst + intptr_t(r) * dst_stride);
+}
+
+KELO_EXPORT void kimgp_csc_unpack_16x8tiles_to_linear(const uint8_t* src, int32_t width,
+                                                      int32_t height, int32_t src_stride,
+                                                      int32_t dst0_stride, int32_t dst1_stride,
+                                                      uint8_t* dst0, uint8_t* dst1) {
+  if (width < 1) return;
+  Buffer c{static_cast<size_t>(width)};
+  if (c.p == nullptr) return;
+  for (int r = 0; r < height; ++r) {
+    DetileRow(src, src_stride, kT16x8, r, width, c.p);
+    kimgp_csc_8b8b_unpck(c.p, width, 1, width, dst0_stride, dst1_stride,
+                         dst0 + intptr_t(r) * dst0_stride, dst1 + intptr_t(r) * dst1_stride);
+  }
+}
+
+KELO_EXPORT void kimgp_csc_t64x32_to_nv12(KELO_CSC_PARAMS) {
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
+    memcpy(dp[1] + intptr_t(r) * ds[1], c, 2 * pairs);
+  });
+}
+KELO_EXPORT void kimgp_csc_t64x32_to_nv21(KELO_CSC_PARAMS) {
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
+    uint8_t* d = dp[1] + intptr_t(r) * ds[1];
+    memcpy(d, c, 2 * pairs);
+    SwapPairs(d, pairs);
+  });
+}
+KELO_EXPORT void kimgp_csc_t64x32_to_yuv420(KELO_CSC_PARAMS) {
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
+    Deinterleave(c, dp[1] + intptr_t(r) * ds[1], dp[2] + intptr_t(r) * ds[2], pairs);
+  });
+}
+KELO_EXPORT void kimgp_csc_t64x32_to_yv12(KELO_CSC_PARAMS) {
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
+    Deinterleave(c, dp[2] + intptr_t(r) * ds[2], dp[1] + intptr_t(r) * ds[1], pairs);
+  });
+}
+
+// YUV420 into T64X32: luma tiled, chroma interleaved U, V and tiled.
+KELO_EXPORT void kimgp_csc_yuv420_to_t64x32(KELO_CSC_PARAMS) {
+  if (sw[0] > 0) {
+    for (int r = 0; r < sh[0]; ++r) TileRow(sp[0] + intptr_t(r) * ss[0], sw[0], dp[0], ds[0], kT64x32, r);
+  }
+  if (sw[1] <= 0) return;
+  Buffer c(2 * size_t(sw[1]));
+  if (c.p == nullptr) return;
+  for (int r = 0; r < sh[1]; ++r) {
+    Interleave(sp[1] + intptr_t(r) * ss[1], sp[2] + intptr_t(r) * ss[2], c.p, size_t(sw[1]));
+    TileRow(c.p, 2 * sw[1], dp[1], ds[1], kT64x32, r);
+  }
+}
+
+#define KELO_T64X32_TO_RGB(dst, D)                                              \
+  KELO_EXPORT void kimgp_csc_t64x32_to_##dst(KELO_CSC_PARAMS) {                 \
+    TiledToRgb(sp, sw, sh, ss, ds, dp, kT64x32, kT64x32, kRow_Nv12_##D##_kBt601Limited); \
+  }
+KELO_T64X32_TO_RGB(rgb565, Rgb565)
+KELO_T64X32_TO_RGB(bgr565, Bgr565)
+KELO_T64X32_TO_RGB(rgb888, Rgb888)
+KELO_T64X32_TO_RGB(bgr888, Bgr888)
+KELO_T64X32_TO_RGB(rgba8888, Rgba8888)
+KELO_T64X32_TO_RGB(bgra8888, Bgra8888)
+KELO_T64X32_TO_RGB(argb8888, Argb8888)
+KELO_T64X32_TO_RGB(abgr8888, Abgr8888)
+
+KELO_EXPORT void kimgp_csc_t16x16_to_rgba8888(KELO_CSC_PARAMS) {
+  TiledToRgb(sp, sw, sh, ss, ds, dp, kT16x16, kT16x8, kRow_Nv12_Rgba8888_kBt601Limited);
+}
+KELO_EXPORT void kimgp_csc_t8x8_to_rgba8888(KELO_CSC_PARAMS) {
+  TiledToRgb(sp, sw, sh, ss, ds, dp, kT8x8, kT8x4, kRow_Nv12_Rgba8888_kBt601Limited);
+}
+KELO_EXPORT void kimgp_csc_t256x16_to_rgba8888(KELO_CSC_PARAMS) {
+  TiledToRgb(sp, sw, sh, ss, ds, dp, kT256x16, kT256x8, kRow_Nv12_Rgba8888_kBt601Limited);
+}
+
+KELO_EXPORT void kimgp_csc_p010le_to_rgba8888(KELO_CSC_PARAMS) {
+  YuvToRgbWalk<true>(
+      sw[0], sh[0],
+      [&](int r, int crow) {
+        const uint8_t* c = sp[1] + intptr_t(crow) * ss[1];
+        return YuvRow{sp[0] + intptr_t(r) * ss[0], c, c + 2};
+      },
+      dp[0], ds[0], P010Row);
+}

@@ -1,0 +1,366 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "imgp/csc/layout_rows.h"
+#include "kimgp_csc.h"
+#include "tests/support/guarded.h"
+#include "tests/support/targets.h"
+
+namespace kelo {
+namespace test {
+namespace {
+
+int32_t Convert(TestFrame& src, TestFrame& dst) { return kimgp_csc(&src.img, &dst.img); }
+
+// The pairs kimgp_csc converts, written out pair by pair.
+std::set<std::pair<int32_t, int32_t>> SupportedPairs() {
+  std::set<std::pair<int32_t, int32_t>> s = {
+      {1, 2},   {1, 4},   {1, 6},   {1, 7},    {1, 11},  {2, 1},   {2, 4},   {3, 1},
+      {5, 1},   {5, 4},   {6, 1},   {6, 4},    {6, 7},   {7, 1},   {7, 4},   {7, 6},
+      {11, 1},  {11, 4},  {11, 6},  {11, 7},   {12, 1},  {12, 6},  {101, 1}, {600, 1},
+      {0, 200}, {0, 400}, {8, 200}, {8, 201},  {12, 500}, {13, 500}, {14, 500}, {601, 500},
+      {200, 500}, {400, 200}, {500, 3}, {500, 200}, {502, 3}};
+  const int32_t rgb[] = {200, 201, 400, 401, 500, 501, 502, 503};
+  for (int32_t src : {1, 2, 3, 4, 6, 7, 11, 100, 101}) {
+    for (int32_t d : rgb) s.insert({src, d});
+  }
+  for (int32_t src : rgb) {
+    for (int32_t d : {1, 4, 6, 7}) s.insert({src, d});
+  }
+  return s;
+}
+
+const int32_t kCodes[] = {0,   1,   2,   3,   4,   5,   6,   7,   8,   9,   10,  11,  12,
+                          13,  14,  15,  99,  100, 101, 102, 200, 201, 202, 400, 401, 402,
+                          500, 501, 502, 503, 504, 600, 601, 602};
+
+// Every pair of codes: the status, and on a refusal not a byte written.
+// T256X16 is refused at this width (it needs more than 1280 pixels).
+TEST(CscRouting, EveryPairOfCodes) {
+  const auto supported = SupportedPairs();
+  std::mt19937 rng = MakeRng(1);
+  for (int32_t s : kCodes) {
+    for (int32_t d : kCodes) {
+      TestFrame src(s, 16, 8), dst(d, 16, 8);
+      src.FillRandom(rng);
+      const auto before = dst.Snapshot();
+      int32_t want = supported.count({s, d}) ? 0 : -3;
+      if (s == d) want = -1;
+      if (s == KIMGP_CS_T256X16) want = s == d ? -1 : -3;
+      ASSERT_EQ(Convert(src, dst), want) << s << " -> " << d;
+      if (want != 0) {
+        ASSERT_EQ(dst.Snapshot(), before) << s << " -> " << d;
+      }
+      ASSERT_TRUE(dst.GuardsIntact()) << s << " -> " << d;
+    }
+  }
+}
+
+// The dispatcher's own conversions and its routing give the bytes of the
+// exported kernel of the same name.
+TEST(CscRouting, RoutesGiveTheKernelsBytes) {
+  const struct {
+    int32_t s, d;
+    kimgp_csc_kernel k;
+  } cases[] = {{1, 500, kimgp_csc_yuv420_to_rgba8888}, {6, 200, kimgp_csc_nv12_to_rgb565},
+               {101, 401, kimgp_csc_yuyv_to_bgr888},   {500, 6, kimgp_csc_rgba8888_to_nv12},
+               {1, 4, kimgp_csc_yuv420_to_yv12},       {1, 6, kimgp_csc_yuv420_to_nv12},
+               {1, 7, kimgp_csc_yuv420_to_nv21},       {2, 4, kimgp_csc_yuv422n_to_yv12},
+               {5, 1, kimgp_csc_yv16_to_yuv420},       {7, 1, kimgp_csc_nv21_to_yuv420},
+               {6, 4, kimgp_csc_nv12_to_yv12},         {7, 6, kimgp_csc_nv21_to_nv12},
+               {101, 1, kimgp_csc_yuyv_to_yuv420},     {600, 1, kimgp_csc_yuv420Planar16_to_yuv420Planar},
+               {0, 200, kimgp_csc_yuv400_to_rgb565},   {0, 400, kimgp_csc_yuv400_to_rgb888},
+               {3, 1, kimgp_csc_yuv444_to_yuv420},     {1, 2, kimgp_csc_yuv420_to_yuv422n},
+               {400, 200, kimgp_csc_rgb888_to_rgb565}, {11, 500, kimgp_csc_t64x32_to_rgba8888},
+               {601, 500, kimgp_csc_p010le_to_rgba8888}};
+  std::mt19937 rng = MakeRng(2);
+  for (const auto& c : cases) {
+    for (Size2 sz : {Size2{16, 8}, Size2{40, 13}, Size2{37, 9}}) {
+      const int32_t pad = 4 + RandomPad(rng);
+      TestFrame src(c.s, sz.w, sz.h, pad), a(c.d, sz.w, sz.h, pad), b(c.d, sz.w, sz.h, pad);
+      src.FillRandom(rng);
+      TestFrame src2(src);
+      ASSERT_EQ(kimgp_csc(&src.img, &a.img), 0);
+      c.k(src2.img.plane, src2.img.width, src2.img.height, src2.img.stride, b.img.stride,
+          b.img.plane);
+      ASSERT_EQ(FirstDifference(a.Snapshot(), b.Snapshot()), "") << c.s << " -> " << c.d;
+    }
+  }
+}
+
+TEST(CscRouting, WorkedExamples) {
+  TestFrame narrow(1, 7, 100), wide(500, 7, 100);
+  EXPECT_EQ(Convert(narrow, wide), -3);
+  TestFrame odd(102, 16, 16), odd2(102, 16, 16);
+  EXPECT_EQ(Convert(odd, odd2), -1);
+  TestFrame rgba(500, 16, 8), bgra(501, 16, 8);
+  EXPECT_EQ(Convert(rgba, bgra), -3);
+  TestFrame yv12(4, 16, 8), yuv(1, 16, 8);
+  EXPECT_EQ(Convert(yv12, yuv), -3);
+  EXPECT_EQ(Convert(yuv, yv12), 0);
+  TestFrame t1280(14, 1280, 16), t1281(14, 1281, 16), r1280(500, 1280, 16), r1281(500, 1281, 16);
+  EXPECT_EQ(Convert(t1280, r1280), -3);
+  EXPECT_EQ(Convert(t1281, r1281), 0);
+}
+
+// std on both sides hands over; mixed or unknown values are refused; a zero
+// on either side keeps the default arithmetic.
+TEST(CscStandards, HandOver) {
+  std::mt19937 rng = MakeRng(3);
+  TestFrame src(1, 16, 8), a(500, 16, 8), b(500, 16, 8);
+  src.FillRandom(rng);
+  src.img.std = 1;
+  a.img.std = 11;
+  EXPECT_EQ(Convert(src, a), -3);
+  a.img.std = 0;
+  ASSERT_EQ(Convert(src, a), 0);
+  src.img.std = 0;
+  ASSERT_EQ(Convert(src, b), 0);
+  EXPECT_EQ(a.Snapshot(), b.Snapshot());  // default arithmetic both times
+  // 11 on both sides gives exactly the bytes of 1 on both sides.
+  src.img.std = a.img.std = 11;
+  ASSERT_EQ(Convert(src, a), 0);
+  src.img.std = b.img.std = 1;
+  ASSERT_EQ(Convert(src, b), 0);
+  EXPECT_EQ(a.Snapshot(), b.Snapshot());
+  src.img.std = b.img.std = 7;
+  EXPECT_EQ(Convert(src, b), -3);
+}
+
+TEST(CscStandards, Bt709Leniencies) {
+  TestFrame src(1, 16, 8), nv12(6, 16, 8), wide(500, 24, 8);
+  src.img.std = nv12.img.std = wide.img.std = 10;
+  const auto before = nv12.Snapshot();
+  EXPECT_EQ(Convert(src, nv12), 0);  // accepted, nothing written
+  EXPECT_EQ(nv12.Snapshot(), before);
+  EXPECT_EQ(kimgp_csc_bt709(&src.img, &wide.img), -1);
+  TestFrame rgba(500, 16, 8), nv21(7, 16, 8);
+  rgba.img.std = nv21.img.std = 10;
+  memset(rgba.buffer(0).data(), 255, rgba.buffer(0).size());
+  ASSERT_EQ(Convert(rgba, nv21), 0);
+  EXPECT_EQ(nv21.buffer(0).data()[0], 244);  // white, with the luma weights summing to 229
+  TestFrame yv12(4, 16, 8);
+  yv12.img.std = 11;
+  src.img.std = 11;
+  const auto untouched = yv12.Snapshot();
+  EXPECT_EQ(kimgp_csc_bt709_fr(&src.img, &yv12.img), 0);
+  EXPECT_EQ(yv12.Snapshot(), untouched);
+  TestFrame f601(1, 16, 8), fr(500, 16, 8);
+  f601.img.std = fr.img.std = 1;
+  memset(f601.buffer(0).data(), 255, f601.buffer(0).size());
+  memset(f601.buffer(1).data(), 128, f601.buffer(1).size());
+  memset(f601.buffer(2).data(), 128, f601.buffer(2).size());
+  ASSERT_EQ(Convert(f601, fr), 0);
+  EXPECT_EQ(fr.buffer(0).data()[0], 255);
+}
+
+TEST(CscNotes, GreyAndRgbPacking) {
+  TestFrame grey(0, 8, 8), rgb565(200, 8, 8), rgba(500, 8, 8), back(200, 8, 8);
+  grey.buffer(0).data()[0] = 255;
+  grey.buffer(0).data()[1] = 8;
+  ASSERT_EQ(Convert(grey, rgb565), 0);
+  const uint8_t* p = rgb565.buffer(0).data();
+  EXPECT_EQ(p[0] | p[1] << 8, 0xFFFF);
+  EXPECT_EQ(p[2] | p[3] << 8, 0x0841);
+  ASSERT_EQ(Convert(rgb565, rgba), 0);
+  const uint8_t* q = rgba.buffer(0).data();
+  EXPECT_EQ(std::vector<int>(q, q + 8), (std::vector<int>{0xF8, 0xFC, 0xF8, 255, 8, 8, 8, 255}));
+  ASSERT_EQ(Convert(rgba, back), 0);
+  EXPECT_EQ(memcmp(back.buffer(0).data(), rgb565.buffer(0).data(), 16), 0);
+}
+
+// The 565/RGBA row pointers round down to their pixel size after each step.
+TEST(CscNotes, RgbaTo565RoundsRowPointers) {
+  kimgp_img s{}, d{};
+  std::vector<uint8_t> src(8 * 34), dst(8 * 16, 0);
+  for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 13);
+  for (int i = 0; i < 4; ++i) s.width[i] = d.width[i] = 8, s.height[i] = d.height[i] = 8;
+  s.cs = 500, d.cs = 200;
+  s.stride[0] = 34, d.stride[0] = 16;  // 34 rounds each row start down to 4
+  s.plane[0] = src.data(), d.plane[0] = dst.data();
+  alignas(4) static uint8_t aligned_check[4];
+  (void)aligned_check;
+  if (reinterpret_cast<uintptr_t>(src.data()) % 4 != 0) GTEST_SKIP();
+  ASSERT_EQ(kimgp_csc(&s, &d), 0);
+  uintptr_t row = reinterpret_cast<uintptr_t>(src.data());
+  for (int r = 0; r < 8; ++r) {
+    const uint8_t* px = reinterpret_cast<const uint8_t*>(row);
+    const int w = ((px[0] >> 3) << 11) | ((px[1] >> 2) << 5) | (px[2] >> 3);
+    EXPECT_EQ(dst[16 * r] | dst[16 * r + 1] << 8, w) << r;
+    row = (row + 34) & ~uintptr_t{3};
+  }
+}
+
+TEST(CscNotes, YuyvAveragesRowPairs) {
+  TestFrame src(101, 8, 9), dst(1, 8, 9, 0, 0xEE);
+  uint8_t* r0 = src.buffer(0).data();
+  uint8_t* r1 = r0 + src.img.stride[0];
+  uint8_t* r2 = r0 + 8 * src.img.stride[0];  // the odd last row
+  r0[1] = 10, r0[3] = 21, r1[1] = 13, r1[3] = 40, r2[1] = 99, r2[3] = 77;
+  r0[0] = 5, r0[2] = 6;
+  ASSERT_EQ(Convert(src, dst), 0);
+  EXPECT_EQ(dst.buffer(0).data()[0], 5);
+  EXPECT_EQ(dst.buffer(0).data()[1], 6);
+  EXPECT_EQ(dst.buffer(1).data()[0], (10 + 13) >> 1);
+  EXPECT_EQ(dst.buffer(2).data()[0], (21 + 40) >> 1);
+  EXPECT_EQ(dst.buffer(1).data()[4 * dst.img.stride[1]], 99);  // odd last row: as stored
+  EXPECT_EQ(dst.buffer(2).data()[4 * dst.img.stride[2]], 77);
+}
+
+TEST(CscNotes, Narrow16KeepsLowByteAfterShift) {
+  TestFrame src(600, 8, 8), dst(1, 8, 8);
+  uint8_t* p = src.buffer(0).data();
+  p[0] = 0xFF, p[1] = 0x03;  // 0x03FF >> 2 = 0xFF
+  p[2] = 0x00, p[3] = 0x04;  // 0x0400 >> 2 = 0x100 -> 0x00
+  ASSERT_EQ(Convert(src, dst), 0);
+  EXPECT_EQ(dst.buffer(0).data()[0], 0xFF);
+  EXPECT_EQ(dst.buffer(0).data()[1], 0x00);
+}
+
+TEST(CscLayout, WorkedExamples) {
+  TestFrame s444(3, 8, 8), s420(1, 8, 8);
+  uint8_t* u = s444.buffer(1).data();
+  u[0] = 10, u[1] = 20, u[s444.img.stride[1]] = 30, u[s444.img.stride[1] + 1] = 40;
+  ASSERT_EQ(Convert(s444, s420), 0);
+  EXPECT_EQ(s420.buffer(1).data()[0], 10);
+
+  TestFrame s422(2, 8, 8), d420(1, 8, 8);
+  for (int r = 0; r < 8; ++r) s422.buffer(1).data()[r * s422.img.stride[1]] = uint8_t(r);
+  ASSERT_EQ(Convert(s422, d420), 0);
+  for (int r = 0; r < 4; ++r) EXPECT_EQ(d420.buffer(1).data()[r * d420.img.stride[1]], 2 * r);
+
+  TestFrame nv21(7, 8, 8), nv12(6, 8, 8);
+  const uint8_t vu[4] = {1, 2, 3, 4};
+  memcpy(nv21.buffer(1).data(), vu, 4);
+  ASSERT_EQ(Convert(nv21, nv12), 0);
+  EXPECT_EQ(std::vector<int>(nv12.buffer(1).data(), nv12.buffer(1).data() + 4),
+            (std::vector<int>{2, 1, 4, 3}));
+
+  const uint8_t row[7] = {'a', 'b', 'c', 'd', 'e', 'f', 'g'};
+  uint8_t a[4] = {0}, b[4] = {0};
+  kimgp_csc_8b8b_unpck(row, 6, 1, 6, 4, 4, a, b);
+  EXPECT_EQ(std::string(a, a + 3), "ace");
+  EXPECT_EQ(std::string(b, b + 3), "bdf");
+  kimgp_csc_8b8b_unpck(row, 7, 1, 7, 4, 4, a, b);
+  EXPECT_EQ(std::string(a, a + 4), "aceg");
+}
+
+// With an odd luma height only the first height / 2 chroma rows are swapped.
+TEST(CscLayout, Nv12ToNv21OddHeightSwapsHalfTheRows) {
+  TestFrame src(6, 8, 9), dst(7, 8, 9);
+  for (size_t i = 0; i < src.buffer(1).size(); ++i) src.buffer(1).data()[i] = uint8_t(i);
+  ASSERT_EQ(Convert(src, dst), 0);
+  const int32_t s = dst.img.stride[1];
+  EXPECT_EQ(dst.buffer(1).data()[0], 1);            // row 0 swapped
+  EXPECT_EQ(dst.buffer(1).data()[3 * s], 3 * s + 1);  // row 3 swapped
+  EXPECT_EQ(dst.buffer(1).data()[3 * s + 1], 3 * s);
+  EXPECT_EQ(dst.buffer(1).data()[4 * s], 4 * s);    // row 4 (the fifth) as copied
+}
+
+// Every layout row operation on every target against its scalar row.
+TEST(CscLayoutRows, VectorMatchesScalarOnEveryTarget) {
+  std::mt19937 rng = MakeRng(4);
+  ForEachTarget([&](const std::string& target) {
+    for (size_t n : {size_t(0), size_t(1), size_t(15), size_t(16), size_t(31), size_t(33),
+                     size_t(64), size_t(65), size_t(130), size_t(rng() % 400)}) {
+      std::vector<uint8_t> in(8 * n + 8);
+      for (auto& x : in) x = uint8_t(rng());
+      auto check = [&](const char* what, size_t out_bytes, auto vec, auto ref) {
+        GuardedBuffer got(out_bytes), want(out_bytes);
+        vec(got.data());
+        ref(want.data());
+        ASSERT_EQ(FirstDifference(got.raw(), want.raw()), "") << target << " " << what << " n=" << n;
+      };
+      const uint8_t* s = in.data();
+      check("interleave", 2 * n, [&](uint8_t* d) { csc::Interleave(s, s + n, d, n); },
+            [&](uint8_t* d) { csc::scalar::Interleave(s, s + n, d, 0, n); });
+      check("deinterleave", 2 * n, [&](uint8_t* d) { csc::Deinterleave(s, d, d + n, n); },
+            [&](uint8_t* d) { csc::scalar::Deinterleave(s, d, d + n, 0, n); });
+      check("even", n, [&](uint8_t* d) { csc::Even(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::Even(s, d, 0, n); });
+      check("swap", 2 * n, [&](uint8_t* d) { memcpy(d, s, 2 * n); csc::SwapPairs(d, n); },
+            [&](uint8_t* d) { memcpy(d, s, 2 * n); csc::scalar::SwapPairs(d, 0, n); });
+      check("narrow16", n, [&](uint8_t* d) { csc::Narrow16(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::Narrow16(s, d, 0, n); });
+      check("grey565", 2 * n, [&](uint8_t* d) { csc::GreyTo565(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::GreyTo565(s, d, 0, n); });
+      check("grey888", 3 * n, [&](uint8_t* d) { csc::GreyTo888(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::GreyTo888(s, d, 0, n); });
+      check("565rgba", 4 * n, [&](uint8_t* d) { csc::Rgb565ToRgba(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::Rgb565ToRgba(s, d, 0, n); });
+      check("rgba565", 2 * n, [&](uint8_t* d) { csc::RgbaTo565(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::RgbTo565<4>(s, d, 0, n); });
+      check("888565", 2 * n, [&](uint8_t* d) { csc::Rgb888To565(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::RgbTo565<3>(s, d, 0, n); });
+    }
+  });
+}
+
+// Tiles the linear planes of `lin` (NV12 samples) into `tiled` with the
+// documented address formula.
+void TileByFormula(const TestFrame& lin, TestFrame& tiled, int tw, const int th[2]) {
+  for (int i = 0; i < 2; ++i) {
+    const int32_t rows = lin.img.height[i], bytes = i == 0 ? lin.img.width[0] : 2 * lin.img.width[1];
+    for (int y = 0; y < rows; ++y) {
+      for (int x = 0; x < bytes; ++x) {
+        const size_t off = size_t(y / th[i]) * tiled.img.stride[i] * th[i] + size_t(x / tw) * tw * th[i] +
+                           size_t(y % th[i]) * tw + x % tw;
+        tiled.buffer(i).data()[off] = lin.buffer(i).data()[y * lin.img.stride[i] + x];
+      }
+    }
+  }
+}
+
+struct TiledCase {
+  int32_t cs, tw, th0, th1, w;
+};
+
+TEST(CscTiled, MatchesLinearNv12) {
+  std::mt19937 rng = MakeRng(5);
+  for (const TiledCase& c : {TiledCase{11, 64, 32, 32, 100}, TiledCase{12, 16, 16, 8, 40},
+                             TiledCase{13, 8, 8, 4, 36}, TiledCase{14, 256, 16, 8, 1290}}) {
+    for (int32_t h : {17, 34}) {
+      TestFrame nv12(6, c.w, h), tiled(c.cs, c.w, h);
+      nv12.FillRandom(rng);
+      const int th[2] = {c.th0, c.th1};
+      TileByFormula(nv12, tiled, c.tw, th);
+      TestFrame want(500, c.w, h, 0, 1), got(500, c.w, h, 0, 1);
+      ASSERT_EQ(Convert(nv12, want), 0);
+      ASSERT_EQ(Convert(tiled, got), 0) << c.cs;
+      EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "") << c.cs << " h=" << h;
+    }
+  }
+}
+
+TEST(CscTiled, RoundTripThroughT64x32) {
+  std::mt19937 rng = MakeRng(6);
+  for (Size2 s : {Size2{64, 32}, Size2{100, 50}, Size2{130, 70}, Size2{8, 8}}) {
+    TestFrame yuv(1, s.w, s.h), tiled(11, s.w, s.h), back(1, s.w, s.h), nv12(6, s.w, s.h),
+        nv12b(6, s.w, s.h);
+    yuv.FillRandom(rng);
+    ASSERT_EQ(Convert(yuv, tiled), 0);
+    ASSERT_EQ(Convert(tiled, back), 0);
+    EXPECT_EQ(FirstDifference(back.Snapshot(), yuv.Snapshot()), "") << s.w << "x" << s.h;
+    ASSERT_EQ(Convert(tiled, nv12), 0);
+    ASSERT_EQ(Convert(yuv, nv12b), 0);
+    EXPECT_EQ(nv12.Snapshot(), nv12b.Snapshot());
+  }
+}
+
+TEST(CscP010, BlackAndWhite) {
+  TestFrame src(601, 8, 8), dst(500, 8, 8);
+  auto put = [](uint8_t* p, int v10) { p[0] = uint8_t(v10 << 6), p[1] = uint8_t((v10 << 6) >> 8); };
+  for (int i = 0; i < 8 * 8; ++i) put(src.buffer(0).data() + 2 * i, i % 2 ? 940 : 64);
+  for (size_t i = 0; i + 1 < src.buffer(1).size(); i += 2) put(src.buffer(1).data() + i, 512);
+  ASSERT_EQ(Convert(src, dst), 0);
+  const uint8_t* p = dst.buffer(0).data();
+  EXPECT_EQ(std::vector<int>(p, p + 8), (std::vector<int>{0, 0, 0, 255, 255, 255, 255, 255}));
+}
+
+}  // namespace
+}  // namespace test
+}  // namespace kelo
