@@ -81,7 +81,8 @@ void TiledToRgb(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const 
         last_crow = crow;
         return YuvRow{y.p, c.p, c.p + 1};
       },
-      dp[0], ds[0], YuvToRgbRowFor(id));
+      // The row buffers serve one row at a time: no two-row form.
+      dp[0], ds[0], YuvToRgbRows{YuvToRgbRowFor(id).one, nullptr});
 }
 
 // Luma and chroma of a T64X32 frame into linear planes; chroma rows go
@@ -228,5 +229,5 @@ KELO_EXPORT void kimgp_csc_p010le_to_rgba8888(KELO_CSC_PARAMS) {
         const uint8_t* c = sp[1] + intptr_t(crow) * ss[1];
         return YuvRow{sp[0] + intptr_t(r) * ss[0], c, c + 2};
       },
-      dp[0], ds[0], P010Row);
+      dp[0], ds[0], YuvToRgbRows{P010Row, nullptr});
 }

@@ -1,5 +1,7 @@
 // YUV to RGB kernels: one vector row per source family over the layout
 // traits, the scalar row for tails, and the exported names from one list.
+#include <type_traits>
+
 #include "common/internal/simd.h"
 #include "imgp/csc/yuv_to_rgb.h"
 
@@ -94,58 +96,82 @@ HWY_INLINE VI Times(VI x) {
   if constexpr (Q != 0 && Q != 1 && Q != -1 && Q != 2) return hn::Mul(x, hn::Set(di, Q));
 }
 
-// The scaled matrix in 16-bit lanes: each coefficient k = 256 q + res, so
+// What the chroma of a pixel contributes to R, G and B, computed once per
+// chroma sample vector and applied to every row that shares it.
+//
+// Scaled matrices in 16-bit lanes: each coefficient k = 256 q + res, so
 // (sum k x + 128) >> 8 == sum q x + ((sum res x + 128) >> 8) exactly, and the
-// inner sums stay within int16 (checked in csc_arith.h).
-template <class Mx>
-HWY_INLINE void ScaledCore(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
-  const DI di;
-  const VI c = hn::Sub(y, hn::Set(di, Mx::kYOffset));
-  const VI d = hn::Sub(u, hn::Set(di, 128));
-  const VI e = hn::Sub(v, hn::Set(di, 128));
-  const VI base = hn::Add(hn::Mul(c, hn::Set(di, SplitRes(Mx::kCy))), hn::Set(di, 128));
-  const VI qc = Times<SplitQ(Mx::kCy)>(c);
-  const VI ri = hn::Add(base, hn::Mul(e, hn::Set(di, SplitRes(Mx::kRv))));
-  const VI gi = hn::Add(hn::Add(base, hn::Mul(d, hn::Set(di, SplitRes(Mx::kGu)))),
-                        hn::Mul(e, hn::Set(di, SplitRes(Mx::kGv))));
-  const VI bi = hn::Add(base, hn::Mul(d, hn::Set(di, SplitRes(Mx::kBu))));
-  *r = hn::Add(hn::Add(qc, Times<SplitQ(Mx::kRv)>(e)), hn::ShiftRight<8>(ri));
-  *g = hn::Add(hn::Add(hn::Add(qc, Times<SplitQ(Mx::kGu)>(d)), Times<SplitQ(Mx::kGv)>(e)),
-               hn::ShiftRight<8>(gi));
-  *b = hn::Add(hn::Add(qc, Times<SplitQ(Mx::kBu)>(d)), hn::ShiftRight<8>(bi));
-}
+// inner sums stay within int16 (checked in csc_arith.h). `q*` hold the whole
+// parts, `t*` the chroma part of the inner sums with the rounding term.
+// Full-range matrices shift every product on its own, so the chroma part is
+// final and only `q*` are used.
+struct Terms {
+  VI qr, qg, qb, tr, tg, tb;
+};
 
-// The full-range matrix: every product shifted by 7 on its own.
-template <class Mx>
-HWY_INLINE void FullCore(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
+template <YuvMatrix M>
+HWY_INLINE Terms MakeTerms(VI u, VI v) {
   const DI di;
   const VI d = hn::Sub(u, hn::Set(di, 128));
   const VI e = hn::Sub(v, hn::Set(di, 128));
-  *r = hn::Add(y, hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kRv))));
-  *g = hn::Add(hn::Add(y, hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kGu)))),
-               hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kGv))));
-  *b = hn::Add(y, hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kBu))));
+  Terms t;
+  if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
+    using Mx = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
+    const VI half = hn::Set(di, 128);
+    t.qr = Times<SplitQ(Mx::kRv)>(e);
+    t.qg = hn::Add(Times<SplitQ(Mx::kGu)>(d), Times<SplitQ(Mx::kGv)>(e));
+    t.qb = Times<SplitQ(Mx::kBu)>(d);
+    t.tr = hn::Add(hn::Mul(e, hn::Set(di, SplitRes(Mx::kRv))), half);
+    t.tg = hn::Add(hn::Add(hn::Mul(d, hn::Set(di, SplitRes(Mx::kGu))),
+                           hn::Mul(e, hn::Set(di, SplitRes(Mx::kGv)))),
+                   half);
+    t.tb = hn::Add(hn::Mul(d, hn::Set(di, SplitRes(Mx::kBu))), half);
+  } else {
+    using Mx = std::conditional_t<M == YuvMatrix::kBt601Full, Bt601Full, Bt709Full>;
+    t.qr = hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kRv)));
+    t.qg = hn::Add(hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kGu))),
+                   hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kGv))));
+    t.qb = hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kBu)));
+  }
+  return t;
 }
 
 template <YuvMatrix M>
-HWY_INLINE void Core(VI y, VI u, VI v, VI* r, VI* g, VI* b) {
-  if constexpr (M == YuvMatrix::kBt601Limited) ScaledCore<Bt601Limited>(y, u, v, r, g, b);
-  if constexpr (M == YuvMatrix::kBt709Limited) ScaledCore<Bt709Limited>(y, u, v, r, g, b);
-  if constexpr (M == YuvMatrix::kBt601Full) FullCore<Bt601Full>(y, u, v, r, g, b);
-  if constexpr (M == YuvMatrix::kBt709Full) FullCore<Bt709Full>(y, u, v, r, g, b);
+HWY_INLINE void Apply(const Terms& t, VI y, VI* r, VI* g, VI* b) {
+  const DI di;
+  if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
+    using Mx = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
+    const VI c = hn::Sub(y, hn::Set(di, Mx::kYOffset));
+    const VI base = hn::Mul(c, hn::Set(di, SplitRes(Mx::kCy)));
+    const VI qc = Times<SplitQ(Mx::kCy)>(c);
+    *r = hn::Add(hn::Add(qc, t.qr), hn::ShiftRight<8>(hn::Add(base, t.tr)));
+    *g = hn::Add(hn::Add(qc, t.qg), hn::ShiftRight<8>(hn::Add(base, t.tg)));
+    *b = hn::Add(hn::Add(qc, t.qb), hn::ShiftRight<8>(hn::Add(base, t.tb)));
+  } else {
+    *r = hn::Add(y, t.qr);
+    *g = hn::Add(y, t.qg);
+    *b = hn::Add(y, t.qb);
+  }
 }
 
-// Both halves of the block through the matrix, saturated to bytes.
+// Chroma of a block as terms for its lower and upper halves.
 template <YuvMatrix M>
-HWY_INLINE void ToRgb(V8 y, V8 u, V8 v, V8* r, V8* g, V8* b) {
+HWY_INLINE void BlockTerms(V8 u, V8 v, Terms* lo, Terms* hi) {
+  const DH8 dh;
+  const DI di;
+  *lo = MakeTerms<M>(hn::PromoteTo(di, hn::LowerHalf(dh, u)), hn::PromoteTo(di, hn::LowerHalf(dh, v)));
+  *hi = MakeTerms<M>(hn::PromoteTo(di, hn::UpperHalf(dh, u)), hn::PromoteTo(di, hn::UpperHalf(dh, v)));
+}
+
+// One block of luma through the terms, saturated to bytes.
+template <YuvMatrix M>
+HWY_INLINE void ToRgb(const Terms& lo, const Terms& hi, V8 y, V8* r, V8* g, V8* b) {
   const D8 d8;
   const DH8 dh;
   const DI di;
   VI rl, gl, bl, rh, gh, bh;
-  Core<M>(hn::PromoteTo(di, hn::LowerHalf(dh, y)), hn::PromoteTo(di, hn::LowerHalf(dh, u)),
-          hn::PromoteTo(di, hn::LowerHalf(dh, v)), &rl, &gl, &bl);
-  Core<M>(hn::PromoteTo(di, hn::UpperHalf(dh, y)), hn::PromoteTo(di, hn::UpperHalf(dh, u)),
-          hn::PromoteTo(di, hn::UpperHalf(dh, v)), &rh, &gh, &bh);
+  Apply<M>(lo, hn::PromoteTo(di, hn::LowerHalf(dh, y)), &rl, &gl, &bl);
+  Apply<M>(hi, hn::PromoteTo(di, hn::UpperHalf(dh, y)), &rh, &gh, &bh);
   *r = hn::Combine(d8, hn::DemoteTo(dh, rh), hn::DemoteTo(dh, rl));
   *g = hn::Combine(d8, hn::DemoteTo(dh, gh), hn::DemoteTo(dh, gl));
   *b = hn::Combine(d8, hn::DemoteTo(dh, bh), hn::DemoteTo(dh, bl));
@@ -200,21 +226,58 @@ void RowVec(const YuvRow& row, uint8_t* dst, int n) {
   for (; x + L <= static_cast<size_t>(n); x += L) {
     V8 y, u, v, r, g, b;
     LoadYuv<Src>(row, x, &y, &u, &v);
-    ToRgb<M>(y, u, v, &r, &g, &b);
+    Terms lo, hi;
+    BlockTerms<M>(u, v, &lo, &hi);
+    ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst + x * Dst::kBytes);
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
+}
+
+// Two rows sharing one chroma row (4:2:0 layouts): the chroma is loaded and
+// turned into terms once per block.
+template <class Src, class Dst, YuvMatrix M>
+void Row2Vec(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst1, int n) {
+  const D8 d8;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    V8 y0, y1, u, v, r, g, b;
+    LoadYuv<Src>(row0, x, &y0, &u, &v);
+    y1 = hn::LoadU(d8, row1.y + x);
+    Terms lo, hi;
+    BlockTerms<M>(u, v, &lo, &hi);
+    ToRgb<M>(lo, hi, y0, &r, &g, &b);
+    StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
+    ToRgb<M>(lo, hi, y1, &r, &g, &b);
+    StoreRgb<Dst>(r, g, b, dst1 + x * Dst::kBytes);
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(x), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(x), n);
+}
+
+template <class Src, class Dst, YuvMatrix M>
+constexpr YuvToRgbRows VecRows() {
+  if constexpr (Src::kVertHalf && Src::kFamily != YuvFamily::kPacked) {
+    return {&RowVec<Src, Dst, M>, &Row2Vec<Src, Dst, M>};
+  } else {
+    return {&RowVec<Src, Dst, M>, nullptr};
+  }
 }
 #else   // HWY_TARGET == HWY_SCALAR: one lane is no vector; use the scalar row.
 template <class Src, class Dst, YuvMatrix M>
 void RowVec(const YuvRow& row, uint8_t* dst, int n) {
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, 0, n);
 }
+template <class Src, class Dst, YuvMatrix M>
+constexpr YuvToRgbRows VecRows() {
+  return {&RowVec<Src, Dst, M>, nullptr};
+}
 #endif  // HWY_TARGET != HWY_SCALAR
 
-YuvToRgbRowFn RowTable(int id) {
-#define KELO_ROW_PTR(S, D, M) &RowVec<S, D, YuvMatrix::M>,
-  static constexpr YuvToRgbRowFn kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
+YuvToRgbRows RowTable(int id) {
+#define KELO_ROW_PTR(S, D, M) VecRows<S, D, YuvMatrix::M>(),
+  static constexpr YuvToRgbRows kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
 #undef KELO_ROW_PTR
   return kTable[id];
 }
@@ -237,9 +300,9 @@ void Row(const YuvRow& row, uint8_t* dst, int n) {
   YuvToRgbRow<Src, Dst, M>(row, dst, 0, n);
 }
 
-YuvToRgbRowFn RowTable(int id) {
-#define KELO_ROW_PTR(S, D, M) &Row<S, D, YuvMatrix::M>,
-  static constexpr YuvToRgbRowFn kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
+YuvToRgbRows RowTable(int id) {
+#define KELO_ROW_PTR(S, D, M) YuvToRgbRows{&Row<S, D, YuvMatrix::M>, nullptr},
+  static constexpr YuvToRgbRows kTable[] = {KELO_YUV_TO_RGB_ROWS(KELO_ROW_PTR)};
 #undef KELO_ROW_PTR
   return kTable[id];
 }
@@ -248,10 +311,10 @@ YuvToRgbRowFn RowTable(int id) {
 
 KELO_VEC_EXPORT(RowTable);
 
-YuvToRgbRowFn YuvToRgbRowFor(YuvToRgbRowId id) {
+YuvToRgbRows YuvToRgbRowFor(YuvToRgbRowId id) {
   return KELO_VEC_CALL(RowTable, scalar::RowTable)(id);
 }
-YuvToRgbRowFn ScalarYuvToRgbRowFor(YuvToRgbRowId id) { return scalar::RowTable(id); }
+YuvToRgbRows ScalarYuvToRgbRowFor(YuvToRgbRowId id) { return scalar::RowTable(id); }
 
 }  // namespace csc
 }  // namespace kelo

@@ -39,6 +39,16 @@ void YuvToRgbRow(const YuvRow& row, uint8_t* dst, int x0, int n) {
 
 // One row converter: pixels [0, n).
 using YuvToRgbRowFn = void (*)(const YuvRow& row, uint8_t* dst, int n);
+// Two rows that share their chroma row: pixels [0, n) of each.
+using YuvToRgbRow2Fn = void (*)(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0,
+                                uint8_t* dst1, int n);
+
+// A row converter and, for layouts with one chroma row per two rows, its
+// two-row form (null otherwise).
+struct YuvToRgbRows {
+  YuvToRgbRowFn one;
+  YuvToRgbRow2Fn two;
+};
 
 // The image walk shared by every member. A width that is a multiple of 4
 // converts rows of exactly that width with chroma row r / 2. Any other width
@@ -48,24 +58,31 @@ using YuvToRgbRowFn = void (*)(const YuvRow& row, uint8_t* dst, int n);
 // source row pointers.
 template <bool kVertHalf, class RowAt>
 void YuvToRgbWalk(int w, int h, RowAt row_at, uint8_t* dst, int32_t dst_stride,
-                  YuvToRgbRowFn row_fn) {
+                  YuvToRgbRows rows) {
   if (w <= 0 || h <= 0) return;
   const bool pairs = (w % 4) != 0;
   const int n = pairs ? (w + 1) & ~1 : w;
   const bool shifted = pairs && (h & 1);
-  for (int r = 0; r < h; ++r) {
+  int r = 0;
+  if (kVertHalf && !pairs && rows.two != nullptr) {
+    for (; r + 1 < h; r += 2) {
+      rows.two(row_at(r, r >> 1), row_at(r + 1, r >> 1), dst + static_cast<intptr_t>(r) * dst_stride,
+               dst + static_cast<intptr_t>(r + 1) * dst_stride, n);
+    }
+  }
+  for (; r < h; ++r) {
     const int crow = kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r;
-    row_fn(row_at(r, crow), dst + static_cast<intptr_t>(r) * dst_stride, n);
+    rows.one(row_at(r, crow), dst + static_cast<intptr_t>(r) * dst_stride, n);
   }
 }
 
 template <class Src>
 void YuvToRgbImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
                    const int32_t* ss, const int32_t* ds, uint8_t* const* dp,
-                   YuvToRgbRowFn row_fn) {
+                   YuvToRgbRows rows) {
   YuvToRgbWalk<Src::kVertHalf>(
       sw[0], sh[0], [&](int r, int crow) { return Src::Row(sp, ss, r, crow); }, dp[0], ds[0],
-      row_fn);
+      rows);
 }
 
 }  // namespace csc
@@ -113,10 +130,10 @@ namespace csc {
 enum YuvToRgbRowId { KELO_YUV_TO_RGB_ROWS(KELO_ROW_ID) kYuvToRgbRowCount };
 #undef KELO_ROW_ID
 
-// The row converter of the running CPU's best path for a row id.
-YuvToRgbRowFn YuvToRgbRowFor(YuvToRgbRowId id);
+// The row converters of the running CPU's best path for a row id.
+YuvToRgbRows YuvToRgbRowFor(YuvToRgbRowId id);
 // The scalar row converter for a row id (the reference in tests).
-YuvToRgbRowFn ScalarYuvToRgbRowFor(YuvToRgbRowId id);
+YuvToRgbRows ScalarYuvToRgbRowFor(YuvToRgbRowId id);
 
 }  // namespace csc
 }  // namespace kelo

@@ -60,8 +60,8 @@ TEST(YuvToRgbRows, VectorMatchesScalarOnEveryTarget) {
   ForEachTarget([&](const std::string& target) {
     for (int id = 0; id < csc::kYuvToRgbRowCount; ++id) {
       const auto rid = static_cast<csc::YuvToRgbRowId>(id);
-      const csc::YuvToRgbRowFn vec = csc::YuvToRgbRowFor(rid);
-      const csc::YuvToRgbRowFn ref = csc::ScalarYuvToRgbRowFor(rid);
+      const csc::YuvToRgbRows vec = csc::YuvToRgbRowFor(rid);
+      const csc::YuvToRgbRowFn ref = csc::ScalarYuvToRgbRowFor(rid).one;
       for (int n : {0, 2, 14, 16, 30, 32, 34, 62, 64, 66, 126, 130, 258, 2 + int(rng() % 400)}) {
         // Planes big enough for any layout: 4 bytes per pixel of source.
         std::vector<uint8_t> y(4 * n + 8), u(4 * n + 8), v(4 * n + 8);
@@ -71,10 +71,21 @@ TEST(YuvToRgbRows, VectorMatchesScalarOnEveryTarget) {
         uint8_t* const planes[3] = {y.data(), u.data(), v.data()};
         const csc::YuvRow row = kRowMakers[id](planes);
         GuardedBuffer got(4 * n), want(4 * n);
-        vec(row, got.data(), n);
+        vec.one(row, got.data(), n);
         ref(row, want.data(), n);
         ASSERT_EQ(FirstDifference(got.raw(), want.raw()), "")
             << target << " row id " << id << " n=" << n;
+        if (vec.two == nullptr) continue;
+        // The two-row form: a second luma row against the same chroma.
+        std::vector<uint8_t> y1(4 * n + 8);
+        for (auto& b : y1) b = static_cast<uint8_t>(rng());
+        csc::YuvRow row1 = row;
+        row1.y = y1.data();
+        GuardedBuffer got0(4 * n), got1(4 * n), want1(4 * n);
+        vec.two(row, row1, got0.data(), got1.data(), n);
+        ref(row1, want1.data(), n);
+        ASSERT_EQ(FirstDifference(got0.raw(), want.raw()), "") << target << " two, id " << id;
+        ASSERT_EQ(FirstDifference(got1.raw(), want1.raw()), "") << target << " two, id " << id;
       }
     }
   });
