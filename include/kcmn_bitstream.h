@@ -55,12 +55,12 @@ typedef void (*kcmn_bsw_byte_fn)(kcmn_bsw *bsw);
 
 /* Writer. */
 struct kcmn_bsw {
-  uint8_t *cur;              /* byte being filled */
-  int32_t bits_free;         /* bits still free in that byte (8 after init) */
-  uint8_t *last;             /* last byte of the buffer (start + size - 1) */
-  uint8_t *start;            /* buffer start */
-  uint32_t size;             /* buffer size in bytes */
-  kcmn_bsw_byte_fn on_byte;  /* byte-completion hook, may be NULL */
+  uint8_t *cur;             /* byte being filled */
+  int32_t bits_free;        /* bits still free in that byte (8 after init) */
+  uint8_t *last;            /* last byte of the buffer (start + size - 1) */
+  uint8_t *start;           /* buffer start */
+  uint32_t size;            /* buffer size in bytes */
+  kcmn_bsw_byte_fn on_byte; /* byte-completion hook, may be NULL */
 };
 
 /* Sets the reader on `size` bytes at `buf` with an empty cache (the first

@@ -4,15 +4,20 @@
 #                             Google Benchmark, libyuv
 #   scripts/setup.sh --cross  also the 32-bit ARM cross compiler, qemu-user
 #                             and the 32-bit x86 multilib compiler
+#   scripts/setup.sh --fuzz   also clang and its sanitizer/libFuzzer runtimes
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libhwy-dev libpng-dev googletest
           libgtest-dev libbenchmark-dev libyuv-dev)
-if [[ "${1:-}" == "--cross" ]]; then
-  # g++-12-multilib, not g++-multilib: the latter conflicts with the cross
-  # compiler, the versioned package does not.
-  packages+=(g++-12-arm-linux-gnueabihf qemu-user g++-12-multilib)
-fi
+for arg in "$@"; do
+  case "$arg" in
+    # g++-12-multilib, not g++-multilib: the latter conflicts with the cross
+    # compiler, the versioned package does not.
+    --cross) packages+=(g++-12-arm-linux-gnueabihf qemu-user g++-12-multilib) ;;
+    # clang 14 and its runtime libraries (libFuzzer, sanitizers).
+    --fuzz) packages+=(clang libclang-rt-14-dev) ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

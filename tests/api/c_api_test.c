@@ -1,4 +1,5 @@
 /* Includes every public header as C99 and calls one function of each. */
+#include <kcmn_bitstream.h>
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
@@ -19,6 +20,12 @@ int main(void) {
   if (p == NULL || ((size_t)p & 31u) != 0) return 2;
   kcmn_mfree_align32(p);
   if (kcmn_ceil_log2(5) != 3) return 3;
+  {
+    const uint8_t bytes[2] = {0xA5, 0x0F};
+    kcmn_bsr bsr;
+    kcmn_bsr_init(&bsr, bytes, 2, NULL);
+    if (kcmn_bsr_read(&bsr, 4) != 0xAu || kcmn_bsr_read(&bsr, 12) != 0x50Fu) return 5;
+  }
   {
     /* One grey 8x8 YUV420 frame to RGBA8888. */
     uint8_t y[64], u[16], v[16], rgba[256];
