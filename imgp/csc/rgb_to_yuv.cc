@@ -159,7 +159,52 @@ void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   }
   scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(k), n);
 }
+// Luma of pixels [0, n) and chroma of samples [0, n / 2): blocks of 2 Lanes
+// pixels give 2 Lanes luma and Lanes chroma from the same loads.
+template <class Src, class M, int kSub, int kCStep>
+void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  const D8 d8;
+  const DU du;
+  const DI di;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  for (; x + 2 * L <= static_cast<size_t>(n); x += 2 * L) {
+    VU ra[2], ga[2], ba[2], rb[2], gb[2], bb[2];
+    LoadRgb16<Src>(src + x * Src::kBytes, ra, ga, ba);
+    LoadRgb16<Src>(src + (x + L) * Src::kBytes, rb, gb, bb);
+    hn::StoreU(ToBytes(Luma<M>(ra[0], ga[0], ba[0]), Luma<M>(ra[1], ga[1], ba[1])), d8, y + x);
+    hn::StoreU(ToBytes(Luma<M>(rb[0], gb[0], bb[0]), Luma<M>(rb[1], gb[1], bb[1])), d8, y + x + L);
+    const VU* r4[2] = {ra, rb};
+    const VU* g4[2] = {ga, gb};
+    const VU* b4[2] = {ba, bb};
+    VI cu[2], cv[2];
+    for (int h = 0; h < 2; ++h) {
+      const VI R = hn::BitCast(di, hn::ConcatEven(du, r4[h][1], r4[h][0]));
+      const VI G = hn::BitCast(di, hn::ConcatEven(du, g4[h][1], g4[h][0]));
+      const VI B = hn::BitCast(di, hn::ConcatEven(du, b4[h][1], b4[h][0]));
+      cu[h] = Chroma<M::kUr, M::kUg, M::kUb>(R, G, B);
+      cv[h] = Chroma<M::kVr, M::kVg, M::kVb>(R, G, B);
+    }
+    const V8 U = ToBytes(cu[0], cu[1]), V = ToBytes(cv[0], cv[1]);
+    const size_t k = x / 2;
+    if constexpr (kCStep == 1) {
+      hn::StoreU(U, d8, u + k);
+      hn::StoreU(V, d8, v + k);
+    } else if (u < v) {
+      hn::StoreInterleaved2(U, V, d8, u + 2 * k);
+    } else {
+      hn::StoreInterleaved2(V, U, d8, v + 2 * k);
+    }
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+  scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+}
 #else   // HWY_SCALAR: one lane is no vector; use the scalar rows.
+template <class Src, class M, int kSub, int kCStep>
+void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  scalar::RgbToLumaRow<Src, M>(src, y, 0, n);
+  scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, 0, n / 2);
+}
 template <class Src, class M>
 void LumaVec(const uint8_t* src, uint8_t* y, int n) {
   scalar::RgbToLumaRow<Src, M>(src, y, 0, n);
@@ -179,6 +224,12 @@ LumaRowFn LumaTable(int id) {
 ChromaRowFn ChromaTable(int id) {
 #define KELO_PTR(S, M, SUB, CSTEP) &ChromaVec<S, M, SUB, CSTEP>,
   static constexpr ChromaRowFn kTable[] = {KELO_RGB_TO_CHROMA_ROWS(KELO_PTR)};
+#undef KELO_PTR
+  return kTable[id];
+}
+LumaChromaRowFn LumaChromaTable(int id) {
+#define KELO_PTR(S, M, SUB, CSTEP) (SUB == 2 ? &LumaChromaVec<S, M, SUB, CSTEP> : nullptr),
+  static constexpr LumaChromaRowFn kTable[] = {KELO_RGB_TO_CHROMA_ROWS(KELO_PTR)};
 #undef KELO_PTR
   return kTable[id];
 }
@@ -221,6 +272,9 @@ ChromaRowFn ChromaTable(int id) {
 
 KELO_VEC_EXPORT(LumaTable);
 KELO_VEC_EXPORT(ChromaTable);
+#if KELO_HAVE_HWY
+KELO_VEC_EXPORT(LumaChromaTable);
+#endif
 
 LumaRowFn LumaRowFor(LumaRowId id) { return KELO_VEC_CALL(LumaTable, scalar::LumaTable)(id); }
 LumaRowFn ScalarLumaRowFor(LumaRowId id) { return scalar::LumaTable(id); }
@@ -228,6 +282,15 @@ ChromaRowFn ChromaRowFor(ChromaRowId id) {
   return KELO_VEC_CALL(ChromaTable, scalar::ChromaTable)(id);
 }
 ChromaRowFn ScalarChromaRowFor(ChromaRowId id) { return scalar::ChromaTable(id); }
+// The scalar-only build keeps the two-pass order.
+LumaChromaRowFn LumaChromaRowFor(ChromaRowId id) {
+#if KELO_HAVE_HWY
+  return KELO_VEC_CALL(LumaChromaTable, nullptr)(id);
+#else
+  (void)id;
+  return nullptr;
+#endif
+}
 
 }  // namespace csc
 }  // namespace kelo
@@ -242,8 +305,9 @@ ChromaRowFn ScalarChromaRowFor(ChromaRowId id) { return scalar::ChromaTable(id);
   KELO_EXPORT void kimgp_csc_##name(KELO_CSC_PARAMS) {                              \
     using namespace kelo::csc;                                                      \
     (void)ss;                                                                       \
-    RgbToYuvImage<ChromaOut::OUT>(sp, sw, sh, ss, ds, dp, LumaRowFor(kLuma_##S##_##M), \
-                                  ChromaRowFor(kChroma_##S##_##M##_##SUB##_##CSTEP)); \
+    RgbToYuvImage<ChromaOut::OUT>(                                                  \
+        sp, sw, sh, ss, ds, dp,                                                     \
+        BestRows(kLuma_##S##_##M, kChroma_##S##_##M##_##SUB##_##CSTEP));           \
   }
 
 #define KELO_EACH_YUV(X, src, S)                                                \

@@ -38,43 +38,61 @@ void RgbToChromaRow(const uint8_t* src, uint8_t* u, uint8_t* v, int cstep, int k
 
 using LumaRowFn = void (*)(const uint8_t* src, uint8_t* y, int n);
 using ChromaRowFn = void (*)(const uint8_t* src, uint8_t* u, uint8_t* v, int n);
+// Luma of pixels [0, n) and 4:2:0 chroma of samples [0, n / 2) from one row,
+// so that a row that gives chroma is read once.
+using LumaChromaRowFn = void (*)(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n);
+
+// The rows of one member: luma, chroma, and (4:2:0 only, may be null) both
+// at once.
+struct RgbToYuvRows {
+  LumaRowFn luma;
+  ChromaRowFn chroma;
+  LumaChromaRowFn both;
+};
 
 // Where U and V go.
 enum class ChromaOut { kYuv420, kYv12, kNv12, kNv21, kYuv444 };
 
-// Luma for every pixel of every row; then chroma: for 4:2:0 from the top-left
+// Luma for every pixel of every row, and chroma: for 4:2:0 from the top-left
 // pixel of each 2x2 block (width / 2 samples of height / 2 rows), for 4:4:4
-// from every pixel.
+// from every pixel. The bytes do not depend on the order, so a row that gives
+// chroma is converted in one go when the member has the combined row.
 template <ChromaOut kOut>
 void RgbToYuvImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
-                   const int32_t* ss, const int32_t* ds, uint8_t* const* dp, LumaRowFn luma,
-                   ChromaRowFn chroma) {
+                   const int32_t* ss, const int32_t* ds, uint8_t* const* dp,
+                   const RgbToYuvRows& rows) {
   const int w = sw[0], h = sh[0];
   if (w <= 0 || h <= 0) return;
-  for (int r = 0; r < h; ++r) {
-    luma(sp[0] + static_cast<intptr_t>(r) * ss[0], dp[0] + static_cast<intptr_t>(r) * ds[0], w);
-  }
+  auto src = [&](int r) { return sp[0] + static_cast<intptr_t>(r) * ss[0]; };
+  auto out = [&](int i, int r) { return dp[i] + static_cast<intptr_t>(r) * ds[i]; };
   if (kOut == ChromaOut::kYuv444) {
     for (int r = 0; r < h; ++r) {
-      chroma(sp[0] + static_cast<intptr_t>(r) * ss[0], dp[1] + static_cast<intptr_t>(r) * ds[1],
-             dp[2] + static_cast<intptr_t>(r) * ds[2], w);
+      rows.luma(src(r), out(0, r), w);
+      rows.chroma(src(r), out(1, r), out(2, r), w);
     }
     return;
   }
-  for (int m = 0; m < h / 2; ++m) {
-    const uint8_t* s = sp[0] + static_cast<intptr_t>(2 * m) * ss[0];
-    uint8_t* p1 = dp[1] + static_cast<intptr_t>(m) * ds[1];
-    if (kOut == ChromaOut::kYuv420 || kOut == ChromaOut::kYv12) {
-      uint8_t* p2 = dp[2] + static_cast<intptr_t>(m) * ds[2];
-      if (kOut == ChromaOut::kYuv420) {
-        chroma(s, p1, p2, w / 2);
-      } else {
-        chroma(s, p2, p1, w / 2);
-      }
+  for (int r = 0; r < h; ++r) {
+    const int m = r / 2;
+    if ((r & 1) || m >= h / 2) {
+      rows.luma(src(r), out(0, r), w);
+      continue;
+    }
+    uint8_t *u, *v;
+    if (kOut == ChromaOut::kYuv420) {
+      u = out(1, m), v = out(2, m);
+    } else if (kOut == ChromaOut::kYv12) {
+      u = out(2, m), v = out(1, m);
     } else if (kOut == ChromaOut::kNv12) {
-      chroma(s, p1, p1 + 1, w / 2);
+      u = out(1, m), v = u + 1;
     } else {
-      chroma(s, p1 + 1, p1, w / 2);
+      v = out(1, m), u = v + 1;
+    }
+    if (rows.both != nullptr) {
+      rows.both(src(r), out(0, r), u, v, w);
+    } else {
+      rows.luma(src(r), out(0, r), w);
+      rows.chroma(src(r), u, v, w / 2);
     }
   }
 }
@@ -118,6 +136,17 @@ LumaRowFn LumaRowFor(LumaRowId id);
 LumaRowFn ScalarLumaRowFor(LumaRowId id);
 ChromaRowFn ChromaRowFor(ChromaRowId id);
 ChromaRowFn ScalarChromaRowFor(ChromaRowId id);
+// The combined row of a 4:2:0 chroma row id (null for 4:4:4 ids).
+LumaChromaRowFn LumaChromaRowFor(ChromaRowId id);
+
+// The rows of a member from its ids, best path or scalar (the scalar rows
+// have no combined form, so they exercise the two-pass order).
+inline RgbToYuvRows BestRows(LumaRowId l, ChromaRowId c) {
+  return {LumaRowFor(l), ChromaRowFor(c), LumaChromaRowFor(c)};
+}
+inline RgbToYuvRows ScalarRows(LumaRowId l, ChromaRowId c) {
+  return {ScalarLumaRowFor(l), ScalarChromaRowFor(c), nullptr};
+}
 
 }  // namespace csc
 }  // namespace kelo

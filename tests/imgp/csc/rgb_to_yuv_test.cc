@@ -38,6 +38,11 @@ TEST(RgbToYuvArithmetic, WorkedExamples) {
 #define KELO_CSTEP(S, M, SUB, CSTEP) CSTEP,
 constexpr int kChromaStep[] = {KELO_RGB_TO_CHROMA_ROWS(KELO_CSTEP)};
 #undef KELO_CSTEP
+// The scalar luma row of each chroma row id's source and matrix.
+#define KELO_LUMA_REF(S, M, SUB, CSTEP) \
+  [](const uint8_t* s, uint8_t* y, int n) { csc::scalar::RgbToLumaRow<csc::S, csc::M>(s, y, 0, n); },
+const csc::LumaRowFn kCombinedLumaRef[] = {KELO_RGB_TO_CHROMA_ROWS(KELO_LUMA_REF)};
+#undef KELO_LUMA_REF
 
 TEST(RgbToYuvRows, VectorMatchesScalarOnEveryTarget) {
   std::mt19937 rng = MakeRng(43);
@@ -65,6 +70,22 @@ TEST(RgbToYuvRows, VectorMatchesScalarOnEveryTarget) {
           run(csc::ScalarChromaRowFor(csc::ChromaRowId(id)), want.data());
           ASSERT_EQ(FirstDifference(got.raw(), want.raw()), "")
               << target << " chroma " << id << " order " << order << " n=" << n;
+          // The combined row: luma of n pixels and chroma of n / 2 samples.
+          const csc::LumaChromaRowFn both = csc::LumaChromaRowFor(csc::ChromaRowId(id));
+          if (both == nullptr) continue;
+          GuardedBuffer y_got(n), y_want(n), c_got(2 * n + 2), c_want(2 * n + 2);
+          auto place = [&](uint8_t* base, uint8_t** u, uint8_t** v) {
+            *u = order == 2 ? base + 1 : base;
+            *v = order == 0 ? base + n + 1 : (order == 1 ? base + 1 : base);
+          };
+          uint8_t *u1, *v1, *u2, *v2;
+          place(c_got.data(), &u1, &v1);
+          place(c_want.data(), &u2, &v2);
+          both(src.data(), y_got.data(), u1, v1, n);
+          kCombinedLumaRef[id](src.data(), y_want.data(), n);
+          csc::ScalarChromaRowFor(csc::ChromaRowId(id))(src.data(), u2, v2, n / 2);
+          ASSERT_EQ(FirstDifference(y_got.raw(), y_want.raw()), "") << target << " both " << id;
+          ASSERT_EQ(FirstDifference(c_got.raw(), c_want.raw()), "") << target << " both " << id;
         }
       }
     }
@@ -82,7 +103,7 @@ struct Member {
 template <csc::ChromaOut kOut, csc::LumaRowId kL, csc::ChromaRowId kC>
 void Expect(kimgp_img* s, kimgp_img* d) {
   csc::RgbToYuvImage<kOut>(s->plane, s->width, s->height, s->stride, d->stride, d->plane,
-                           csc::ScalarLumaRowFor(kL), csc::ScalarChromaRowFor(kC));
+                           csc::ScalarRows(kL, kC));
 }
 
 #define KELO_MEMBER(name, scs, dcs, OUT, S, M, SUB, CSTEP)                          \
