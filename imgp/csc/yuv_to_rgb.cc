@@ -27,61 +27,90 @@ using DI = hn::Repartition<int16_t, D8>;
 using VI = hn::Vec<DI>;
 using D16 = hn::Repartition<uint16_t, D8>;
 
-// Each of Lanes/2 bytes twice: c0 c0 c1 c1 ...
-HWY_INLINE V8 DupPairs(hn::Vec<DH8> h) {
+// Lanes are widened and narrowed within 128-bit blocks, which costs no
+// cross-block shuffles: WidenLo/WidenHi take the lower and upper eight bytes
+// of every block, NarrowBlocks packs them back in the same places (so the
+// byte order is restored). Chroma of pixel pairs is kept as one 16-bit value
+// per pair, in order; DupLo/DupHi repeat each value twice within the blocks,
+// which lines it up with WidenLo/WidenHi of the luma on every vector width.
+HWY_INLINE VI WidenLo(V8 v) {
   const D8 d8;
-  const D16 d16;
-  const auto w = hn::PromoteTo(d16, h);
-  return hn::BitCast(d8, hn::Or(w, hn::ShiftLeft<8>(w)));
+  const DI di;
+  return hn::BitCast(di, hn::InterleaveLower(d8, v, hn::Zero(d8)));
 }
-
-// Interleaved byte pairs a0 b0 a1 b1 ... to a0 a0 a1 a1 ... and b0 b0 ...
-HWY_INLINE void SplitDupPairs(V8 ab, V8* a, V8* b) {
+HWY_INLINE VI WidenHi(V8 v) {
   const D8 d8;
-  const D16 d16;
-  const auto w = hn::BitCast(d16, ab);
-  const auto lo = hn::And(w, hn::Set(d16, 0x00FF));
-  const auto hi = hn::ShiftRight<8>(w);
-  *a = hn::BitCast(d8, hn::Or(lo, hn::ShiftLeft<8>(lo)));
-  *b = hn::BitCast(d8, hn::Or(hi, hn::ShiftLeft<8>(hi)));
+  const DI di;
+  return hn::BitCast(di, hn::InterleaveUpper(d8, v, hn::Zero(d8)));
 }
-
-// Y, U and V of pixels [x, x + Lanes) with chroma repeated per pixel.
-template <class Src>
-HWY_INLINE void LoadYuv(const YuvRow& row, size_t x, V8* y, V8* u, V8* v) {
+HWY_INLINE VI DupLo(VI v) { return hn::InterleaveLower(v, v); }
+HWY_INLINE VI DupHi(VI v) {
+  const DI di;
+  return hn::InterleaveUpper(di, v, v);
+}
+HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
+#if HWY_TARGET == HWY_AVX2
+  return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+  return V8{_mm512_packus_epi16(lo.raw, hi.raw)};
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+  return V8{_mm_packus_epi16(lo.raw, hi.raw)};
+#else  // one block per vector: whole-vector order is block order
   const D8 d8;
   const DH8 dh;
+  return hn::Combine(d8, hn::DemoteTo(dh, hi), hn::DemoteTo(dh, lo));
+#endif
+}
+
+// Pairs of bytes a0 b0 a1 b1 ... as 16-bit a and b values, in order.
+HWY_INLINE void SplitPairs(V8 ab, VI* a, VI* b) {
+  const DI di;
+  const D16 d16;
+  const auto w = hn::BitCast(d16, ab);
+  *a = hn::BitCast(di, hn::And(w, hn::Set(d16, 0x00FF)));
+  *b = hn::BitCast(di, hn::ShiftRight<8>(w));
+}
+
+// Y of pixels [x, x + Lanes) and the U and V of their pixel pairs (Lanes / 2
+// values each, in order). Sources with chroma per pixel use LoadYuv444.
+template <class Src>
+HWY_INLINE void LoadYuv(const YuvRow& row, size_t x, V8* y, VI* u, VI* v) {
+  const D8 d8;
+  const DH8 dh;
+  const DI di;
   const size_t L = hn::Lanes(d8);
   if constexpr (Src::kFamily == YuvFamily::kPlanar) {
     *y = hn::LoadU(d8, row.y + x);
-    if constexpr (Src::kPairs) {
-      *u = DupPairs(hn::LoadU(dh, row.u + x / 2));
-      *v = DupPairs(hn::LoadU(dh, row.v + x / 2));
-    } else {
-      *u = hn::LoadU(d8, row.u + x);
-      *v = hn::LoadU(d8, row.v + x);
-    }
+    *u = hn::PromoteTo(di, hn::LoadU(dh, row.u + x / 2));
+    *v = hn::PromoteTo(di, hn::LoadU(dh, row.v + x / 2));
   } else if constexpr (Src::kFamily == YuvFamily::kSemi) {
     *y = hn::LoadU(d8, row.y + x);
-    const uint8_t* c = Src::kUFirstV ? row.u : row.v;
-    V8 first, second;
-    SplitDupPairs(hn::LoadU(d8, c + x), &first, &second);
+    VI first, second;
+    SplitPairs(hn::LoadU(d8, (Src::kUFirstV ? row.u : row.v) + x), &first, &second);
     *u = Src::kUFirstV ? first : second;
     *v = Src::kUFirstV ? second : first;
   } else {
     const uint8_t* base = Src::kUyvyV ? row.u : row.y;
     const V8 v0 = hn::LoadU(d8, base + 2 * x);
     const V8 v1 = hn::LoadU(d8, base + 2 * x + L);
-    V8 c;
     if constexpr (Src::kUyvyV) {
       *y = hn::ConcatOdd(d8, v1, v0);
-      c = hn::ConcatEven(d8, v1, v0);
+      SplitPairs(hn::ConcatEven(d8, v1, v0), u, v);
     } else {
       *y = hn::ConcatEven(d8, v1, v0);
-      c = hn::ConcatOdd(d8, v1, v0);
+      SplitPairs(hn::ConcatOdd(d8, v1, v0), u, v);
     }
-    SplitDupPairs(c, u, v);
   }
+}
+
+// A coefficient the compiler may not see, so that a product stays one
+// multiply instead of a chain of shifts and adds. The asm has no side
+// effects, so the broadcast is still hoisted out of the loops.
+HWY_INLINE VI Coef(int k) {
+  const DI di;
+  int16_t c = static_cast<int16_t>(k);
+  asm("" : "+r"(c));
+  return hn::Set(di, c);
 }
 
 // q * x for the small whole multiples of 256 that the coefficient split
@@ -121,17 +150,17 @@ HWY_INLINE Terms MakeTerms(VI u, VI v) {
     t.qr = Times<SplitQ(Mx::kRv)>(e);
     t.qg = hn::Add(Times<SplitQ(Mx::kGu)>(d), Times<SplitQ(Mx::kGv)>(e));
     t.qb = Times<SplitQ(Mx::kBu)>(d);
-    t.tr = hn::Add(hn::Mul(e, hn::Set(di, SplitRes(Mx::kRv))), half);
-    t.tg = hn::Add(hn::Add(hn::Mul(d, hn::Set(di, SplitRes(Mx::kGu))),
-                           hn::Mul(e, hn::Set(di, SplitRes(Mx::kGv)))),
+    t.tr = hn::Add(hn::Mul(e, Coef(SplitRes(Mx::kRv))), half);
+    t.tg = hn::Add(hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kGu))),
+                           hn::Mul(e, Coef(SplitRes(Mx::kGv)))),
                    half);
-    t.tb = hn::Add(hn::Mul(d, hn::Set(di, SplitRes(Mx::kBu))), half);
+    t.tb = hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kBu))), half);
   } else {
     using Mx = std::conditional_t<M == YuvMatrix::kBt601Full, Bt601Full, Bt709Full>;
-    t.qr = hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kRv)));
-    t.qg = hn::Add(hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kGu))),
-                   hn::ShiftRight<7>(hn::Mul(e, hn::Set(di, Mx::kGv))));
-    t.qb = hn::ShiftRight<7>(hn::Mul(d, hn::Set(di, Mx::kBu)));
+    t.qr = hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kRv)));
+    t.qg = hn::Add(hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kGu))),
+                   hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kGv))));
+    t.qb = hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kBu)));
   }
   return t;
 }
@@ -142,7 +171,7 @@ HWY_INLINE void Apply(const Terms& t, VI y, VI* r, VI* g, VI* b) {
   if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
     using Mx = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
     const VI c = hn::Sub(y, hn::Set(di, Mx::kYOffset));
-    const VI base = hn::Mul(c, hn::Set(di, SplitRes(Mx::kCy)));
+    const VI base = hn::Mul(c, Coef(SplitRes(Mx::kCy)));
     const VI qc = Times<SplitQ(Mx::kCy)>(c);
     *r = hn::Add(hn::Add(qc, t.qr), hn::ShiftRight<8>(hn::Add(base, t.tr)));
     *g = hn::Add(hn::Add(qc, t.qg), hn::ShiftRight<8>(hn::Add(base, t.tg)));
@@ -154,27 +183,28 @@ HWY_INLINE void Apply(const Terms& t, VI y, VI* r, VI* g, VI* b) {
   }
 }
 
-// Chroma of a block as terms for its lower and upper halves.
+// Terms for the two block halves of Lanes pixels: from pair chroma (Lanes /
+// 2 values in order) or from per-pixel chroma bytes.
 template <YuvMatrix M>
-HWY_INLINE void BlockTerms(V8 u, V8 v, Terms* lo, Terms* hi) {
-  const DH8 dh;
-  const DI di;
-  *lo = MakeTerms<M>(hn::PromoteTo(di, hn::LowerHalf(dh, u)), hn::PromoteTo(di, hn::LowerHalf(dh, v)));
-  *hi = MakeTerms<M>(hn::PromoteTo(di, hn::UpperHalf(dh, u)), hn::PromoteTo(di, hn::UpperHalf(dh, v)));
+HWY_INLINE void PairTerms(VI u, VI v, Terms* lo, Terms* hi) {
+  *lo = MakeTerms<M>(DupLo(u), DupLo(v));
+  *hi = MakeTerms<M>(DupHi(u), DupHi(v));
+}
+template <YuvMatrix M>
+HWY_INLINE void PixelTerms(V8 u, V8 v, Terms* lo, Terms* hi) {
+  *lo = MakeTerms<M>(WidenLo(u), WidenLo(v));
+  *hi = MakeTerms<M>(WidenHi(u), WidenHi(v));
 }
 
 // One block of luma through the terms, saturated to bytes.
 template <YuvMatrix M>
 HWY_INLINE void ToRgb(const Terms& lo, const Terms& hi, V8 y, V8* r, V8* g, V8* b) {
-  const D8 d8;
-  const DH8 dh;
-  const DI di;
   VI rl, gl, bl, rh, gh, bh;
-  Apply<M>(lo, hn::PromoteTo(di, hn::LowerHalf(dh, y)), &rl, &gl, &bl);
-  Apply<M>(hi, hn::PromoteTo(di, hn::UpperHalf(dh, y)), &rh, &gh, &bh);
-  *r = hn::Combine(d8, hn::DemoteTo(dh, rh), hn::DemoteTo(dh, rl));
-  *g = hn::Combine(d8, hn::DemoteTo(dh, gh), hn::DemoteTo(dh, gl));
-  *b = hn::Combine(d8, hn::DemoteTo(dh, bh), hn::DemoteTo(dh, bl));
+  Apply<M>(lo, WidenLo(y), &rl, &gl, &bl);
+  Apply<M>(hi, WidenHi(y), &rh, &gh, &bh);
+  *r = NarrowBlocks(rl, rh);
+  *g = NarrowBlocks(gl, gh);
+  *b = NarrowBlocks(bl, bh);
 }
 
 // The channel a byte slot of a pixel holds.
@@ -224,10 +254,16 @@ void RowVec(const YuvRow& row, uint8_t* dst, int n) {
   const size_t L = hn::Lanes(d8);
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y, u, v, r, g, b;
-    LoadYuv<Src>(row, x, &y, &u, &v);
+    V8 y, r, g, b;
     Terms lo, hi;
-    BlockTerms<M>(u, v, &lo, &hi);
+    if constexpr (Src::kPairs) {
+      VI u, v;
+      LoadYuv<Src>(row, x, &y, &u, &v);
+      PairTerms<M>(u, v, &lo, &hi);
+    } else {
+      y = hn::LoadU(d8, row.y + x);
+      PixelTerms<M>(hn::LoadU(d8, row.u + x), hn::LoadU(d8, row.v + x), &lo, &hi);
+    }
     ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst + x * Dst::kBytes);
   }
@@ -242,11 +278,12 @@ void Row2Vec(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst
   const size_t L = hn::Lanes(d8);
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y0, y1, u, v, r, g, b;
+    V8 y0, r, g, b;
+    VI u, v;
     LoadYuv<Src>(row0, x, &y0, &u, &v);
-    y1 = hn::LoadU(d8, row1.y + x);
+    const V8 y1 = hn::LoadU(d8, row1.y + x);
     Terms lo, hi;
-    BlockTerms<M>(u, v, &lo, &hi);
+    PairTerms<M>(u, v, &lo, &hi);
     ToRgb<M>(lo, hi, y0, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
     ToRgb<M>(lo, hi, y1, &r, &g, &b);
