@@ -8,6 +8,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/layout_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -16,12 +17,6 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
-using D8 = hn::ScalableTag<uint8_t>;
-using V8 = hn::Vec<D8>;
-using DH8 = hn::Half<D8>;
-using DU = hn::Repartition<uint16_t, D8>;
-using VU = hn::Vec<DU>;
-using DI = hn::Repartition<int16_t, D8>;
 
 // Runs body(i) for i = 0, step, 2 step, ... while i + step <= n and returns
 // where the vector part stopped.
@@ -30,38 +25,6 @@ HWY_INLINE size_t Blocks(size_t n, size_t step, Body body) {
   size_t i = 0;
   for (; i + step <= n; i += step) body(i);
   return i;
-}
-
-// Two halves of 16-bit values of at most 255 to one byte vector.
-HWY_INLINE V8 Bytes(VU lo, VU hi) {
-  const D8 d8;
-  const DH8 dh;
-  const DI di;
-  return hn::Combine(d8, hn::DemoteTo(dh, hn::BitCast(di, hi)), hn::DemoteTo(dh, hn::BitCast(di, lo)));
-}
-
-// RGB565 words from 8-bit channels held in 16-bit lanes.
-HWY_INLINE VU Pack565(VU r, VU g, VU b) {
-  const DU du;
-  return hn::Or(hn::Or(hn::ShiftLeft<8>(hn::And(r, hn::Set(du, 0xF8))),
-                       hn::ShiftLeft<3>(hn::And(g, hn::Set(du, 0xFC)))),
-                hn::ShiftRight<3>(b));
-}
-
-// Stores the 565 words of Lanes pixels given as byte channels.
-HWY_INLINE void Store565(V8 r, V8 g, V8 b, uint8_t* d) {
-  const D8 d8;
-  const DH8 dh;
-  const DU du;
-  const size_t L = hn::Lanes(d8);
-  hn::StoreU(hn::BitCast(d8, Pack565(hn::PromoteTo(du, hn::LowerHalf(dh, r)),
-                                     hn::PromoteTo(du, hn::LowerHalf(dh, g)),
-                                     hn::PromoteTo(du, hn::LowerHalf(dh, b)))),
-             d8, d);
-  hn::StoreU(hn::BitCast(d8, Pack565(hn::PromoteTo(du, hn::UpperHalf(dh, r)),
-                                     hn::PromoteTo(du, hn::UpperHalf(dh, g)),
-                                     hn::PromoteTo(du, hn::UpperHalf(dh, b)))),
-             d8, d + L);
 }
 
 void InterleaveVec(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
@@ -111,7 +74,7 @@ void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
     const VU mask = hn::Set(du, 0xFF);
     const VU lo = hn::And(hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k))), mask);
     const VU hi = hn::And(hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k + L))), mask);
-    hn::StoreU(Bytes(lo, hi), d8, d + k);
+    hn::StoreU(NarrowToBytes(lo, hi), d8, d + k);
   });
   csc::scalar::Narrow16(s, d, i, n);
 }
@@ -146,7 +109,7 @@ void Rgb565ToRgbaVec(const uint8_t* s, uint8_t* d, size_t n) {
       g[h] = hn::ShiftRight<3>(hn::And(p, hn::Set(du, 0x7E0)));
       b[h] = hn::And(hn::ShiftLeft<3>(p), hn::Set(du, 0xF8));
     }
-    hn::StoreInterleaved4(Bytes(r[0], r[1]), Bytes(g[0], g[1]), Bytes(b[0], b[1]),
+    hn::StoreInterleaved4(NarrowToBytes(r[0], r[1]), NarrowToBytes(g[0], g[1]), NarrowToBytes(b[0], b[1]),
                           hn::Set(d8, 255), d8, d + 4 * k);
   });
   csc::scalar::Rgb565ToRgba(s, d, i, n);

@@ -9,6 +9,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/rgb_to_yuv.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -18,13 +19,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using namespace csc;  // NOLINT: layout traits and matrices
 
 #if HWY_TARGET != HWY_SCALAR
-using D8 = hn::ScalableTag<uint8_t>;
-using V8 = hn::Vec<D8>;
-using DH8 = hn::Half<D8>;
-using DU = hn::Repartition<uint16_t, D8>;
-using VU = hn::Vec<DU>;
-using DI = hn::Repartition<int16_t, D8>;
-using VI = hn::Vec<DI>;
 
 template <int kSlot, class Src>
 HWY_INLINE void Assign(V8 c, V8* r, V8* g, V8* b) {
@@ -92,17 +86,6 @@ HWY_INLINE VI Chroma(VI r, VI g, VI b) {
   return hn::Add(hn::ShiftRight<8>(s), hn::Set(di, 128));
 }
 
-HWY_INLINE V8 ToBytes(VI lo, VI hi) {
-  const D8 d8;
-  const DH8 dh;
-  return hn::Combine(d8, hn::DemoteTo(dh, hi), hn::DemoteTo(dh, lo));
-}
-// Luma values are at most 255, so they pass through the signed demotion.
-HWY_INLINE V8 ToBytes(VU lo, VU hi) {
-  const DI di;
-  return ToBytes(hn::BitCast(di, lo), hn::BitCast(di, hi));
-}
-
 template <class Src, class M>
 void LumaVec(const uint8_t* src, uint8_t* y, int n) {
   const D8 d8;
@@ -111,7 +94,7 @@ void LumaVec(const uint8_t* src, uint8_t* y, int n) {
   for (; x + L <= static_cast<size_t>(n); x += L) {
     VU r[2], g[2], b[2];
     LoadRgb16<Src>(src + x * Src::kBytes, r, g, b);
-    hn::StoreU(ToBytes(Luma<M>(r[0], g[0], b[0]), Luma<M>(r[1], g[1], b[1])), d8, y + x);
+    hn::StoreU(NarrowToBytes(Luma<M>(r[0], g[0], b[0]), Luma<M>(r[1], g[1], b[1])), d8, y + x);
   }
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
 }
@@ -147,7 +130,7 @@ void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
       cu[h] = Chroma<M::kUr, M::kUg, M::kUb>(R, G, B);
       cv[h] = Chroma<M::kVr, M::kVg, M::kVb>(R, G, B);
     }
-    const V8 U = ToBytes(cu[0], cu[1]), V = ToBytes(cv[0], cv[1]);
+    const V8 U = NarrowToBytes(cu[0], cu[1]), V = NarrowToBytes(cv[0], cv[1]);
     if constexpr (kCStep == 1) {
       hn::StoreU(U, d8, u + k);
       hn::StoreU(V, d8, v + k);
@@ -172,8 +155,8 @@ void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n
     VU ra[2], ga[2], ba[2], rb[2], gb[2], bb[2];
     LoadRgb16<Src>(src + x * Src::kBytes, ra, ga, ba);
     LoadRgb16<Src>(src + (x + L) * Src::kBytes, rb, gb, bb);
-    hn::StoreU(ToBytes(Luma<M>(ra[0], ga[0], ba[0]), Luma<M>(ra[1], ga[1], ba[1])), d8, y + x);
-    hn::StoreU(ToBytes(Luma<M>(rb[0], gb[0], bb[0]), Luma<M>(rb[1], gb[1], bb[1])), d8, y + x + L);
+    hn::StoreU(NarrowToBytes(Luma<M>(ra[0], ga[0], ba[0]), Luma<M>(ra[1], ga[1], ba[1])), d8, y + x);
+    hn::StoreU(NarrowToBytes(Luma<M>(rb[0], gb[0], bb[0]), Luma<M>(rb[1], gb[1], bb[1])), d8, y + x + L);
     const VU* r4[2] = {ra, rb};
     const VU* g4[2] = {ga, gb};
     const VU* b4[2] = {ba, bb};
@@ -185,7 +168,7 @@ void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n
       cu[h] = Chroma<M::kUr, M::kUg, M::kUb>(R, G, B);
       cv[h] = Chroma<M::kVr, M::kVg, M::kVb>(R, G, B);
     }
-    const V8 U = ToBytes(cu[0], cu[1]), V = ToBytes(cv[0], cv[1]);
+    const V8 U = NarrowToBytes(cu[0], cu[1]), V = NarrowToBytes(cv[0], cv[1]);
     const size_t k = x / 2;
     if constexpr (kCStep == 1) {
       hn::StoreU(U, d8, u + k);

@@ -11,6 +11,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/yuv_to_rgb.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -20,12 +21,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using namespace csc;  // NOLINT: layout traits and matrices
 
 #if HWY_TARGET != HWY_SCALAR
-using D8 = hn::ScalableTag<uint8_t>;
-using V8 = hn::Vec<D8>;
-using DH8 = hn::Half<D8>;
-using DI = hn::Repartition<int16_t, D8>;
-using VI = hn::Vec<DI>;
-using D16 = hn::Repartition<uint16_t, D8>;
 
 // Lanes are widened and narrowed within 128-bit blocks, which costs no
 // cross-block shuffles: WidenLo/WidenHi take the lower and upper eight bytes
@@ -65,7 +60,7 @@ HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
 // Pairs of bytes a0 b0 a1 b1 ... as 16-bit a and b values, in order.
 HWY_INLINE void SplitPairs(V8 ab, VI* a, VI* b) {
   const DI di;
-  const D16 d16;
+  const DU d16;
   const auto w = hn::BitCast(d16, ab);
   *a = hn::BitCast(di, hn::And(w, hn::Set(d16, 0x00FF)));
   *b = hn::BitCast(di, hn::ShiftRight<8>(w));
@@ -227,24 +222,7 @@ HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
     hn::StoreInterleaved3(Slot<0, Dst>(r, g, b, r), Slot<1, Dst>(r, g, b, r),
                           Slot<2, Dst>(r, g, b, r), d8, out);
   } else {
-    const DH8 dh;
-    const D16 d16;
-    const V8 hi = Dst::kRedHighV ? r : b;
-    const V8 lo = Dst::kRedHighV ? b : r;
-    auto pack = [&](hn::Vec<DH8> h8, hn::Vec<DH8> g8, hn::Vec<DH8> l8) {
-      const auto h = hn::PromoteTo(d16, h8), gg = hn::PromoteTo(d16, g8),
-                 l = hn::PromoteTo(d16, l8);
-      return hn::Or(hn::Or(hn::ShiftLeft<8>(hn::And(h, hn::Set(d16, 0xF8))),
-                           hn::ShiftLeft<3>(hn::And(gg, hn::Set(d16, 0xFC)))),
-                    hn::ShiftRight<3>(l));
-    };
-    const size_t L = hn::Lanes(d8);
-    hn::StoreU(hn::BitCast(d8, pack(hn::LowerHalf(dh, hi), hn::LowerHalf(dh, g),
-                                    hn::LowerHalf(dh, lo))),
-               d8, out);
-    hn::StoreU(hn::BitCast(d8, pack(hn::UpperHalf(dh, hi), hn::UpperHalf(dh, g),
-                                    hn::UpperHalf(dh, lo))),
-               d8, out + L);
+    Store565(Dst::kRedHighV ? r : b, g, Dst::kRedHighV ? b : r, out);
   }
 }
 
