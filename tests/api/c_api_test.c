@@ -1,5 +1,6 @@
 /* Includes every public header as C99 and calls one function of each. */
 #include <kcmn_bitstream.h>
+#include <kcmn_media.h>
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
@@ -38,6 +39,7 @@ int main(void) {
     kimgp_csc_yuv420_to_rgba8888(sp, sw, sh, ss, ds, dp);
     if (rgba[0] != 255 || rgba[255] != 255) return 4;
   }
+  if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");
   return 0;
 }
