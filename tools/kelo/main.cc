@@ -1,2 +1,4 @@
-#include <cstdio>
-int main() { std::puts("kelo"); return 0; }
+// kelo: the command-line face of libkelocmn.
+#include "tools/kelo/command.h"
+
+int main(int argc, char** argv) { return kelo::cli::Main(argc, argv); }

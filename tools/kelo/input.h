@@ -1,0 +1,45 @@
+// How subcommands get their frames and name their outputs: an input file
+// (raw needs --format and --size), or the built-in pattern when there is no
+// input or the input is named "pattern".
+#ifndef KELO_TOOLS_KELO_INPUT_H_
+#define KELO_TOOLS_KELO_INPUT_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tools/kelo/args.h"
+#include "tools/kelo/io.h"
+
+namespace kelo {
+namespace cli {
+
+constexpr int32_t kPatternWidth = 640;
+constexpr int32_t kPatternHeight = 360;
+
+// --format, --size, --frames, --in-type.
+std::vector<OptionSpec> InputOptions();
+// --out-type.
+std::vector<OptionSpec> OutputOptions();
+// Help text describing the input rules, shared by the commands.
+extern const char kInputHelp[];
+
+bool IsPatternInput(const std::string& path);
+// Opens `path` (empty or "pattern" for the pattern, drawn in --format or
+// `default_format`). Throws UsageError for inconsistent options.
+std::unique_ptr<FrameReader> OpenInput(const Args& args,
+                                       const std::string& path,
+                                       const char* default_format);
+// File type of an output: --out-type, else by extension.
+FileType OutputType(const Args& args, const std::string& path);
+// Throws a UsageError when `out` names the same file as `in`.
+void RefuseSameFile(const Args& args, const std::string& in,
+                    const std::string& out);
+
+// A drawn pattern frame.
+Image PatternImage(const FormatInfo& f, int32_t w, int32_t h, int index = 0);
+
+}  // namespace cli
+}  // namespace kelo
+
+#endif  // KELO_TOOLS_KELO_INPUT_H_
