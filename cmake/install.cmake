@@ -24,3 +24,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kelocmnConfig.cmake
 configure_file(cmake/kelocmn.pc.in ${CMAKE_CURRENT_BINARY_DIR}/kelocmn.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kelocmn.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+if(TARGET kelo)
+  install(TARGETS kelo RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
