@@ -114,6 +114,21 @@ elseif(CASE STREQUAL "png_output")
     fail("many.png written for two frames")
   endif()
 
+elseif(CASE STREQUAL "probe_fourcc")
+  expect_ok("fourcc avc1 85 tx3g Avc1")
+  if(NOT out MATCHES "avc1 +104  video\n85 +305  audio\ntx3g +3006  subtitle\nAvc1 +3199  no match\n")
+    fail("unexpected fourcc output")
+  endif()
+  expect_error(2 "fourcc abcde")
+  # The rule's key frames in a fixture whose encoder agrees with it.
+  expect_ok("probe ${FIXTURES}/video/vp8_128x96.ivf")
+  if(NOT out MATCHES "frames 24, key frames 3, GOP lengths 8 8 8\n$")
+    fail("unexpected probe summary")
+  endif()
+  expect_ok("probe ${FIXTURES}/video/mpeg4_128x96.m4v --codec mpeg4")
+  expect_error(2 "probe ${FIXTURES}/video/mpeg4_128x96.m4v --codec vc1")
+  expect_error(1 "probe ${FIXTURES}/video/vp8_128x96.packets")
+
 elseif(CASE STREQUAL "usage_errors")
   foreach(args
       "frob" "--frob" "copy" "copy a b c" "copy --bogus o.yuv"

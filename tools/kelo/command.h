@@ -34,8 +34,10 @@ struct Command {
 
 Command CopyCommand();
 Command DemoCommand();
+Command FourccCommand();
 Command HelpCommand();
 Command InfoCommand();
+Command ProbeCommand();
 
 // Every subcommand, in the order help lists them.
 const std::vector<Command>& Commands();

@@ -87,6 +87,8 @@ const std::vector<Command>& Commands() {
       CopyCommand(),
       DemoCommand(),
       InfoCommand(),
+      ProbeCommand(),
+      FourccCommand(),
       HelpCommand(),
   };
   return table;
