@@ -16,67 +16,11 @@
 #include <memory>
 
 #include "kcmn_media.h"
+#include "tests/support/keyframe_reference.h"
 #include "tools/media/access_units.h"
 
 namespace {
 
-int32_t Reference(uint32_t type, const uint8_t* b, int32_t size) {
-  switch (type) {
-    case KCMN_MT_VID_MPEG4:
-      for (int32_t i = 0; i <= size - 5; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0) continue;
-        if ((b[i + 2] & 0xFC) == 0x80) {
-          if ((b[i + 3] & 3) != 2) return 0;
-          if ((b[i + 4] & 0x1C) == 0x1C) continue;
-          return (b[i + 4] & 2) == 0;
-        }
-        if (b[i + 2] == 1 && b[i + 3] == 0xB6) return b[i + 4] < 0x40;
-      }
-      return 0;
-    case KCMN_MT_VID_H263:
-    case KCMN_MT_VID_FLV1:
-      for (int32_t i = 0; i <= size - 7; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0) continue;
-        const int t = b[i + 2] >> 2;
-        if (t == 33) {
-          const int at = (b[i + 3] != 0 || (b[i + 4] & 0x80) != 0) ? 8 : 6;
-          return (b[i + at] & 0x60) == 0;
-        }
-        if (t == 32) {
-          if ((b[i + 3] & 3) != 2) return 0;
-          if ((b[i + 4] & 0x1C) != 0x1C) return (b[i + 4] & 2) == 0;
-          const int u = ((b[i + 4] & 3) << 1) | (b[i + 5] >> 7);
-          return u == 1 ? (b[i + 7] & 0x1C) == 0 : (b[i + 5] & 0x70) == 0;
-        }
-      }
-      return 0;
-    case KCMN_MT_VID_H264:
-    case KCMN_MT_VID_HEVC:
-      for (int32_t i = 0; i <= size - 4; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0 || b[i + 2] != 1) continue;
-        if (type == KCMN_MT_VID_H264) {
-          const int t = b[i + 3] & 0x1F;
-          if (t == 1 || t == 5) return t == 5;
-        } else {
-          const int t = (b[i + 3] >> 1) & 0x3F;
-          if (t >= 16 && t <= 21) return 1;
-          if (t < 10) return 0;
-        }
-      }
-      return 0;
-    case KCMN_MT_VID_WMV1:
-    case KCMN_MT_VID_DIV3:
-      return b[0] < 0x40;
-    case KCMN_MT_VID_WMV2:
-      return (b[0] & 0x80) == 0;
-    case KCMN_MT_VID_VP8:
-      return b[3] == 0x9D && b[4] == 0x01 && b[5] == 0x2A;
-    case KCMN_MT_VID_VP9:
-      return (b[0] & 8) == 0 ? (b[0] & 4) == 0 : (b[1] & 0x80) == 0;
-    default:
-      return 0;
-  }
-}
 
 void Check(bool ok) {
   if (!ok) abort();
@@ -90,7 +34,7 @@ void Judge(uint32_t type, const uint8_t* data, size_t size) {
   if (size > 0) memcpy(buf.get(), data, size);
   const int32_t n = static_cast<int32_t>(size);
   const int32_t got = kcmn_is_vkeyfrm(type, buf.get(), n);
-  Check(got == Reference(type, buf.get(), n));
+  Check(got == kelo::test::ReferenceKeyframe(type, buf.get(), n));
 }
 
 }  // namespace
@@ -104,7 +48,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::unique_ptr<uint8_t[]> exact(new uint8_t[size]);
     memcpy(exact.get(), data, size);
     Check(kcmn_is_vkeyfrm(type, exact.get(), static_cast<int32_t>(size)) ==
-          Reference(type, exact.get(), static_cast<int32_t>(size)));
+          kelo::test::ReferenceKeyframe(type, exact.get(), static_cast<int32_t>(size)));
   }
 
   using kelo::media::Format;

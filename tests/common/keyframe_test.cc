@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "kcmn_media.h"
+#include "tests/support/keyframe_reference.h"
+#include "tests/support/video_fixtures.h"
 
 namespace kelo {
 namespace test {
@@ -65,68 +67,6 @@ int32_t Judge(uint32_t type, std::vector<uint8_t> bytes) {
   return OnEdge(type, bytes, static_cast<int32_t>(bytes.size()));
 }
 
-// The rules as plain byte loops, for comparison with the library's scans.
-int32_t Reference(uint32_t type, const uint8_t* b, int32_t size) {
-  switch (type) {
-    case 102:
-      if (size < 5) return 0;
-      for (int32_t i = 0; i <= size - 5; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0) continue;
-        if ((b[i + 2] & 0xFC) == 0x80) {
-          if ((b[i + 3] & 3) != 2) return 0;
-          if ((b[i + 4] & 0x1C) == 0x1C) continue;
-          return (b[i + 4] & 2) == 0;
-        }
-        if (b[i + 2] == 1 && b[i + 3] == 0xB6) return b[i + 4] < 0x40;
-      }
-      return 0;
-    case 103:
-    case 111:
-      if (size < 7) return 0;
-      for (int32_t i = 0; i <= size - 7; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0) continue;
-        const int t = b[i + 2] >> 2;
-        if (t == 33) {
-          const int at = b[i + 3] != 0 ? 8 : (b[i + 4] & 0x80) ? 8 : 6;
-          return (b[i + at] & 0x60) == 0;
-        }
-        if (t == 32) {
-          if ((b[i + 3] & 3) != 2) return 0;
-          if ((b[i + 4] & 0x1C) != 0x1C) return (b[i + 4] & 2) == 0;
-          const int u = ((b[i + 4] & 3) << 1) | (b[i + 5] >> 7);
-          return u == 1 ? (b[i + 7] & 0x1C) == 0 : (b[i + 5] & 0x70) == 0;
-        }
-      }
-      return 0;
-    case 104:
-    case 120:
-      if (size < 4) return 0;
-      for (int32_t i = 0; i <= size - 4; ++i) {
-        if (b[i] != 0 || b[i + 1] != 0 || b[i + 2] != 1) continue;
-        if (type == 104) {
-          const int t = b[i + 3] & 0x1F;
-          if (t == 1) return 0;
-          if (t == 5) return 1;
-        } else {
-          const int t = (b[i + 3] >> 1) & 0x3F;
-          if (t >= 16 && t <= 21) return 1;
-          if (t < 10) return 0;
-        }
-      }
-      return 0;
-    case 105:
-    case 110:
-      return b[0] < 0x40;
-    case 106:
-      return (b[0] & 0x80) == 0;
-    case 119:
-      return b[3] == 0x9D && b[4] == 0x01 && b[5] == 0x2A;
-    case 121:
-      return (b[0] & 8) == 0 ? (b[0] & 4) == 0 : (b[1] & 0x80) == 0;
-    default:
-      return 0;
-  }
-}
 
 constexpr uint32_t kScanned[] = {102, 103, 104, 111, 120};
 constexpr uint32_t kAllRules[] = {102, 103, 104, 105, 106, 110, 111, 119, 120, 121};
@@ -361,7 +301,7 @@ TEST(KeyFrame, ScansMatchTheByteLoops) {
         memcpy(buf.data(), shifted.data(), shifted.size());
         for (uint32_t type : kAllRules) {
           ASSERT_EQ(kcmn_is_vkeyfrm(type, buf.data() + shift, size),
-                    Reference(type, d.data(), size))
+                    ReferenceKeyframe(type, d.data(), size))
               << "type " << type << " size " << size << " density " << density;
           ++checked;
         }
@@ -376,7 +316,7 @@ TEST(KeyFrame, ScansMatchTheByteLoops) {
 TEST(KeyFrame, LongUnits) {
   for (uint32_t type : kScanned) {
     std::vector<uint8_t> zeros(100000, 0);
-    EXPECT_EQ(OnEdge(type, zeros, 100000), Reference(type, zeros.data(), 100000));
+    EXPECT_EQ(OnEdge(type, zeros, 100000), ReferenceKeyframe(type, zeros.data(), 100000));
   }
   std::vector<uint8_t> big(4 << 20, 0x5A);
   const std::vector<uint8_t> idr = {0, 0, 1, 0x65};
@@ -387,37 +327,7 @@ TEST(KeyFrame, LongUnits) {
 
 // ---- Real encoder output -------------------------------------------------
 
-std::vector<uint8_t> ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  EXPECT_TRUE(in.good()) << path;
-  return std::vector<uint8_t>(std::istreambuf_iterator<char>(in),
-                              std::istreambuf_iterator<char>());
-}
-
-struct Packet {
-  size_t offset;
-  size_t size;
-  int key;
-};
-
-// NAME.packets: "offset size key" lines, '#' comments.
-std::vector<Packet> ReadManifest(const std::string& path) {
-  std::ifstream in(path);
-  EXPECT_TRUE(in.good()) << path;
-  std::vector<Packet> packets;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream fields(line);
-    Packet p;
-    fields >> p.offset >> p.size >> p.key;
-    EXPECT_FALSE(fields.fail()) << path << ": " << line;
-    packets.push_back(p);
-  }
-  return packets;
-}
-
-const std::string kVideoDir = std::string(KELO_FIXTURE_DIR) + "/video/";
+const std::string kVideoDir = kelo::test::VideoDir();
 
 // A packet where the rule and the encoder's key flag differ on purpose.
 struct Exception {
@@ -483,7 +393,7 @@ TEST(KeyFrame, RealStreamsAgreeWithTheEncoder) {
         }
       }
       EXPECT_EQ(got, want) << s.file << " packet " << i;
-      EXPECT_EQ(got, Reference(s.type, unit.data(), static_cast<int32_t>(unit.size())));
+      EXPECT_EQ(got, ReferenceKeyframe(s.type, unit.data(), static_cast<int32_t>(unit.size())));
       keys += p.key;
     }
     // Short GOPs: several key frames and many others in every stream.
@@ -502,7 +412,7 @@ TEST(KeyFrame, RealFilesMatchTheByteLoops) {
     for (int32_t from : {0, 1, 2, 3, 100}) {
       for (uint32_t type : kAllRules) {
         EXPECT_EQ(kcmn_is_vkeyfrm(type, file.data() + from, size - from),
-                  Reference(type, file.data() + from, size - from))
+                  ReferenceKeyframe(type, file.data() + from, size - from))
             << s.file << " type " << type;
       }
     }

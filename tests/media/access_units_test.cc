@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "kcmn_media.h"
+#include "tests/support/video_fixtures.h"
 
 namespace kelo {
 namespace media {
@@ -20,35 +21,13 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-Bytes ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  EXPECT_TRUE(in.good()) << path;
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-struct Packet {
-  size_t offset;
-  size_t size;
-  int key;
-};
-
-// NAME.packets: "offset size key" lines, '#' comments.
-std::vector<Packet> ReadManifest(const std::string& path) {
-  std::ifstream in(path);
-  EXPECT_TRUE(in.good()) << path;
-  std::vector<Packet> packets;
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream fields(line);
-    Packet p;
-    fields >> p.offset >> p.size >> p.key;
-    packets.push_back(p);
-  }
-  return packets;
-}
-
-const std::string kVideoDir = std::string(KELO_FIXTURE_DIR) + "/video/";
+const std::string kVideoDir = kelo::test::VideoDir();
+using kelo::test::Packet;
+using kelo::test::ReadFile;
+using kelo::test::ReadManifest;
+using kelo::test::Packet;
+using kelo::test::ReadFile;
+using kelo::test::ReadManifest;
 
 // Walks a heap copy of exactly the input's size, so that the sanitizer
 // builds report any read outside it.
