@@ -25,9 +25,6 @@ const std::string kVideoDir = kelo::test::VideoDir();
 using kelo::test::Packet;
 using kelo::test::ReadFile;
 using kelo::test::ReadManifest;
-using kelo::test::Packet;
-using kelo::test::ReadFile;
-using kelo::test::ReadManifest;
 
 // Walks a heap copy of exactly the input's size, so that the sanitizer
 // builds report any read outside it.
