@@ -38,7 +38,10 @@ elseif(NOT KELO_HWY_INCLUDE STREQUAL "/usr/include")
 endif()
 
 if(KELO_HWY_DYNAMIC)
-  target_compile_definitions(kelo_hwy INTERFACE KELO_HAVE_HWY=1 KELO_HWY_DYNAMIC=1)
+  # SSE4, AVX2 and AVX-512 with the scalar fallback: SSSE3-only CPUs and the
+  # AVX-512 extensions of Ice Lake would only add compile time.
+  target_compile_definitions(kelo_hwy INTERFACE KELO_HAVE_HWY=1 KELO_HWY_DYNAMIC=1
+                             "HWY_DISABLED_TARGETS=(HWY_SSSE3|HWY_AVX3_DL)")
   message(STATUS "kelocmn: Highway, dynamic dispatch")
 else()
   target_compile_definitions(kelo_hwy INTERFACE KELO_HAVE_HWY=1 KELO_HWY_DYNAMIC=0

@@ -22,7 +22,7 @@ if [[ -z "$build" ]]; then
   cmake --preset fuzz >/dev/null
 else
   cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-        -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKELO_FUZZ=ON \
+        -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKELO_FUZZ=ON -DKELO_SIMD=OFF \
         -DKELO_BUILD_TESTS=OFF -DKELO_BUILD_TOOLS=OFF -DKELO_BUILD_BENCH=OFF \
         >/dev/null
 fi
