@@ -129,6 +129,24 @@ elseif(CASE STREQUAL "probe_fourcc")
   expect_error(2 "probe ${FIXTURES}/video/mpeg4_128x96.m4v --codec vc1")
   expect_error(1 "probe ${FIXTURES}/video/vp8_128x96.packets")
 
+elseif(CASE STREQUAL "convert")
+  # YUV420 -> NV12 -> YUV420 moves samples only: the raw files match.
+  expect_ok("copy a.yuv --size 66x34")
+  expect_ok("convert a.yuv b.nv12 --from yuv420 --size 66x34 --to nv12")
+  expect_ok("convert b.nv12 c.yuv --from nv12 --size 66x34 --to yuv420")
+  expect_same(a.yuv c.yuv)
+  expect_ok("convert p.png --size 64x32 --to rgba8888")
+  expect_ok("convert q.png --size 64x32 --format yuv420 --to rgba8888 --std 709")
+  expect_error(1 "convert r.png --format yv12 --size 16x16 --to yuv420")
+  if(NOT err MATCHES "yv12 to yuv420 is not supported")
+    fail("expected the refused pair in the message")
+  endif()
+  if(EXISTS ${WORK}/r.png)
+    fail("a refused conversion left a file behind")
+  endif()
+  expect_error(2 "convert s.png --to nosuch")
+  expect_error(2 "convert s.png --to rgba8888 --std 2020")
+
 elseif(CASE STREQUAL "usage_errors")
   foreach(args
       "frob" "--frob" "copy" "copy a b c" "copy --bogus o.yuv"

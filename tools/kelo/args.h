@@ -45,6 +45,13 @@ class Args {
   // nullptr when absent.
   const FormatInfo* GetFormat(const std::string& name) const;
 
+  // A copy where option `alias`, when given, also stands as option `name`.
+  Args WithAlias(const std::string& alias, const std::string& name) const {
+    Args a = *this;
+    if (Has(alias)) a.values_[name] = Get(alias);
+    return a;
+  }
+
   // Throws a UsageError unless there are between min and max positionals.
   void ExpectPositional(size_t min, size_t max) const;
 

@@ -32,6 +32,7 @@ struct Command {
   void (*demo)(DemoContext* ctx);
 };
 
+Command ConvertCommand();
 Command CopyCommand();
 Command DemoCommand();
 Command FourccCommand();

@@ -84,6 +84,7 @@ Command HelpCommand() {
 
 const std::vector<Command>& Commands() {
   static const std::vector<Command> table = {
+      ConvertCommand(),
       CopyCommand(),
       DemoCommand(),
       InfoCommand(),
