@@ -6,7 +6,6 @@
 #include "tools/kelo/input.h"
 #include "tools/kelo/io.h"
 #include "tools/kelo/ops.h"
-#include "tools/kelo/progress.h"
 
 namespace kelo {
 namespace cli {
@@ -53,25 +52,12 @@ int RunConvert(const Args& given) {
   RequireLibraryFormat(*info.format, "kimgp_csc");
   RequireLibraryFormat(*to, "kimgp_csc");
 
-  Image src;
   Image dst(*to, info.width, info.height);
-  // The first frame is converted before the output is created, so that a
-  // refusal leaves no file behind.
-  if (!reader->Read(&src)) throw RunError(info.source + ": no frames");
-  ConvertInto(src, &dst, std_word);
   StreamInfo out_info = info;
   out_info.format = to;
   out_info.y4m_tags.clear();  // the source's colour tag no longer applies
-  std::unique_ptr<FrameWriter> writer = CreateWriter(out, out_type, out_info);
-  Progress progress = Progress::ForStderr("convert", info.frames, info.frames_exact);
-  int64_t n = 0;
-  do {
-    if (n > 0) ConvertInto(src, &dst, std_word);
-    writer->Write(dst);
-    progress.Update(++n);
-  } while (reader->Read(&src));
-  writer->Finish();
-  progress.Done();
+  TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
+                  [std_word](const Image& src, Image* d) { ConvertInto(src, d, std_word); });
   return 0;
 }
 

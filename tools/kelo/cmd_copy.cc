@@ -5,7 +5,6 @@
 #include "tools/kelo/input.h"
 #include "tools/kelo/io.h"
 #include "tools/kelo/ops.h"
-#include "tools/kelo/progress.h"
 
 namespace kelo {
 namespace cli {
@@ -45,23 +44,8 @@ int RunCopy(const Args& args) {
                      ": kimgp_cpy steps its 16-bit rows by even strides");
   }
 
-  Image src;
   Image dst(f, info.width, info.height, pad);
-  // The first frame is copied before the output is created, so that a
-  // refusal by the library leaves no file behind.
-  if (!reader->Read(&src)) throw RunError(info.source + ": no frames");
-  CopyInto(src, &dst);
-  std::unique_ptr<FrameWriter> writer = CreateWriter(out, out_type, info);
-  Progress progress =
-      Progress::ForStderr("copy", info.frames, info.frames_exact);
-  int64_t n = 0;
-  do {
-    if (n > 0) CopyInto(src, &dst);
-    writer->Write(dst);
-    progress.Update(++n);
-  } while (reader->Read(&src));
-  writer->Finish();
-  progress.Done();
+  TransformFrames("copy", reader.get(), &dst, out, out_type, info, CopyInto);
   return 0;
 }
 

@@ -5,6 +5,7 @@
 
 #include "tools/kelo/error.h"
 #include "tools/kelo/pattern.h"
+#include "tools/kelo/progress.h"
 
 namespace kelo {
 namespace cli {
@@ -98,6 +99,25 @@ Image PatternImage(const FormatInfo& f, int32_t w, int32_t h, int index) {
   Image im(f, w, h);
   pattern::Draw(im.mutable_img(), index);
   return im;
+}
+
+void TransformFrames(const char* name, FrameReader* reader, Image* dst,
+                     const std::string& out, FileType type, const StreamInfo& like,
+                     const std::function<void(const Image&, Image*)>& op) {
+  const StreamInfo& info = reader->info();
+  Image src;
+  if (!reader->Read(&src)) throw RunError(info.source + ": no frames");
+  op(src, dst);
+  std::unique_ptr<FrameWriter> writer = CreateWriter(out, type, like);
+  Progress progress = Progress::ForStderr(name, info.frames, info.frames_exact);
+  int64_t n = 0;
+  do {
+    if (n > 0) op(src, dst);
+    writer->Write(*dst);
+    progress.Update(++n);
+  } while (reader->Read(&src));
+  writer->Finish();
+  progress.Done();
 }
 
 }  // namespace cli

@@ -4,6 +4,7 @@
 #ifndef KELO_TOOLS_KELO_INPUT_H_
 #define KELO_TOOLS_KELO_INPUT_H_
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,6 +36,14 @@ FileType OutputType(const Args& args, const std::string& path);
 // Throws a UsageError when `out` names the same file as `in`.
 void RefuseSameFile(const Args& args, const std::string& in,
                     const std::string& out);
+
+// Runs op(src, dst) on every frame of `reader` and writes each result to
+// `out` as `like` describes it. The first frame goes through op before the
+// output is created, so that a refusal (op throws) leaves no file behind.
+// Shows progress as `name` on a terminal.
+void TransformFrames(const char* name, FrameReader* reader, Image* dst,
+                     const std::string& out, FileType type, const StreamInfo& like,
+                     const std::function<void(const Image&, Image*)>& op);
 
 // A drawn pattern frame.
 Image PatternImage(const FormatInfo& f, int32_t w, int32_t h, int index = 0);
