@@ -105,15 +105,9 @@ Command ConvertCommand() {
           "(BT.709 full range); without it the arithmetic is limited-range\n"
           "BT.601. Pairs the library does not convert are reported with its\n"
           "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n",
-          [] {
-            std::vector<OptionSpec> o = InputOptions();
-            const std::vector<OptionSpec> more = OutputOptions();
-            o.insert(o.end(), more.begin(), more.end());
-            o.push_back({"to", "FORMAT", "colour space to convert to"});
-            o.push_back({"from", "FORMAT", "format of raw input (same as --format)"});
-            o.push_back({"std", "STD", "601f, 709 or 709f on both sides"});
-            return o;
-          }(),
+          FrameCommandOptions({{"to", "FORMAT", "colour space to convert to"},
+                               {"from", "FORMAT", "format of raw input (same as --format)"},
+                               {"std", "STD", "601f, 709 or 709f on both sides"}}),
           RunConvert,
           ConvertDemo};
 }

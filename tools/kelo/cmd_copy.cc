@@ -93,14 +93,8 @@ Command CopyCommand() {
           "The library refuses some formats (rgba8888, yuv420p16, ...): kelo\n"
           "reports its status. It steps 16-bit rows (rgb565, bgr565, nv12\n"
           "chroma) by even strides, so those take an even --pad only.\n",
-          [] {
-            std::vector<OptionSpec> o = InputOptions();
-            const std::vector<OptionSpec> more = OutputOptions();
-            o.insert(o.end(), more.begin(), more.end());
-            o.push_back({"pad", "N", "row padding of the copy in bytes (0 to "
-                                     "4096, default 0)"});
-            return o;
-          }(),
+          FrameCommandOptions(
+              {{"pad", "N", "row padding of the copy in bytes (0 to 4096, default 0)"}}),
           RunCopy,
           CopyDemo};
 }

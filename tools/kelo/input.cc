@@ -120,5 +120,13 @@ void TransformFrames(const char* name, FrameReader* reader, Image* dst,
   progress.Done();
 }
 
+std::vector<OptionSpec> FrameCommandOptions(const std::vector<OptionSpec>& own) {
+  std::vector<OptionSpec> o = InputOptions();
+  const std::vector<OptionSpec> out = OutputOptions();
+  o.insert(o.end(), out.begin(), out.end());
+  o.insert(o.end(), own.begin(), own.end());
+  return o;
+}
+
 }  // namespace cli
 }  // namespace kelo

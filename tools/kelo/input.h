@@ -22,6 +22,8 @@ constexpr int32_t kPatternHeight = 360;
 std::vector<OptionSpec> InputOptions();
 // --out-type.
 std::vector<OptionSpec> OutputOptions();
+// The input and output options followed by a command's own.
+std::vector<OptionSpec> FrameCommandOptions(const std::vector<OptionSpec>& own);
 // Help text describing the input rules, shared by the commands.
 extern const char kInputHelp[];
 
