@@ -23,12 +23,6 @@ void ForEachTarget(const std::function<void(const std::string&)>& body) {
 #endif
 }
 
-std::vector<std::string> TargetNames() {
-  std::vector<std::string> names;
-  ForEachTarget([&](const std::string& n) { names.push_back(n); });
-  return names;
-}
-
 std::vector<Size2> TestSizes(std::mt19937& rng, int random_count, int32_t max_w,
                              int32_t max_h) {
   std::vector<Size2> sizes = {{1, 1},   {2, 1},   {3, 2},   {7, 3},  {15, 1},

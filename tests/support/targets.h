@@ -17,9 +17,6 @@ namespace test {
 // "scalar", ...). Dispatch is restored afterwards.
 void ForEachTarget(const std::function<void(const std::string&)>& body);
 
-// Names of the targets ForEachTarget visits.
-std::vector<std::string> TargetNames();
-
 struct Size2 {
   int32_t w, h;
 };
