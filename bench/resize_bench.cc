@@ -1,0 +1,1 @@
+// Resize rows beside libyuv.

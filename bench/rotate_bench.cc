@@ -1,0 +1,1 @@
+// Rotation rows beside libyuv.

@@ -1,0 +1,1 @@
+// kimgp_rsz and the per-layout resizers.
