@@ -1,2 +1,474 @@
 // Rotation by quarter turns and flips: kimgp_rot, its kernel tables and the
 // plane kernels.
+//
+// Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8x8
+// 16-bit units, 4x4 32-bit units; two blocks side by side on 256-bit
+// targets); 180 and mirror reverse whole vectors with byte shuffles; flips
+// copy rows. Block remainders go to the scalar kernels of rotate_kernels.h.
+#include "common/internal/simd.h"
+#include "imgp/geometry/rotate_kernels.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/geometry/rotate.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/geometry/rotate_kernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+using D16 = hn::Full128<uint8_t>;        // one 128-bit block
+using D8 = hn::Full64<uint8_t>;          // half a block
+using DW = hn::CappedTag<uint8_t, 32>;   // one or two blocks
+using V16 = hn::Vec<D16>;
+
+template <size_t N>
+struct UnitLane;
+template <>
+struct UnitLane<1> { using T = uint8_t; };
+template <>
+struct UnitLane<2> { using T = uint16_t; };
+template <>
+struct UnitLane<4> { using T = uint32_t; };
+
+template <class D>
+constexpr size_t BlocksOf() {
+  return hn::MaxLanes(D()) / 16;
+}
+
+// ---------------------------------------------------------------- quarter turns
+
+// Transposes, inside every 128-bit block, R rows of N-byte units; r[i] holds
+// row i. Each round zips row i with row i + R/2. After log2(R) rounds r[v]
+// holds, per block, the 16 / (R * N) columns v * 16 / (R * N) + j, each as its
+// R units in row order.
+template <size_t N, size_t R, class D>
+HWY_INLINE void TransposeBlocks(D d, hn::Vec<D>* r) {
+  const hn::Repartition<typename UnitLane<N>::T, D> du;
+  for (size_t round = 1; round < R; round *= 2) {
+    hn::Vec<D> t[R];
+    for (size_t i = 0; i < R / 2; ++i) {
+      const auto a = hn::BitCast(du, r[i]);
+      const auto b = hn::BitCast(du, r[i + R / 2]);
+      t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
+      t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
+    }
+    for (size_t i = 0; i < R; ++i) r[i] = t[i];
+  }
+}
+
+// Stores the columns of one transposed block: 16 / P pieces of P bytes, the
+// first for source column col0.
+template <size_t N, size_t R, bool kLeft>
+HWY_INLINE void StoreColumns(V16 blk, int32_t col0, int32_t w, ptrdiff_t ds,
+                             uint8_t* dst_col) {
+  auto row_of = [&](int32_t col) -> uint8_t* {
+    return dst_col + (kLeft ? w - 1 - col : col) * ds;
+  };
+  if constexpr (R * N == 16) {
+    hn::StoreU(blk, D16(), row_of(col0));
+  } else {
+    static_assert(R * N == 8, "piece of half a block");
+    const D8 d8;
+    hn::StoreU(hn::LowerHalf(d8, blk), d8, row_of(col0));
+    hn::StoreU(hn::UpperHalf(d8, blk), d8, row_of(col0 + 1));
+  }
+}
+
+// Source rows [y0, y0 + R), columns from x on in steps of one vector of D:
+// each step transposes R rows and writes them as destination rows (90l from
+// row W-1-x upward, 90r from row x downward, with the rows read bottom up so
+// the destination columns run right to left). Returns the first column that
+// is left over.
+template <size_t N, size_t R, bool kLeft, class D>
+HWY_INLINE int32_t QuarterBand(D d, const uint8_t* src, int32_t w, int32_t h,
+                               ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
+                               int32_t y0, int32_t x) {
+  constexpr int32_t kUnits = 16 / N;  // per block
+  constexpr size_t kBlocks = BlocksOf<D>();
+  constexpr int32_t kStep = static_cast<int32_t>(kBlocks) * kUnits;
+  uint8_t* dst_col =
+      dst + static_cast<ptrdiff_t>(kLeft ? y0 : h - y0 - int32_t{R}) * N;
+  const uint8_t* rows[R];
+  for (size_t i = 0; i < R; ++i) {
+    rows[i] = src + (y0 + static_cast<int32_t>(kLeft ? i : R - 1 - i)) * ss;
+  }
+  for (; x <= w - kStep; x += kStep) {
+    hn::Vec<D> r[R];
+    for (size_t i = 0; i < R; ++i) r[i] = hn::LoadU(d, rows[i] + x * N);
+    TransposeBlocks<N, R>(d, r);
+    constexpr int32_t kPieces = static_cast<int32_t>(16 / (R * N));
+    for (size_t v = 0; v < R; ++v) {
+      const int32_t col = x + static_cast<int32_t>(v) * kPieces;
+      if constexpr (kBlocks == 1) {
+        StoreColumns<N, R, kLeft>(r[v], col, w, ds, dst_col);
+      } else {
+        static_assert(kBlocks == 2, "at most two blocks");
+        StoreColumns<N, R, kLeft>(hn::LowerHalf(D16(), r[v]), col, w, ds,
+                                  dst_col);
+        StoreColumns<N, R, kLeft>(hn::UpperHalf(D16(), r[v]), col + kUnits, w,
+                                  ds, dst_col);
+      }
+    }
+  }
+  return x;
+}
+
+// One band of R source rows across the whole width: wide vectors, then
+// single blocks, then the scalar kernel for the last columns.
+template <size_t N, size_t R, bool kLeft>
+HWY_INLINE void QuarterRows(const uint8_t* src, int32_t w, int32_t h,
+                            ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
+                            int32_t y0) {
+  int32_t x = QuarterBand<N, R, kLeft>(DW(), src, w, h, ss, ds, dst, y0, 0);
+  if (BlocksOf<DW>() > 1) {
+    x = QuarterBand<N, R, kLeft>(D16(), src, w, h, ss, ds, dst, y0, x);
+  }
+  if (x < w) {
+    constexpr int kOp = kLeft ? kRot90l : kRot90r;
+    const ptrdiff_t rows = R;
+    scalar::RotatePlane<kOp, N>(
+        src + y0 * ss + x * static_cast<ptrdiff_t>(N), w - x, R, ss, ds,
+        kLeft ? dst + y0 * static_cast<ptrdiff_t>(N)
+              : dst + x * ds + (h - y0 - rows) * static_cast<ptrdiff_t>(N));
+  }
+}
+
+// A quarter turn of 1-, 2- or 4-byte units: bands of 16 / N rows, then one
+// band of half that, then the scalar kernel for the last rows.
+template <size_t N, bool kLeft>
+void QuarterTurn(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
+                 ptrdiff_t ds, uint8_t* dst) {
+  constexpr int32_t kRows = 16 / N;
+  int32_t y = 0;
+  for (; y <= h - kRows; y += kRows) {
+    QuarterRows<N, kRows, kLeft>(src, w, h, ss, ds, dst, y);
+  }
+  if (h - y >= kRows / 2) {
+    QuarterRows<N, kRows / 2, kLeft>(src, w, h, ss, ds, dst, y);
+    y += kRows / 2;
+  }
+  if (y < h) {
+    constexpr int kOp = kLeft ? kRot90l : kRot90r;
+    scalar::RotatePlane<kOp, N>(src + y * ss, w, h - y, ss, ds,
+                                kLeft ? dst + y * static_cast<ptrdiff_t>(N) : dst);
+  }
+}
+
+// ------------------------------------------------------------ mirrored rows
+
+// Byte indices that reverse the order of the N-byte units of a block.
+template <size_t N>
+struct ReverseIndex {
+  alignas(16) uint8_t idx[16];
+};
+template <size_t N>
+constexpr ReverseIndex<N> MakeReverseIndex() {
+  ReverseIndex<N> t{};
+  for (size_t b = 0; b < 16; ++b) {
+    t.idx[b] = static_cast<uint8_t>((16 / N - 1 - b / N) * N + b % N);
+  }
+  return t;
+}
+
+// 16 units of 3 bytes in three blocks, reversed: byte l of output block k
+// is byte idx[k][j][l] of input block j (0x80: not from that block). Block 0
+// of the output draws on input blocks 1 and 2, block 1 on all three, block 2
+// on blocks 0 and 1.
+struct Reverse3Index {
+  alignas(16) uint8_t idx[3][3][16];
+};
+constexpr bool kReverse3Uses[3][3] = {
+    {false, true, true}, {true, true, true}, {true, true, false}};
+constexpr Reverse3Index MakeReverse3Index() {
+  Reverse3Index t{};
+  for (size_t k = 0; k < 3; ++k) {
+    for (size_t l = 0; l < 16; ++l) {
+      const size_t b = 16 * k + l;
+      const size_t in = (15 - b / 3) * 3 + b % 3;
+      for (size_t j = 0; j < 3; ++j) {
+        t.idx[k][j][l] =
+            in / 16 == j ? static_cast<uint8_t>(in % 16) : uint8_t{0x80};
+      }
+    }
+  }
+  return t;
+}
+
+constexpr bool Reverse3UsesMatch() {
+  constexpr Reverse3Index t = MakeReverse3Index();
+  for (size_t k = 0; k < 3; ++k) {
+    for (size_t j = 0; j < 3; ++j) {
+      bool used = false;
+      for (size_t l = 0; l < 16; ++l) used = used || t.idx[k][j][l] != 0x80;
+      if (used != kReverse3Uses[k][j]) return false;
+    }
+  }
+  return true;
+}
+static_assert(Reverse3UsesMatch(), "blocks of the 3-byte reversal");
+
+// Reverses the N-byte units of a whole vector of D.
+template <size_t N, class D>
+HWY_INLINE hn::Vec<D> ReverseUnits(D d, hn::Vec<D> v) {
+  static constexpr ReverseIndex<N> kIdx = MakeReverseIndex<N>();
+  if constexpr (BlocksOf<D>() == 1) {
+    return hn::TableLookupBytes(v, hn::Load(d, kIdx.idx));
+  } else {
+    return hn::SwapAdjacentBlocks(
+        hn::TableLookupBytes(v, hn::LoadDup128(d, kIdx.idx)));
+  }
+}
+
+// Writes the first w units of row s in reverse order to row d.
+template <size_t N>
+HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
+  int32_t x = 0;
+  if constexpr (N == 3) {
+    static constexpr Reverse3Index kIdx = MakeReverse3Index();
+    const D16 d16;
+    V16 idx[3][3];
+    for (size_t k = 0; k < 3; ++k) {
+      for (size_t j = 0; j < 3; ++j) idx[k][j] = hn::Load(d16, kIdx.idx[k][j]);
+    }
+    for (; x <= w - 16; x += 16) {
+      const uint8_t* p = s + x * 3;
+      const V16 in[3] = {hn::LoadU(d16, p), hn::LoadU(d16, p + 16),
+                         hn::LoadU(d16, p + 32)};
+      uint8_t* q = d + (w - x - 16) * 3;
+      for (size_t k = 0; k < 3; ++k) {
+        V16 out = hn::Zero(d16);
+        for (size_t j = 0; j < 3; ++j) {
+          if (kReverse3Uses[k][j]) {
+            out = hn::Or(out, hn::TableLookupBytesOr0(in[j], idx[k][j]));
+          }
+        }
+        hn::StoreU(out, d16, q + 16 * k);
+      }
+    }
+  } else {
+    const DW dw;
+    constexpr int32_t kStep = static_cast<int32_t>(hn::MaxLanes(DW()) / N);
+    for (; x <= w - 2 * kStep; x += 2 * kStep) {
+      const auto a = hn::LoadU(dw, s + x * N);
+      const auto b = hn::LoadU(dw, s + (x + kStep) * N);
+      uint8_t* q = d + (w - x - 2 * kStep) * static_cast<ptrdiff_t>(N);
+      hn::StoreU(ReverseUnits<N>(dw, b), dw, q);
+      hn::StoreU(ReverseUnits<N>(dw, a), dw, q + kStep * N);
+    }
+    constexpr int32_t kBlockStep = static_cast<int32_t>(16 / N);
+    const D16 d16;
+    for (; x <= w - kBlockStep; x += kBlockStep) {
+      const V16 a = hn::LoadU(d16, s + x * N);
+      hn::StoreU(ReverseUnits<N>(d16, a), d16,
+                 d + (w - x - kBlockStep) * static_cast<ptrdiff_t>(N));
+    }
+  }
+  // Units x..w-1 go to the first w - x destination units.
+  if (x < w) scalar::RotatePlane<kRotHori, N>(s + x * N, w - x, 1, 0, 0, d);
+}
+
+// Mirror (kFlip false) or 180 (kFlip true, rows in reverse order).
+template <size_t N, bool kFlip>
+void MirrorRows(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
+                ptrdiff_t ds, uint8_t* dst) {
+  for (int32_t y = 0; y < h; ++y) {
+    MirrorRow<N>(src + y * ss, w, dst + (kFlip ? h - 1 - y : y) * ds);
+  }
+}
+
+template <bool kFlip>
+void MirrorUnits(size_t unit, const uint8_t* src, int32_t w, int32_t h,
+                 ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst) {
+  switch (unit) {
+    case 1: return MirrorRows<1, kFlip>(src, w, h, ss, ds, dst);
+    case 2: return MirrorRows<2, kFlip>(src, w, h, ss, ds, dst);
+    case 3: return MirrorRows<3, kFlip>(src, w, h, ss, ds, dst);
+    default: return MirrorRows<4, kFlip>(src, w, h, ss, ds, dst);
+  }
+}
+
+template <bool kLeft>
+void QuarterUnits(size_t unit, const uint8_t* src, int32_t w, int32_t h,
+                  ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst) {
+  switch (unit) {
+    case 1: return QuarterTurn<1, kLeft>(src, w, h, ss, ds, dst);
+    case 2: return QuarterTurn<2, kLeft>(src, w, h, ss, ds, dst);
+    case 4: return QuarterTurn<4, kLeft>(src, w, h, ss, ds, dst);
+    default:
+      return scalar::RotateUnits<3>(kLeft ? kRot90l : kRot90r, src, w, h, ss,
+                                    ds, dst);
+  }
+}
+
+#endif  // HWY_TARGET != HWY_SCALAR
+
+// Quarter turns, 180 and mirror on this target; one lane targets and
+// anything else take the scalar kernel.
+void RotateVec(int op, size_t unit, const uint8_t* src, int32_t w, int32_t h,
+               ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst) {
+#if HWY_TARGET != HWY_SCALAR
+  switch (op) {
+    case kRot90l: return QuarterUnits<true>(unit, src, w, h, ss, ds, dst);
+    case kRot90r: return QuarterUnits<false>(unit, src, w, h, ss, ds, dst);
+    case kRot180: return MirrorUnits<true>(unit, src, w, h, ss, ds, dst);
+    case kRotHori: return MirrorUnits<false>(unit, src, w, h, ss, ds, dst);
+    default: break;
+  }
+#endif
+  scalar::Rotate(op, unit, src, w, h, ss, ds, dst);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include "common/internal/api.h"
+#include "imgp/core/copy_rows.h"
+#include "kimgp_copy.h"
+#include "kimgp_rot.h"
+
+namespace kelo {
+
+KELO_VEC_EXPORT(RotateVec);
+
+namespace {
+
+// 24-bit quarter turns: the scalar kernel on 16 x 16 tiles, so that the
+// destination rows a tile writes stay in cache.
+template <int Op>
+void QuarterTurnTiles3(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
+                       ptrdiff_t ds, uint8_t* dst) {
+  constexpr int32_t kTile = 16;
+  for (int32_t y0 = 0; y0 < h; y0 += kTile) {
+    const int32_t th = h - y0 < kTile ? h - y0 : kTile;
+    for (int32_t x0 = 0; x0 < w; x0 += kTile) {
+      const int32_t tw = w - x0 < kTile ? w - x0 : kTile;
+      uint8_t* d = Op == kRot90l ? dst + (w - x0 - tw) * ds + y0 * ptrdiff_t{3}
+                                 : dst + x0 * ds + (h - y0 - th) * ptrdiff_t{3};
+      scalar::RotatePlane<Op, 3>(src + y0 * ss + x0 * ptrdiff_t{3}, tw, th, ss,
+                                 ds, d);
+    }
+  }
+}
+
+}  // namespace
+
+void Rotate(int op, size_t unit, const uint8_t* src, int32_t w, int32_t h,
+            ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst) {
+  if (w < 1 || h < 1) return;
+  if (op == kRotVert) {
+    // Source row y is destination row h-1-y.
+    CopyRows(src, ss, dst + (h - 1) * ds, -ds, int64_t{w} * unit, h);
+    return;
+  }
+  if (unit == 3 && op == kRot90l) return QuarterTurnTiles3<kRot90l>(src, w, h, ss, ds, dst);
+  if (unit == 3 && op == kRot90r) return QuarterTurnTiles3<kRot90r>(src, w, h, ss, ds, dst);
+  KELO_VEC_CALL(RotateVec, scalar::Rotate)(op, unit, src, w, h, ss, ds, dst);
+}
+
+namespace {
+
+// Source plane i through fn into destination plane i, with the source's
+// width and height and each side's stride.
+void RunPlane(kimgp_plane_fn fn, const kimgp_img* src, kimgp_img* dst, int i) {
+  fn(src->plane[i], src->width[i], src->height[i], src->stride[i],
+     dst->stride[i], dst->plane[i]);
+}
+
+// Packed RGB by pixel size. Only the 16-bit range looks whether its entry is
+// empty; the 24- and 32-bit ranges call theirs as they find it.
+struct PackedRoute {
+  int32_t first, last;
+  const kimgp_plane_fn* table;
+  bool check_empty;
+};
+constexpr PackedRoute kPackedRoutes[] = {
+    {200, 299, kimgp_tbl_fn_rot_16b, true},
+    {400, 499, kimgp_tbl_fn_rot_24b, false},
+    {500, 599, kimgp_tbl_fn_rot_32b, false},
+};
+
+}  // namespace
+}  // namespace kelo
+
+// Every plane kernel: kimgp_rot_<sample width>_<operation>.
+#define KELO_ROT_OPS(X, bits, unit)    \
+  X(bits, unit, 90l, kelo::kRot90l)    \
+  X(bits, unit, 90r, kelo::kRot90r)    \
+  X(bits, unit, 180, kelo::kRot180)    \
+  X(bits, unit, hori, kelo::kRotHori)  \
+  X(bits, unit, vert, kelo::kRotVert)
+#define KELO_ROT_KERNELS(X) \
+  KELO_ROT_OPS(X, 8b, 1)    \
+  KELO_ROT_OPS(X, 16b, 2)   \
+  KELO_ROT_OPS(X, 24b, 3)   \
+  KELO_ROT_OPS(X, 32b, 4)
+
+#define KELO_DEFINE_ROT_KERNEL(bits, unit, name, op)                          \
+  KELO_EXPORT void kimgp_rot_##bits##_##name(                                 \
+      const void* src, int32_t width, int32_t height, int32_t src_stride,     \
+      int32_t dst_stride, void* dst) {                                        \
+    kelo::Rotate(op, unit, static_cast<const uint8_t*>(src), width, height,   \
+                 src_stride, dst_stride, static_cast<uint8_t*>(dst));         \
+  }
+KELO_ROT_KERNELS(KELO_DEFINE_ROT_KERNEL)
+#undef KELO_DEFINE_ROT_KERNEL
+
+// One row per rotation code; row 0 is the plane copy.
+#define KELO_ROT_TABLE(bits)                                              \
+  {                                                                       \
+    kimgp_cpy_##bits, kimgp_rot_##bits##_90l, kimgp_rot_##bits##_90r,     \
+        kimgp_rot_##bits##_180, kimgp_rot_##bits##_hori,                  \
+        kimgp_rot_##bits##_vert                                           \
+  }
+KELO_EXPORT const kimgp_plane_fn kimgp_tbl_fn_rot_8b[6] = KELO_ROT_TABLE(8b);
+KELO_EXPORT const kimgp_plane_fn kimgp_tbl_fn_rot_16b[6] = KELO_ROT_TABLE(16b);
+KELO_EXPORT const kimgp_plane_fn kimgp_tbl_fn_rot_24b[6] = KELO_ROT_TABLE(24b);
+KELO_EXPORT const kimgp_plane_fn kimgp_tbl_fn_rot_32b[6] = KELO_ROT_TABLE(32b);
+#undef KELO_ROT_TABLE
+
+KELO_EXPORT int32_t kimgp_rot(const kimgp_img* src, uint32_t rot,
+                              kimgp_img* dst) {
+  using kelo::RunPlane;
+  // Codes past the tables are refused rather than read beyond them.
+  if (rot > KIMGP_ROT_VERT) return KIMGP_ERR_UNSUPPORTED;
+  const int32_t cs = src->cs;
+  if (cs >= 0 && cs <= 99) {
+    if (cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21) {
+      // Luma as bytes, chroma pairs as 16-bit units; both entries are
+      // checked before anything is written.
+      const kimgp_plane_fn luma = kimgp_tbl_fn_rot_8b[rot];
+      const kimgp_plane_fn chroma = kimgp_tbl_fn_rot_16b[rot];
+      if (luma == nullptr || chroma == nullptr) return KIMGP_ERR_UNSUPPORTED;
+      RunPlane(luma, src, dst, 0);
+      RunPlane(chroma, src, dst, 1);
+      return KIMGP_OK;
+    }
+    if (cs == KIMGP_CS_T64X32) return KIMGP_ERR_UNSUPPORTED;
+    const kimgp_plane_fn fn = kimgp_tbl_fn_rot_8b[rot];
+    if (fn == nullptr) return KIMGP_ERR_UNSUPPORTED;
+    const int planes = cs == KIMGP_CS_YUV400 ? 1 : 3;
+    for (int i = 0; i < planes; ++i) RunPlane(fn, src, dst, i);
+    return KIMGP_OK;
+  }
+  for (const kelo::PackedRoute& r : kelo::kPackedRoutes) {
+    if (cs < r.first || cs > r.last) continue;
+    const kimgp_plane_fn fn = r.table[rot];
+    if (r.check_empty && fn == nullptr) return KIMGP_ERR_UNSUPPORTED;
+    RunPlane(fn, src, dst, 0);
+    return KIMGP_OK;
+  }
+  // Packed YUV (1xx), 3xx and 16-bit YUV (6xx and up).
+  return KIMGP_ERR_UNSUPPORTED;
+}
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE
