@@ -39,8 +39,9 @@ typedef void (*kimgp_plane_fn)(const void *src, int32_t width, int32_t height,
 /*
  * Rotates or flips src into dst. Returns KIMGP_OK, or KIMGP_ERR_UNSUPPORTED
  * (-3) with nothing written for packed YUV (100..199), 300..399, 600 and up,
- * KIMGP_CS_T64X32, and 8-bit YUV or 16-bit RGB whose table row is empty.
- * The rotation code is not range-checked: pass 0..5.
+ * negative codes, KIMGP_CS_T64X32, and 8-bit YUV or 16-bit RGB whose table
+ * row is empty. Pass a rotation code 0..5; larger codes also return -3.
+ * The destination's cs, widths and heights are not read or checked.
  *
  * Planes: YUV400 plane 0; NV12/NV21 plane 0 as bytes and plane 1 as 16-bit
  * pairs; every other code up to 99 planes 0, 1 and 2 as bytes; 2xx, 4xx and
