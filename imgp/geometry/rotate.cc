@@ -178,14 +178,12 @@ constexpr ReverseIndex<N> MakeReverseIndex() {
 }
 
 // 16 units of 3 bytes in three blocks, reversed: byte l of output block k
-// is byte idx[k][j][l] of input block j (0x80: not from that block). Block 0
-// of the output draws on input blocks 1 and 2, block 1 on all three, block 2
-// on blocks 0 and 1.
+// is byte idx[k][j][l] of input block j (0x80: not from that block); uses
+// says which input blocks an output block draws on at all.
 struct Reverse3Index {
   alignas(16) uint8_t idx[3][3][16];
+  bool uses[3][3];
 };
-constexpr bool kReverse3Uses[3][3] = {
-    {false, true, true}, {true, true, true}, {true, true, false}};
 constexpr Reverse3Index MakeReverse3Index() {
   Reverse3Index t{};
   for (size_t k = 0; k < 3; ++k) {
@@ -193,26 +191,14 @@ constexpr Reverse3Index MakeReverse3Index() {
       const size_t b = 16 * k + l;
       const size_t in = (15 - b / 3) * 3 + b % 3;
       for (size_t j = 0; j < 3; ++j) {
-        t.idx[k][j][l] =
-            in / 16 == j ? static_cast<uint8_t>(in % 16) : uint8_t{0x80};
+        const bool here = in / 16 == j;
+        t.idx[k][j][l] = here ? static_cast<uint8_t>(in % 16) : uint8_t{0x80};
+        t.uses[k][j] = t.uses[k][j] || here;
       }
     }
   }
   return t;
 }
-
-constexpr bool Reverse3UsesMatch() {
-  constexpr Reverse3Index t = MakeReverse3Index();
-  for (size_t k = 0; k < 3; ++k) {
-    for (size_t j = 0; j < 3; ++j) {
-      bool used = false;
-      for (size_t l = 0; l < 16; ++l) used = used || t.idx[k][j][l] != 0x80;
-      if (used != kReverse3Uses[k][j]) return false;
-    }
-  }
-  return true;
-}
-static_assert(Reverse3UsesMatch(), "blocks of the 3-byte reversal");
 
 // Reverses the N-byte units of a whole vector of D.
 template <size_t N, class D>
@@ -245,7 +231,7 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
       for (size_t k = 0; k < 3; ++k) {
         V16 out = hn::Zero(d16);
         for (size_t j = 0; j < 3; ++j) {
-          if (kReverse3Uses[k][j]) {
+          if (kIdx.uses[k][j]) {
             out = hn::Or(out, hn::TableLookupBytesOr0(in[j], idx[k][j]));
           }
         }
