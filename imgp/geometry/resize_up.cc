@@ -192,15 +192,31 @@ struct alignas(16) Block {
 constexpr int kMaxBlocks = 24;
 
 // Blocks for the outputs from unit `begin` on, as many as kMaxBlocks hold.
-// A block reads 16 source bytes from src_off and writes 16 output bytes from
-// out_off, both within the row; its outputs end where the next block's begin.
+// A block reads the 16 source bytes from src_off (moved back near the end of
+// the row so that it stays within it) and writes 16 output bytes from
+// out_off; its outputs end where the next block's begin.
 struct Strip {
   Block blocks[kMaxBlocks];
   int count = 0;
-  int64_t end = 0;     // first output unit not in a block
-  int32_t resume = 0;  // a source sample whose group contains output `end`
-  bool stopped = false;  // the row's remaining outputs need the scalar rule
+  int64_t end = 0;       // first output unit not in a block
+  int32_t resume = 0;    // a source sample whose group contains output `end`
+  bool stopped = false;  // a whole block no longer fits before the row's end
 };
+
+// Sets lane `lane` of blk to byte c of the output of tap t; false when the
+// bytes it reads are not among the 16 loaded from blk->src_off.
+inline bool SetLane(Block* blk, int lane, const UpTap& t, int bpp, int c) {
+  const int64_t s = int64_t{t.s} * bpp + c - blk->src_off;
+  const int64_t n = t.mix == Mix::kCopy ? s : int64_t{t.n} * bpp + c - blk->src_off;
+  if (s < 0 || n > 15) return false;
+  uint16_t a = 0, b = 0, m = 0;
+  LaneWeights(t, &a, &b, &m);
+  blk->s_idx[lane] = static_cast<uint8_t>(s);
+  blk->n_idx[lane] = static_cast<uint8_t>(n);
+  blk->mean[lane] = IsMean(t) ? 0xFF : 0;
+  blk->a[lane] = a, blk->b[lane] = b, blk->m[lane] = m;
+  return true;
+}
 
 template <bool kMode1>
 void BuildStrip(int32_t sw, int32_t dw, int32_t q, int32_t r, int bpp, int64_t begin,
@@ -215,16 +231,14 @@ void BuildStrip(int32_t sw, int32_t dw, int32_t q, int32_t r, int bpp, int64_t b
   bool closed = false;  // no more taps are taken
   Block* blk = nullptr;
   int units = 0;
-  int32_t base = 0;
   rsz::WalkUp<kMode1>(sw, static_cast<int32_t>(limit), q, r, x_begin,
                       [&](int64_t pos, const UpTap& t) {
     if (pos < begin || closed) return;
-    const bool fits = blk != nullptr && (units + 1) * bpp <= 16 && (t.n - base + 1) * bpp <= 16;
+    const int64_t need = int64_t{t.mix == Mix::kCopy ? t.s : t.n} * bpp + bpp;
+    const bool fits = blk != nullptr && (units + 1) * bpp <= 16 && need - blk->src_off <= 16;
     if (!fits) {
-      const int64_t src_off = int64_t{t.s} * bpp, out_off = pos * bpp;
-      if (src_off + 16 > src_bytes || out_off + 16 > dst_bytes) {
-        st->stopped = true;
-      }
+      const int64_t out_off = pos * bpp;
+      if (out_off + 16 > dst_bytes) st->stopped = true;
       if (st->stopped || st->count == kMaxBlocks) {
         closed = true;
         st->resume = t.s;
@@ -232,24 +246,43 @@ void BuildStrip(int32_t sw, int32_t dw, int32_t q, int32_t r, int bpp, int64_t b
       }
       blk = &st->blocks[st->count++];
       *blk = Block{};
-      base = t.s;
       units = 0;
-      blk->src_off = static_cast<int32_t>(src_off);
+      blk->src_off = static_cast<int32_t>(std::min(int64_t{t.s} * bpp, src_bytes - 16));
       blk->out_off = static_cast<int32_t>(out_off);
     }
-    uint16_t a = 0, b = 0, m = 0;
-    LaneWeights(t, &a, &b, &m);
-    for (int c = 0; c < bpp; ++c) {
-      const int lane = units * bpp + c;
-      blk->s_idx[lane] = static_cast<uint8_t>((t.s - base) * bpp + c);
-      blk->n_idx[lane] = static_cast<uint8_t>((t.n - base) * bpp + c);
-      blk->mean[lane] = IsMean(t) ? 0xFF : 0;
-      blk->a[lane] = a, blk->b[lane] = b, blk->m[lane] = m;
-    }
+    for (int c = 0; c < bpp; ++c) SetLane(blk, units * bpp + c, t, bpp, c);
     ++units;
     st->end = pos + 1;
     st->resume = t.s;
   });
+}
+
+// The block of the row's last 16 output bytes, whatever units they start in;
+// false when their sources do not fit in 16 bytes.
+template <bool kMode1>
+bool BuildEndBlock(int32_t sw, int32_t dw, int32_t q, int32_t r, int bpp, Block* blk) {
+  const int64_t src_bytes = int64_t{sw} * bpp, dst_bytes = int64_t{dw} * bpp;
+  const int64_t first = (dst_bytes - 16) / bpp;
+  // The source sample whose group holds output `first`.
+  int64_t x = first * sw / dw;
+  while (x > 0 && rsz::GroupStart(x, sw, q, r) > first) --x;
+  while (x + 1 < sw && rsz::GroupStart(x + 1, sw, q, r) <= first) ++x;
+  *blk = Block{};
+  blk->out_off = static_cast<int32_t>(dst_bytes - 16);
+  bool ok = true;
+  bool placed = false;
+  rsz::WalkUp<kMode1>(sw, dw, q, r, static_cast<int32_t>(x), [&](int64_t pos, const UpTap& t) {
+    if (pos < first || !ok) return;
+    if (!placed) {
+      blk->src_off = static_cast<int32_t>(std::min(int64_t{t.s} * bpp, src_bytes - 16));
+      placed = true;
+    }
+    for (int c = 0; c < bpp; ++c) {
+      const int64_t lane = pos * bpp + c - blk->out_off;
+      if (lane >= 0 && lane < 16) ok = ok && SetLane(blk, static_cast<int>(lane), t, bpp, c);
+    }
+  });
+  return ok && placed;
 }
 
 HWY_INLINE void RunMeans(const Block* blocks, int count, const uint8_t* src, uint8_t* dst) {
@@ -294,31 +327,40 @@ void UpWidthBytes(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int3
   constexpr int bpp = L::kBytes;
   const bool exact = dw >= 1 && sw >= 1 && q >= 1 && r >= 0 && r < sw &&
                      int64_t{dw} == int64_t{q} * sw + r;
-  if (!exact || !CallHasLaneWeights(q, r, kMode1)) {
+  if (!exact || int64_t{sw} * bpp < 16 || int64_t{dw} * bpp < 16 ||
+      !CallHasLaneWeights(q, r, kMode1)) {
     scalar::UpWidth<L, kMode1>(src, tmp, dw, sw, sh, q, r, src_step);
     return;
   }
   const bool means = CallIsMeans(q, r);
   const ptrdiff_t dst_step = ptrdiff_t{dw} * bpp;
+  auto run = [&](const Block* blocks, int count) {
+    for (int32_t y = 0; y < sh; ++y) {
+      if (means) {
+        RunMeans(blocks, count, src + y * src_step, tmp + y * dst_step);
+      } else {
+        RunWeights(blocks, count, src + y * src_step, tmp + y * dst_step);
+      }
+    }
+  };
   Strip st;
   int64_t begin = 0;
   int32_t x = 0;
   while (begin < dw) {
     BuildStrip<kMode1>(sw, dw, q, r, bpp, begin, x, &st);
-    for (int32_t y = 0; y < sh; ++y) {
-      if (means) {
-        RunMeans(st.blocks, st.count, src + y * src_step, tmp + y * dst_step);
-      } else {
-        RunWeights(st.blocks, st.count, src + y * src_step, tmp + y * dst_step);
-      }
-    }
+    run(st.blocks, st.count);
     begin = st.end;
     x = st.resume;
     if (st.stopped) break;
   }
   if (begin < dw) {
-    for (int32_t y = 0; y < sh; ++y) {
-      scalar::UpRow<L, kMode1>(src + y * src_step, tmp + y * dst_step, sw, dw, q, r, x);
+    Block end;
+    if (BuildEndBlock<kMode1>(sw, dw, q, r, bpp, &end)) {
+      run(&end, 1);
+    } else {
+      for (int32_t y = 0; y < sh; ++y) {
+        scalar::UpRow<L, kMode1>(src + y * src_step, tmp + y * dst_step, sw, dw, q, r, x);
+      }
     }
   }
 }
