@@ -131,7 +131,7 @@ struct Route {
 // First match wins.
 constexpr Route kRoutes[] = {
     {KIMGP_CS_YUV400, KIMGP_CS_YUV400, Route::kPlanes, 1, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
-    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, nullptr, nullptr, 1, false},
+    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
     {KIMGP_CS_T64X32, KIMGP_CS_T64X32, Route::kRefused, 0, nullptr, nullptr, 0, false},
     {1, 99, Route::kPlanes, 3, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
     {KIMGP_CS_RGB565, KIMGP_CS_BGR565, Route::kPlanes, 1, kimgp_rsz_5b6b5b, kimgp_cpy_16b, 2,
