@@ -1,27 +1,363 @@
-// Resize kernels that shrink a plane.
-// Placeholder bodies, replaced by the kernels.
+// Resize kernels that shrink a plane, and their vector paths.
+//
+// The column pattern of a call is the same for every row, so the vector path
+// turns it once into a plan of 16-byte output chunks: each chunk loads a
+// 32-byte window of the source row and picks the first and second tap of
+// every output byte with two byte shuffles per window half. Rows then run
+// through the plan: Avg2 of the taps for a one-row row, Avg4 of the taps of
+// both rows for a two-row row, computed in 16-bit lanes with per-layout masks
+// so that every component averages on its own and truncates.
+#include "common/internal/simd.h"
+#include "imgp/geometry/resize_down_kernels.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/geometry/resize_down.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/geometry/resize_down_kernels.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using rsz::ColState;
+using rsz::ColTap;
+using rsz::Cols;
+using rsz::RowState;
+using rsz::RowTap;
+using rsz::ShrinkJob;
+
+#if HWY_TARGET != HWY_SCALAR
+
+// (a + b) >> 1 per component: a & b plus half of a ^ b, with the bits that a
+// shift would move across components masked off.
+template <class V>
+HWY_INLINE V Avg2(V a, V b, V half) {
+  return hn::Add(hn::And(a, b), hn::And(hn::ShiftRight<1>(hn::Xor(a, b)), half));
+}
+
+// (a + b + c + d) >> 2 per component: with p = (a + b) >> 1, q = (c + d) >> 1
+// and e = 1 where both a + b and c + d are odd, it is (p + q + e) >> 1.
+template <class V>
+HWY_INLINE V Avg4(V a, V b, V c, V d, V half, V low) {
+  const V x = hn::Xor(a, b), y = hn::Xor(c, d);
+  const V p = hn::Add(hn::And(a, b), hn::And(hn::ShiftRight<1>(x), half));
+  const V q = hn::Add(hn::And(c, d), hn::And(hn::ShiftRight<1>(y), half));
+  const V e = hn::And(hn::And(x, y), low);
+  const V z = hn::Xor(p, q);
+  return hn::Add(hn::Add(hn::And(p, q), hn::And(hn::ShiftRight<1>(z), half)), hn::And(z, e));
+}
+
+using D16x8 = hn::Full128<uint8_t>;
+using D16x16 = hn::Full128<uint16_t>;
+
+// 16 output bytes from a 32-byte source window at `src`: idx[0]/idx[1] pick
+// the first tap from the low/high half of the window, idx[2]/idx[3] the second
+// (0x80 marks the other half, which contributes zero).
+struct Chunk {
+  int32_t out, src;
+  uint8_t idx[4][16];
+};
+constexpr int kPlanChunks = 128;
+
+// Up to kPlanChunks chunks of outputs from *st on; advances *st past them.
+// A chunk ends where 16 output bytes or a 32-byte window are full; the window
+// ends at the last byte the chunk reads, so it never passes the row.
+int BuildPlan(const Cols& cols, int32_t B, int64_t row_bytes, ColState* st, Chunk* plan) {
+  const int64_t out_bytes = int64_t{cols.dw} * B;
+  if (row_bytes < 32) return 0;
+  int n = 0;
+  while (n < kPlanChunks && int64_t{st->x} * B + 16 <= out_bytes) {
+    ColTap taps[16];
+    int k = 0;
+    int64_t first = 0, end = 0;
+    ColState s = *st;
+    while ((k + 1) * B <= 16 && s.x < cols.dw) {
+      ColState s2 = s;
+      const ColTap t = cols.Next(&s2);
+      const int64_t a = int64_t{t.c} * B;
+      const int64_t e = a + (t.two ? 2 * B : B);
+      if (k > 0 && e - first > 32) break;
+      if (k == 0) first = a;
+      end = e;
+      taps[k++] = t;
+      s = s2;
+    }
+    const int64_t lo = end > 32 ? end - 32 : 0;
+    Chunk& ch = plan[n++];
+    ch.out = st->x * B;
+    ch.src = static_cast<int32_t>(lo);
+    for (int i = 0; i < 16; ++i) {
+      uint8_t ia = 0x80, ib = 0x80;
+      if (i < k * B) {
+        const ColTap& t = taps[i / B];
+        ia = static_cast<uint8_t>(int64_t{t.c} * B + i % B - lo);
+        ib = static_cast<uint8_t>(ia + (t.two ? B : 0));
+      }
+      ch.idx[0][i] = ia < 16 ? ia : 0x80;
+      ch.idx[1][i] = ia >= 16 && ia < 32 ? ia - 16 : 0x80;
+      ch.idx[2][i] = ib < 16 ? ib : 0x80;
+      ch.idx[3][i] = ib >= 16 && ib < 32 ? ib - 16 : 0x80;
+    }
+    *st = s;
+  }
+  return n;
+}
+
+// The two taps of a chunk from the window at w.
+HWY_INLINE void Taps(const uint8_t* w, const Chunk& ch, hn::Vec<D16x16>* a,
+                     hn::Vec<D16x16>* b) {
+  const D16x8 d8;
+  const D16x16 du;
+  const auto lo = hn::LoadU(d8, w);
+  const auto hi = hn::LoadU(d8, w + 16);
+  *a = hn::BitCast(du, hn::Or(hn::TableLookupBytesOr0(lo, hn::LoadU(d8, ch.idx[0])),
+                              hn::TableLookupBytesOr0(hi, hn::LoadU(d8, ch.idx[1]))));
+  *b = hn::BitCast(du, hn::Or(hn::TableLookupBytesOr0(lo, hn::LoadU(d8, ch.idx[2])),
+                              hn::TableLookupBytesOr0(hi, hn::LoadU(d8, ch.idx[3]))));
+}
+
+void RunPlan(const ShrinkJob& job, const Chunk* plan, int n) {
+  const D16x8 d8;
+  const D16x16 du;
+  const auto half = hn::Set(du, job.half);
+  const auto low = hn::Set(du, job.low);
+  RowState rs;
+  for (int32_t y = 0; y < job.rows.dh; ++y) {
+    const RowTap t = job.rows.Next(&rs);
+    const uint8_t* s0 = job.src + t.off;
+    uint8_t* d = job.dst + y * job.dst_step;
+    if (t.two) {
+      const uint8_t* s1 = s0 + job.rows.next;
+      for (int i = 0; i < n; ++i) {
+        hn::Vec<D16x16> a, b, c, e;
+        Taps(s0 + plan[i].src, plan[i], &a, &b);
+        Taps(s1 + plan[i].src, plan[i], &c, &e);
+        hn::StoreU(hn::BitCast(d8, Avg4(a, b, c, e, half, low)), d8, d + plan[i].out);
+      }
+    } else {
+      for (int i = 0; i < n; ++i) {
+        hn::Vec<D16x16> a, b;
+        Taps(s0 + plan[i].src, plan[i], &a, &b);
+        hn::StoreU(hn::BitCast(d8, Avg2(a, b, half)), d8, d + plan[i].out);
+      }
+    }
+  }
+}
+
+// Bytes with fw = 2: output x reads bytes 2x and 2x + 1, the low and high
+// byte of a 16-bit lane, so whole vectors of pairs add up in place.
+void HalveBytes(const ShrinkJob& job, ColState* st) {
+  const hn::ScalableTag<uint8_t> d8;
+  const hn::Repartition<uint16_t, decltype(d8)> du;
+  const size_t N = hn::Lanes(d8);
+  const int32_t dw = job.cols.dw;
+  const int32_t end = dw - static_cast<int32_t>(static_cast<size_t>(dw) % N);
+  if (end == 0) return;
+  const auto m = hn::Set(du, 0xFF);
+  const auto pairs = [&](const uint8_t* p) {
+    const auto v = hn::BitCast(du, hn::LoadU(d8, p));
+    return hn::Add(hn::And(v, m), hn::ShiftRight<8>(v));
+  };
+  RowState rs;
+  for (int32_t y = 0; y < job.rows.dh; ++y) {
+    const RowTap t = job.rows.Next(&rs);
+    const uint8_t* s0 = job.src + t.off;
+    const uint8_t* s1 = s0 + job.rows.next;
+    uint8_t* d = job.dst + y * job.dst_step;
+    for (int32_t x = 0; x < end; x += static_cast<int32_t>(N)) {
+      const uint8_t* p0 = s0 + 2 * x;
+      auto lo = pairs(p0), hi = pairs(p0 + N);
+      if (t.two) {
+        const uint8_t* p1 = s1 + 2 * x;
+        lo = hn::ShiftRight<2>(hn::Add(lo, pairs(p1)));
+        hi = hn::ShiftRight<2>(hn::Add(hi, pairs(p1 + N)));
+      } else {
+        lo = hn::ShiftRight<1>(lo);
+        hi = hn::ShiftRight<1>(hi);
+      }
+      hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, hi), hn::BitCast(d8, lo)), d8, d + x);
+    }
+  }
+  st->x = end;
+  st->c = 2 * end;
+}
+
+void ShrinkVec(const ShrinkJob& job, ColState* st) {
+  const Cols& cols = job.cols;
+  const int32_t B = job.unit_bytes;
+  if (cols.kind == Cols::kMult && cols.fw == 2 && B == 1) return HalveBytes(job, st);
+  if (cols.kind != Cols::kFixed16x9 && (int64_t{cols.fw} + 1) * B > 16) return;
+  const int64_t row_bytes = cols.NeededUnits() * B;
+  Chunk plan[kPlanChunks];
+  for (;;) {
+    const int n = BuildPlan(cols, B, row_bytes, st, plan);
+    if (n == 0) return;
+    RunPlan(job, plan, n);
+    if (n < kPlanChunks) return;
+  }
+}
+
+// Bytes 0 .. n of (a + b) >> 1 per component in whole vectors; returns the
+// bytes done.
+int64_t AvgRowsVec(const uint8_t* a, const uint8_t* b, uint8_t* d, int64_t n, uint16_t half) {
+  const hn::ScalableTag<uint8_t> d8;
+  const hn::Repartition<uint16_t, decltype(d8)> du;
+  const int64_t N = static_cast<int64_t>(hn::Lanes(d8));
+  const auto h = hn::Set(du, half);
+  int64_t i = 0;
+  for (; i + N <= n; i += N) {
+    const auto va = hn::BitCast(du, hn::LoadU(d8, a + i));
+    const auto vb = hn::BitCast(du, hn::LoadU(d8, b + i));
+    hn::StoreU(hn::BitCast(d8, Avg2(va, vb, h)), d8, d + i);
+  }
+  return i;
+}
+
+#else   // HWY_SCALAR: the scalar rows do everything.
+void ShrinkVec(const ShrinkJob&, ColState*) {}
+int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) { return 0; }
+#endif  // HWY_TARGET != HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
 #include "common/internal/api.h"
+#include "imgp/core/copy_rows.h"
 #include "kimgp_rsz.h"
 
-KELO_EXPORT void kimgp_8b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b_rsz_down_non_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b_rsz_down_w(const void *src, void *tmp, int32_t src_stride, int32_t dw, int32_t sh, int32_t fw, int32_t rw) {}
-KELO_EXPORT void kimgp_8b_rsz_down_h(const void *tmp, void *dst, int32_t dw, int32_t dst_stride, int32_t dh, int32_t fh, int32_t rh) {}
-KELO_EXPORT void kimgp_8b8b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b_rsz_down_non_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b_rsz_down_w(const void *src, void *tmp, int32_t src_stride, int32_t dw, int32_t sh, int32_t fw, int32_t rw) {}
-KELO_EXPORT void kimgp_8b8b_rsz_down_h(const void *tmp, void *dst, int32_t dw, int32_t dst_stride, int32_t dh, int32_t fh, int32_t rh) {}
-KELO_EXPORT void kimgp_5b6b5b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_5b6b5b_rsz_down_non_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_5b6b5b_rsz_down_w(const void *src, void *tmp, int32_t src_stride, int32_t dw, int32_t sh, int32_t fw, int32_t rw) {}
-KELO_EXPORT void kimgp_5b6b5b_rsz_down_h(const void *tmp, void *dst, int32_t dw, int32_t dst_stride, int32_t dh, int32_t fh, int32_t rh) {}
-KELO_EXPORT void kimgp_8b8b8b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b8b_rsz_down_non_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b8b_rsz_down_w(const void *src, void *tmp, int32_t src_stride, int32_t dw, int32_t sh, int32_t fw, int32_t rw) {}
-KELO_EXPORT void kimgp_8b8b8b8b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b8b8b_rsz_down_non_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b8b8b_rsz_down_w(const void *src, void *tmp, int32_t src_stride, int32_t dw, int32_t sh, int32_t fw, int32_t rw) {}
-KELO_EXPORT void kimgp_16b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_16b16b_rsz_down_mult(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b_rsz_down_non_mult_720p_720x404(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
-KELO_EXPORT void kimgp_8b8b_rsz_down_non_mult_720p_720x404(const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, int32_t row_step, int32_t rw, int32_t rh, int32_t dst_stride) {}
+namespace kelo {
+namespace rsz {
+namespace scalar {
+inline void ShrinkVec(const ShrinkJob&, ColState*) {}
+inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) {
+  return 0;
+}
+}  // namespace scalar
+}  // namespace rsz
+
+using rsz::ColState;
+using rsz::ShrinkJob;
+KELO_VEC_EXPORT(ShrinkVec);
+KELO_VEC_EXPORT(AvgRowsVec);
+
+namespace rsz {
+namespace {
+
+void ShrinkBest(const ShrinkJob& job, ColState* st) {
+  KELO_VEC_CALL(ShrinkVec, scalar::ShrinkVec)(job, st);
+}
+
+template <class L>
+void DownMult(const void* src, void* dst, int32_t dw, int32_t dh, int32_t fw, int32_t ss,
+              int32_t row_step, int32_t ds) {
+  constexpr ptrdiff_t U = L::kStrideUnit;
+  Shrink<L>(MakeJob<L>(src, dst, ds * U, Cols{Cols::kMult, fw, 0, dw},
+                       Rows{Rows::kPairs, row_step * U, ss * U, 0, dh}),
+            &ShrinkBest);
+}
+
+template <class L, Cols::Kind kCols>
+void DownNonMult(const void* src, void* dst, int32_t dw, int32_t dh, int32_t fw, int32_t ss,
+                 int32_t row_step, int32_t rw, int32_t rh, int32_t ds) {
+  constexpr ptrdiff_t U = L::kStrideUnit;
+  Shrink<L>(MakeJob<L>(src, dst, ds * U, Cols{kCols, fw, rw, dw},
+                       Rows{Rows::kAccum, row_step * U, ss * U, rh, dh}),
+            &ShrinkBest);
+}
+
+template <class L>
+void DownW(const void* src, void* tmp, int32_t ss, int32_t dw, int32_t sh, int32_t fw,
+           int32_t rw) {
+  constexpr ptrdiff_t U = L::kStrideUnit;
+  const Cols cols{rw == 0 ? Cols::kMult : Cols::kAccum, fw, rw, dw};
+  Shrink<L>(MakeJob<L>(src, tmp, ptrdiff_t{dw} * L::kBytes, cols,
+                       Rows{Rows::kSingle, ss * U, 0, 0, sh}),
+            &ShrinkBest);
+}
+
+// Rows of dw units from the packed intermediate: with rh = 0 and fh >= 2 the
+// average of rows fh*y and fh*y + 1, else the row accumulator.
+template <class L>
+void DownH(const void* tmp, void* dst, int32_t dw, int32_t ds, int32_t dh, int32_t fh,
+           int32_t rh) {
+  const ptrdiff_t row = ptrdiff_t{dw} * L::kBytes;
+  const Rows rows = rh == 0 && fh >= 2 ? Rows{Rows::kPairs, fh * row, row, 0, dh}
+                                       : Rows{Rows::kAccum, fh * row, row, rh, dh};
+  const auto* t = static_cast<const uint8_t*>(tmp);
+  auto* d = static_cast<uint8_t*>(dst);
+  const ptrdiff_t dstep = ds * ptrdiff_t{L::kStrideUnit};
+  RowState rs;
+  for (int32_t y = 0; y < dh; ++y, d += dstep) {
+    const RowTap tap = rows.Next(&rs);
+    const uint8_t* s0 = t + tap.off;
+    if (!tap.two) {
+      if (row > 0) CopyBytes(s0, d, static_cast<size_t>(row));
+      continue;
+    }
+    const int64_t done =
+        KELO_VEC_CALL(AvgRowsVec, scalar::AvgRowsVec)(s0, s0 + row, d, row, AvgBits<L>::kHalf);
+    scalar::AvgRow<L>(s0, s0 + row, d, done / L::kBytes, dw);
+  }
+}
+
+}  // namespace
+}  // namespace rsz
+}  // namespace kelo
+
+#define KELO_SHRINK_ARGS                                                               \
+  const void *src, void *dst, int32_t dw, int32_t dh, int32_t fw, int32_t src_stride, \
+      int32_t row_step
+#define KELO_RSZ_DOWN_MULT(name, L)                                                   \
+  KELO_EXPORT void kimgp_##name##_rsz_down_mult(KELO_SHRINK_ARGS, int32_t dst_stride) { \
+    kelo::rsz::DownMult<kelo::rsz::L>(src, dst, dw, dh, fw, src_stride, row_step,       \
+                                      dst_stride);                                      \
+  }
+#define KELO_RSZ_DOWN_NON_MULT(name, L, suffix, kind)                                  \
+  KELO_EXPORT void kimgp_##name##_rsz_down_non_mult##suffix(                           \
+      KELO_SHRINK_ARGS, int32_t rw, int32_t rh, int32_t dst_stride) {                  \
+    kelo::rsz::DownNonMult<kelo::rsz::L, kelo::rsz::Cols::kind>(                        \
+        src, dst, dw, dh, fw, src_stride, row_step, rw, rh, dst_stride);                \
+  }
+#define KELO_RSZ_DOWN_W(name, L)                                                       \
+  KELO_EXPORT void kimgp_##name##_rsz_down_w(const void *src, void *tmp,               \
+                                             int32_t src_stride, int32_t dw,           \
+                                             int32_t sh, int32_t fw, int32_t rw) {     \
+    kelo::rsz::DownW<kelo::rsz::L>(src, tmp, src_stride, dw, sh, fw, rw);              \
+  }
+#define KELO_RSZ_DOWN_H(name, L)                                                       \
+  KELO_EXPORT void kimgp_##name##_rsz_down_h(const void *tmp, void *dst, int32_t dw,   \
+                                             int32_t dst_stride, int32_t dh,           \
+                                             int32_t fh, int32_t rh) {                 \
+    kelo::rsz::DownH<kelo::rsz::L>(tmp, dst, dw, dst_stride, dh, fh, rh);              \
+  }
+
+// Every shrinking kind of every layout: (name, layout) per kind.
+#define KELO_EACH_BYTE_LAYOUT(X) \
+  X(8b, L8b)                       \
+  X(8b8b, L8b8b)                   \
+  X(5b6b5b, L5b6b5b)               \
+  X(8b8b8b, L8b8b8b)               \
+  X(8b8b8b8b, L8b8b8b8b)
+#define KELO_RSZ_DOWN_GENERAL(name, L) KELO_RSZ_DOWN_NON_MULT(name, L, , kAccum)
+
+KELO_EACH_BYTE_LAYOUT(KELO_RSZ_DOWN_MULT)
+KELO_RSZ_DOWN_MULT(16b, L16b)
+KELO_RSZ_DOWN_MULT(16b16b, L16b16b)
+KELO_EACH_BYTE_LAYOUT(KELO_RSZ_DOWN_GENERAL)
+KELO_EACH_BYTE_LAYOUT(KELO_RSZ_DOWN_W)
+KELO_RSZ_DOWN_H(8b, L8b)
+KELO_RSZ_DOWN_H(8b8b, L8b8b)
+KELO_RSZ_DOWN_H(5b6b5b, L5b6b5b)
+
+// The 16-to-9 width kernels: the fixed column pattern, rows by the
+// accumulator with the given height.
+KELO_RSZ_DOWN_NON_MULT(8b, L8b, _720p_720x404, kFixed16x9)
+KELO_RSZ_DOWN_NON_MULT(8b8b, L8b8b, _720p_720x404, kFixed16x9)
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE

@@ -52,6 +52,15 @@ class Args {
     return a;
   }
 
+  // A copy where option `from`, and only it, stands as option `to`.
+  Args Renamed(const std::string& from, const std::string& to) const {
+    Args a = *this;
+    a.values_.erase(to);
+    if (Has(from)) a.values_[to] = Get(from);
+    a.values_.erase(from);
+    return a;
+  }
+
   // Throws a UsageError unless there are between min and max positionals.
   void ExpectPositional(size_t min, size_t max) const;
 

@@ -39,6 +39,8 @@ Command FourccCommand();
 Command HelpCommand();
 Command InfoCommand();
 Command ProbeCommand();
+Command ResizeCommand();
+Command RotateCommand();
 
 // Every subcommand, in the order help lists them.
 const std::vector<Command>& Commands();

@@ -86,6 +86,8 @@ const std::vector<Command>& Commands() {
   static const std::vector<Command> table = {
       ConvertCommand(),
       CopyCommand(),
+      RotateCommand(),
+      ResizeCommand(),
       DemoCommand(),
       InfoCommand(),
       ProbeCommand(),
