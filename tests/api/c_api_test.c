@@ -5,6 +5,8 @@
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
 #include <kimgp_img.h>
+#include <kimgp_rot.h>
+#include <kimgp_rsz.h>
 
 #include <stddef.h>
 #include <stdio.h>
@@ -38,6 +40,22 @@ int main(void) {
     for (i = 0; i < 16; ++i) u[i] = v[i] = 128;
     kimgp_csc_yuv420_to_rgba8888(sp, sw, sh, ss, ds, dp);
     if (rgba[0] != 255 || rgba[255] != 255) return 4;
+  }
+  {
+    /* A 4x2 plane turned left, then halved. */
+    uint8_t p[8] = {1, 2, 3, 4, 5, 6, 7, 8}, r[8] = {0}, h[2] = {0};
+    kimgp_img s = {{4}, {2}, {4}, {2}, {NULL}, {0}, KIMGP_CS_YUV400, 0, 0, 0, 0, 0, 0, {0}};
+    kimgp_img d = s, q = s;
+    s.plane[0] = p;
+    d.stride[0] = 2;
+    d.plane[0] = r;
+    if (kimgp_rot(&s, KIMGP_ROT_90L, &d) != KIMGP_OK || r[0] != 4 || r[7] != 5) return 7;
+    q.width[0] = 2;
+    q.height[0] = 1;
+    q.stride[0] = 2;
+    q.plane[0] = h;
+    if (kimgp_rsz(&s, &q) != KIMGP_OK || h[0] != (1 + 2 + 5 + 6) / 4) return 8;
+    if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");
