@@ -20,6 +20,7 @@ using namespace csc;  // NOLINT: layout traits and matrices
 
 // x86 targets have the byte-pair multiply-add that the 4-byte pixel rows use.
 #undef KELO_RGB_PAIRS
+#undef KELO_RGB_CHANNELS
 #if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || \
     HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
 #define KELO_RGB_PAIRS 1
@@ -110,7 +111,7 @@ void LumaLanes(const uint8_t* src, uint8_t* y, int n) {
 
 // Chroma of Lanes samples: from every second pixel (kSub 2) or every pixel.
 template <class Src, class M, int kSub, int kCStep>
-void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+void ChromaLanes(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   const D8 d8;
   const DU du;
   const DI di;
@@ -298,14 +299,16 @@ HWY_INLINE VP LumaOfPairs(const VP* p) {
   const DP16 du;
   const hn::Repartition<uint32_t, DP> d32;
   const VP w = hn::BitCast(d8, hn::Set(d32, PairWeights<Src>(M::kYr, M::kYg, M::kYb)));
+  // The offset rides along as 256 kYOffset.
+  static_assert(255 * LumaWeightTotal<M>() + 256 * M::kYOffset <= 65535, "luma offset in 16 bits");
   const VP bias = hn::Set(d8, 0x80);
-  const VP16 k = hn::Set(du, static_cast<uint16_t>(128 * LumaWeightTotal<M>()));
+  const VP16 k =
+      hn::Set(du, static_cast<uint16_t>(128 * LumaWeightTotal<M>() + 256 * M::kYOffset));
   auto sums = [&](VP a, VP b) {
     const VP16 s = AddPairs(MulAddPairs(w, hn::Xor(a, bias)), MulAddPairs(w, hn::Xor(b, bias)));
     return hn::ShiftRight<8>(hn::Add(s, k));
   };
-  return hn::Add(InOrder(PackBytes(sums(p[0], p[1]), sums(p[2], p[3]))),
-                 hn::Set(d8, static_cast<uint8_t>(M::kYOffset)));
+  return InOrder(PackBytes(sums(p[0], p[1]), sums(p[2], p[3])));
 }
 
 // Chroma of the even pixels e01, e23 with weights kR, kG, kB: values
@@ -365,11 +368,133 @@ void LumaChromaPairs(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int
 }
 #endif  // KELO_RGB_PAIRS
 
+
+#if HWY_TARGET == HWY_NEON
+// 3- and 4-byte pixels on NEON: the structure loads split 16 pixels into
+// channel vectors, and each output is a widening multiply-accumulate of bytes
+// into 16-bit lanes that start at the bias, narrowed by taking the high byte.
+// Chroma sums with negative weights wrap in the unsigned lanes; the true
+// biased value lies in 0..65535, so the high byte is exact.
+template <int kW>
+HWY_INLINE uint16x8_t MulAcc(uint16x8_t s, uint8x8_t x) {
+  static_assert(kW >= -255 && kW <= 255, "byte weight");
+  if constexpr (kW > 0) return vmlal_u8(s, x, vdup_n_u8(static_cast<uint8_t>(kW)));
+  if constexpr (kW < 0) return vmlsl_u8(s, x, vdup_n_u8(static_cast<uint8_t>(-kW)));
+  return s;
+}
+// (bias + kR r + kG g + kB b) >> 8 for 8 pixels.
+template <int kR, int kG, int kB, int kBias>
+HWY_INLINE uint8x8_t Weighted(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
+  uint16x8_t s = vdupq_n_u16(static_cast<uint16_t>(kBias));
+  s = MulAcc<kR>(s, r);
+  s = MulAcc<kG>(s, g);
+  s = MulAcc<kB>(s, b);
+  return vshrn_n_u16(s, 8);
+}
+template <class M>
+HWY_INLINE uint8x8_t LumaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
+  static_assert(255 * (M::kYr + M::kYg + M::kYb) + 256 * M::kYOffset <= 65535, "luma in 16 bits");
+  return Weighted<M::kYr, M::kYg, M::kYb, 256 * M::kYOffset>(r, g, b);
+}
+// ((sum + 128) >> 8) + 128 as (sum + 128 + 32768) >> 8.
+template <class M>
+HWY_INLINE void ChromaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8x8_t* u, uint8x8_t* v) {
+  *u = Weighted<M::kUr, M::kUg, M::kUb, 0x8080>(r, g, b);
+  *v = Weighted<M::kVr, M::kVg, M::kVb, 0x8080>(r, g, b);
+}
+// Channels of the 16 pixels at p.
+template <class Src>
+HWY_INLINE void Channels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint8x16_t* b) {
+  if constexpr (Src::kBytes == 4) {
+    const uint8x16x4_t c = vld4q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  } else {
+    const uint8x16x3_t c = vld3q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  }
+}
+// Pixels 0, 2, ..., 14 of a channel vector.
+HWY_INLINE uint8x8_t EvenOf(uint8x16_t c) { return vmovn_u16(vreinterpretq_u16_u8(c)); }
+
+template <class Src, class M>
+HWY_INLINE void Luma16(uint8x16_t r, uint8x16_t g, uint8x16_t b, uint8_t* y) {
+  vst1q_u8(y, vcombine_u8(LumaOf<M>(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b)),
+                          LumaOf<M>(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b))));
+}
+// Chroma samples [k, k + 8) to planes or interleaved pairs.
+template <int kCStep>
+HWY_INLINE void StoreChroma8(uint8x8_t cu, uint8x8_t cv, uint8_t* u, uint8_t* v, size_t k) {
+  if constexpr (kCStep == 1) {
+    vst1_u8(u + k, cu);
+    vst1_u8(v + k, cv);
+  } else if (u < v) {
+    vst2_u8(u + 2 * k, (uint8x8x2_t{{cu, cv}}));
+  } else {
+    vst2_u8(v + 2 * k, (uint8x8x2_t{{cv, cu}}));
+  }
+}
+
+template <class Src, class M>
+void LumaChannels(const uint8_t* src, uint8_t* y, int n) {
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, y + x);
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+}
+// Chroma of samples [0, n): 16 pixels give 16 / kSub samples.
+template <class Src, class M, int kSub, int kCStep>
+void ChromaChannels(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+  constexpr size_t kStep = 16 / kSub;
+  size_t k = 0;
+  for (; k + kStep <= static_cast<size_t>(n); k += kStep) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + kSub * k * Src::kBytes, &r, &g, &b);
+    uint8x8_t cu, cv;
+    if constexpr (kSub == 2) {
+      ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k);
+    } else {
+      ChromaOf<M>(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k);
+      ChromaOf<M>(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k + 8);
+    }
+  }
+  scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(k), n);
+}
+template <class Src, class M, int kCStep>
+void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, y + x);
+    uint8x8_t cu, cv;
+    ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
+    StoreChroma8<kCStep>(cu, cv, u, v, x / 2);
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+  scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+}
+#define KELO_RGB_CHANNELS 1
+#else
+#define KELO_RGB_CHANNELS 0
+#endif  // HWY_TARGET == HWY_NEON
+
 template <class Src, class M>
 void LumaVec(const uint8_t* src, uint8_t* y, int n) {
 #if KELO_RGB_PAIRS
   if constexpr (Src::kBytes == 4) {
     LumaPairs<Src, M>(src, y, n);
+    return;
+  }
+#endif
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3) {
+    LumaChannels<Src, M>(src, y, n);
     return;
   }
 #endif
@@ -383,7 +508,23 @@ void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n
     return;
   }
 #endif
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3 && kSub == 2) {
+    LumaChromaChannels<Src, M, kCStep>(src, y, u, v, n);
+    return;
+  }
+#endif
   LumaChromaLanes<Src, M, kSub, kCStep>(src, y, u, v, n);
+}
+template <class Src, class M, int kSub, int kCStep>
+void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3) {
+    ChromaChannels<Src, M, kSub, kCStep>(src, u, v, n);
+    return;
+  }
+#endif
+  ChromaLanes<Src, M, kSub, kCStep>(src, u, v, n);
 }
 #else   // HWY_SCALAR: one lane is no vector; use the scalar rows.
 template <class Src, class M, int kSub, int kCStep>
