@@ -225,7 +225,8 @@ HWY_INLINE hn::Vec128<uint8_t> EvenPixels(hn::Vec128<uint8_t> a, hn::Vec128<uint
   return hn::Vec128<uint8_t>{_mm_castps_si128(
       _mm_shuffle_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw), 0x88))};
 }
-// 32-bit groups from [block 0: g0 g2 g4 g6 | block 1: g1 g3 g5 g7] to g0..g7.
+// The 32-bit groups after packing per 128-bit block back in row order: one
+// block is in order; two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
 HWY_INLINE hn::Vec128<uint8_t> InOrder(hn::Vec128<uint8_t> v) { return v; }
 // Chroma bytes U0..7 V0..7 of one packed vector to the two planes.
 HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
@@ -290,7 +291,7 @@ constexpr bool ChromaFitsPairs() {
          (p > q ? p : q) * 255 + 128 <= 32767;
 }
 
-// Luma bytes of the 4 L / 4 pixels in p[0..3].
+// Luma bytes of the L pixels in p[0..3] (L / 4 each).
 template <class Src, class M>
 HWY_INLINE VP LumaOfPairs(const VP* p) {
   static_assert(LumaWeightTotal<M>() <= 256 && M::kYr >= 0 && M::kYg >= 0 && M::kYb >= 0,
