@@ -27,22 +27,35 @@ HWY_INLINE size_t Blocks(size_t n, size_t step, Body body) {
   return i;
 }
 
+// Two vectors of each input per step while they last, then one.
 void InterleaveVec(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
   const D8 d8;
-  const size_t i = Blocks(n, hn::Lanes(d8), [&](size_t k) {
+  const size_t L = hn::Lanes(d8);
+  auto one = [&](size_t k) {
     hn::StoreInterleaved2(hn::LoadU(d8, a + k), hn::LoadU(d8, b + k), d8, d + 2 * k);
+  };
+  size_t i = Blocks(n, 2 * L, [&](size_t k) {
+    one(k);
+    one(k + L);
   });
+  if (i + L <= n) one(i), i += L;
   csc::scalar::Interleave(a, b, d, i, n);
 }
 
 void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
   const D8 d8;
-  const size_t i = Blocks(n, hn::Lanes(d8), [&](size_t k) {
+  const size_t L = hn::Lanes(d8);
+  auto one = [&](size_t k) {
     V8 x, y;
     hn::LoadInterleaved2(d8, s + 2 * k, x, y);
     hn::StoreU(x, d8, a + k);
     hn::StoreU(y, d8, b + k);
+  };
+  size_t i = Blocks(n, 2 * L, [&](size_t k) {
+    one(k);
+    one(k + L);
   });
+  if (i + L <= n) one(i), i += L;
   csc::scalar::Deinterleave(s, a, b, i, n);
 }
 

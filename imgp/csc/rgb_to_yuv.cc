@@ -18,6 +18,16 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using namespace csc;  // NOLINT: layout traits and matrices
 
+// x86 targets have the byte-pair multiply-add that the 4-byte pixel rows use.
+#undef KELO_RGB_PAIRS
+#undef KELO_RGB_CHANNELS
+#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || \
+    HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KELO_RGB_PAIRS 1
+#else
+#define KELO_RGB_PAIRS 0
+#endif
+
 #if HWY_TARGET != HWY_SCALAR
 
 template <int kSlot, class Src>
@@ -87,7 +97,7 @@ HWY_INLINE VI Chroma(VI r, VI g, VI b) {
 }
 
 template <class Src, class M>
-void LumaVec(const uint8_t* src, uint8_t* y, int n) {
+void LumaLanes(const uint8_t* src, uint8_t* y, int n) {
   const D8 d8;
   const size_t L = hn::Lanes(d8);
   size_t x = 0;
@@ -101,7 +111,7 @@ void LumaVec(const uint8_t* src, uint8_t* y, int n) {
 
 // Chroma of Lanes samples: from every second pixel (kSub 2) or every pixel.
 template <class Src, class M, int kSub, int kCStep>
-void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+void ChromaLanes(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   const D8 d8;
   const DU du;
   const DI di;
@@ -145,7 +155,7 @@ void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
 // Luma of pixels [0, n) and chroma of samples [0, n / 2): blocks of 2 Lanes
 // pixels give 2 Lanes luma and Lanes chroma from the same loads.
 template <class Src, class M, int kSub, int kCStep>
-void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+void LumaChromaLanes(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
   const D8 d8;
   const DU du;
   const DI di;
@@ -181,6 +191,341 @@ void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n
   }
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
   scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+}
+
+#if KELO_RGB_PAIRS
+// 4-byte pixels on x86: every output is a weighted sum of byte pairs
+// (multiply-add of unsigned by signed bytes to 16 bits), then of the two pair
+// sums of a pixel (horizontal add), without unpacking the channels.
+// The AVX-512 targets run the 256-bit form.
+#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
+using DP = hn::Full128<uint8_t>;
+#else
+using DP = hn::Full256<uint8_t>;
+#endif
+using VP = hn::Vec<DP>;
+using DP16 = hn::Repartition<uint16_t, DP>;
+using VP16 = hn::Vec<DP16>;
+
+// Byte pairs a0 b0 + a1 b1 with a unsigned and b signed, per 16-bit lane.
+HWY_INLINE hn::Vec128<uint16_t> MulAddPairs(hn::Vec128<uint8_t> a, hn::Vec128<uint8_t> b) {
+  return hn::Vec128<uint16_t>{_mm_maddubs_epi16(a.raw, b.raw)};
+}
+// Sums of neighbouring 16-bit lanes (wrapping): a's pairs, then b's, per
+// 128-bit block.
+HWY_INLINE hn::Vec128<uint16_t> AddPairs(hn::Vec128<uint16_t> a, hn::Vec128<uint16_t> b) {
+  return hn::Vec128<uint16_t>{_mm_hadd_epi16(a.raw, b.raw)};
+}
+// Values of at most 255 to bytes: a's lanes, then b's, per 128-bit block.
+HWY_INLINE hn::Vec128<uint8_t> PackBytes(hn::Vec128<uint16_t> a, hn::Vec128<uint16_t> b) {
+  return hn::Vec128<uint8_t>{_mm_packus_epi16(a.raw, b.raw)};
+}
+// Pixels 0 and 2 of a, then of b, per 128-bit block.
+HWY_INLINE hn::Vec128<uint8_t> EvenPixels(hn::Vec128<uint8_t> a, hn::Vec128<uint8_t> b) {
+  return hn::Vec128<uint8_t>{_mm_castps_si128(
+      _mm_shuffle_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw), 0x88))};
+}
+// The 32-bit groups after packing per 128-bit block back in row order: one
+// block is in order; two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
+HWY_INLINE hn::Vec128<uint8_t> InOrder(hn::Vec128<uint8_t> v) { return v; }
+// Chroma bytes U0..7 V0..7 of one packed vector to the two planes.
+HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full64<uint8_t> dh;
+  hn::StoreU(hn::LowerHalf(dh, uv), dh, u);
+  hn::StoreU(hn::UpperHalf(dh, uv), dh, v);
+}
+
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+HWY_INLINE hn::Vec256<uint16_t> MulAddPairs(hn::Vec256<uint8_t> a, hn::Vec256<uint8_t> b) {
+  return hn::Vec256<uint16_t>{_mm256_maddubs_epi16(a.raw, b.raw)};
+}
+HWY_INLINE hn::Vec256<uint16_t> AddPairs(hn::Vec256<uint16_t> a, hn::Vec256<uint16_t> b) {
+  return hn::Vec256<uint16_t>{_mm256_hadd_epi16(a.raw, b.raw)};
+}
+HWY_INLINE hn::Vec256<uint8_t> PackBytes(hn::Vec256<uint16_t> a, hn::Vec256<uint16_t> b) {
+  return hn::Vec256<uint8_t>{_mm256_packus_epi16(a.raw, b.raw)};
+}
+HWY_INLINE hn::Vec256<uint8_t> EvenPixels(hn::Vec256<uint8_t> a, hn::Vec256<uint8_t> b) {
+  return hn::Vec256<uint8_t>{_mm256_castps_si256(
+      _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
+}
+HWY_INLINE hn::Vec256<uint8_t> InOrder(hn::Vec256<uint8_t> v) {
+  return hn::Vec256<uint8_t>{
+      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+}
+// Block 0 holds U and V of samples 0 1 4 5 8 9 12 13, block 1 of 2 3 6 7
+// 10 11 14 15: interleaving the 16-bit pairs of the blocks restores the order.
+HWY_INLINE void StorePlanar(hn::Vec256<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full128<uint16_t> dw;
+  const hn::Full128<uint8_t> db;
+  const hn::Vec128<uint16_t> lo = hn::BitCast(dw, hn::LowerHalf(uv));
+  const hn::Vec128<uint16_t> hi = hn::BitCast(dw, hn::UpperHalf(db, uv));
+  hn::StoreU(hn::BitCast(db, hn::InterleaveLower(dw, lo, hi)), db, u);
+  hn::StoreU(hn::BitCast(db, hn::InterleaveUpper(dw, lo, hi)), db, v);
+}
+#endif
+
+// The 32-bit word of per-byte weights: byte i weighs the channel stored at
+// byte i (alpha weighs 0).
+template <class Src>
+constexpr uint32_t PairWeights(int r, int g, int b) {
+  return (uint32_t(r & 0xFF) << (8 * Src::kRi)) | (uint32_t(g & 0xFF) << (8 * Src::kGi)) |
+         (uint32_t(b & 0xFF) << (8 * Src::kBi));
+}
+
+// Luma weights are unsigned (up to 255) and the pixels enter as signed
+// x - 128: the sum is S - 128 W with S the luma sum and W the weight total,
+// each pair within 16 bits while W <= 256, and S = sum + 128 W in 16-bit
+// unsigned lanes while 255 W < 65536.
+template <class M>
+constexpr int LumaWeightTotal() { return M::kYr + M::kYg + M::kYb; }
+// Chroma weights are signed bytes and the pixels unsigned: a pair of same-sign
+// weights gives at most (|w0| + |w1|) * 255, and the sum at most 255 times
+// the larger of the positive and negative weight totals.
+template <int kR, int kG, int kB>
+constexpr bool ChromaFitsPairs() {
+  auto pos = [](int w) { return w > 0 ? w : 0; };
+  auto neg = [](int w) { return w < 0 ? -w : 0; };
+  const int p = pos(kR) + pos(kG) + pos(kB), q = neg(kR) + neg(kG) + neg(kB);
+  return kR >= -128 && kR <= 127 && kG >= -128 && kG <= 127 && kB >= -128 && kB <= 127 &&
+         (p > q ? p : q) * 255 + 128 <= 32767;
+}
+
+// Luma bytes of the L pixels in p[0..3] (L / 4 each).
+template <class Src, class M>
+HWY_INLINE VP LumaOfPairs(const VP* p) {
+  static_assert(LumaWeightTotal<M>() <= 256 && M::kYr >= 0 && M::kYg >= 0 && M::kYb >= 0,
+                "luma pair sums in 16 bits");
+  const DP d8;
+  const DP16 du;
+  const hn::Repartition<uint32_t, DP> d32;
+  const VP w = hn::BitCast(d8, hn::Set(d32, PairWeights<Src>(M::kYr, M::kYg, M::kYb)));
+  // The offset rides along as 256 kYOffset.
+  static_assert(255 * LumaWeightTotal<M>() + 256 * M::kYOffset <= 65535, "luma offset in 16 bits");
+  const VP bias = hn::Set(d8, 0x80);
+  const VP16 k =
+      hn::Set(du, static_cast<uint16_t>(128 * LumaWeightTotal<M>() + 256 * M::kYOffset));
+  auto sums = [&](VP a, VP b) {
+    const VP16 s = AddPairs(MulAddPairs(w, hn::Xor(a, bias)), MulAddPairs(w, hn::Xor(b, bias)));
+    return hn::ShiftRight<8>(hn::Add(s, k));
+  };
+  return InOrder(PackBytes(sums(p[0], p[1]), sums(p[2], p[3])));
+}
+
+// Chroma of the even pixels e01, e23 with weights kR, kG, kB: values
+// ((sum + 128) >> 8) + 128 in 16-bit lanes, as (sum + 128 + 32768) >> 8.
+template <class Src, int kR, int kG, int kB>
+HWY_INLINE VP16 ChromaOfPairs(VP e01, VP e23) {
+  static_assert(ChromaFitsPairs<kR, kG, kB>(), "chroma pair sums in 16 bits");
+  const DP d8;
+  const DP16 du;
+  const hn::Repartition<uint32_t, DP> d32;
+  const VP w = hn::BitCast(d8, hn::Set(d32, PairWeights<Src>(kR, kG, kB)));
+  const VP16 s = AddPairs(MulAddPairs(e01, w), MulAddPairs(e23, w));
+  return hn::ShiftRight<8>(hn::Add(s, hn::Set(du, 0x8080)));
+}
+
+template <class Src, class M>
+void LumaPairs(const uint8_t* src, uint8_t* y, int n) {
+  const DP d8;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    const uint8_t* s = src + 4 * x;
+    const VP p[4] = {hn::LoadU(d8, s), hn::LoadU(d8, s + L), hn::LoadU(d8, s + 2 * L),
+                     hn::LoadU(d8, s + 3 * L)};
+    hn::StoreU(LumaOfPairs<Src, M>(p), d8, y + x);
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+}
+
+// Luma of pixels [0, n) and chroma of samples [0, n / 2): L pixels give L
+// luma and L / 2 chroma samples.
+template <class Src, class M, int kCStep>
+void LumaChromaPairs(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  const DP d8;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    const uint8_t* s = src + 4 * x;
+    const VP p[4] = {hn::LoadU(d8, s), hn::LoadU(d8, s + L), hn::LoadU(d8, s + 2 * L),
+                     hn::LoadU(d8, s + 3 * L)};
+    hn::StoreU(LumaOfPairs<Src, M>(p), d8, y + x);
+    const VP e01 = EvenPixels(p[0], p[1]), e23 = EvenPixels(p[2], p[3]);
+    const VP16 cu = ChromaOfPairs<Src, M::kUr, M::kUg, M::kUb>(e01, e23);
+    const VP16 cv = ChromaOfPairs<Src, M::kVr, M::kVg, M::kVb>(e01, e23);
+    const size_t k = x / 2;
+    if constexpr (kCStep == 1) {
+      StorePlanar(PackBytes(cu, cv), u + k, v + k);
+    } else {
+      // Each 16-bit lane is one pair, the first plane's byte low.
+      const bool u_first = u < v;
+      const VP16 pair = hn::Or(u_first ? cu : cv, hn::ShiftLeft<8>(u_first ? cv : cu));
+      hn::StoreU(InOrder(hn::BitCast(d8, pair)), d8, (u_first ? u : v) + 2 * k);
+    }
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+  scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+}
+#endif  // KELO_RGB_PAIRS
+
+
+#if HWY_TARGET == HWY_NEON
+// 3- and 4-byte pixels on NEON: the structure loads split 16 pixels into
+// channel vectors, and each output is a widening multiply-accumulate of bytes
+// into 16-bit lanes that start at the bias, narrowed by taking the high byte.
+// Chroma sums with negative weights wrap in the unsigned lanes; the true
+// biased value lies in 0..65535, so the high byte is exact.
+template <int kW>
+HWY_INLINE uint16x8_t MulAcc(uint16x8_t s, uint8x8_t x) {
+  static_assert(kW >= -255 && kW <= 255, "byte weight");
+  if constexpr (kW > 0) return vmlal_u8(s, x, vdup_n_u8(static_cast<uint8_t>(kW)));
+  if constexpr (kW < 0) return vmlsl_u8(s, x, vdup_n_u8(static_cast<uint8_t>(-kW)));
+  return s;
+}
+// (bias + kR r + kG g + kB b) >> 8 for 8 pixels.
+template <int kR, int kG, int kB, int kBias>
+HWY_INLINE uint8x8_t Weighted(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
+  uint16x8_t s = vdupq_n_u16(static_cast<uint16_t>(kBias));
+  s = MulAcc<kR>(s, r);
+  s = MulAcc<kG>(s, g);
+  s = MulAcc<kB>(s, b);
+  return vshrn_n_u16(s, 8);
+}
+template <class M>
+HWY_INLINE uint8x8_t LumaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
+  static_assert(255 * (M::kYr + M::kYg + M::kYb) + 256 * M::kYOffset <= 65535, "luma in 16 bits");
+  return Weighted<M::kYr, M::kYg, M::kYb, 256 * M::kYOffset>(r, g, b);
+}
+// ((sum + 128) >> 8) + 128 as (sum + 128 + 32768) >> 8.
+template <class M>
+HWY_INLINE void ChromaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8x8_t* u, uint8x8_t* v) {
+  *u = Weighted<M::kUr, M::kUg, M::kUb, 0x8080>(r, g, b);
+  *v = Weighted<M::kVr, M::kVg, M::kVb, 0x8080>(r, g, b);
+}
+// Channels of the 16 pixels at p.
+template <class Src>
+HWY_INLINE void Channels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint8x16_t* b) {
+  if constexpr (Src::kBytes == 4) {
+    const uint8x16x4_t c = vld4q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  } else {
+    const uint8x16x3_t c = vld3q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  }
+}
+// Pixels 0, 2, ..., 14 of a channel vector.
+HWY_INLINE uint8x8_t EvenOf(uint8x16_t c) { return vmovn_u16(vreinterpretq_u16_u8(c)); }
+
+template <class Src, class M>
+HWY_INLINE void Luma16(uint8x16_t r, uint8x16_t g, uint8x16_t b, uint8_t* y) {
+  vst1q_u8(y, vcombine_u8(LumaOf<M>(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b)),
+                          LumaOf<M>(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b))));
+}
+// Chroma samples [k, k + 8) to planes or interleaved pairs.
+template <int kCStep>
+HWY_INLINE void StoreChroma8(uint8x8_t cu, uint8x8_t cv, uint8_t* u, uint8_t* v, size_t k) {
+  if constexpr (kCStep == 1) {
+    vst1_u8(u + k, cu);
+    vst1_u8(v + k, cv);
+  } else if (u < v) {
+    vst2_u8(u + 2 * k, (uint8x8x2_t{{cu, cv}}));
+  } else {
+    vst2_u8(v + 2 * k, (uint8x8x2_t{{cv, cu}}));
+  }
+}
+
+template <class Src, class M>
+void LumaChannels(const uint8_t* src, uint8_t* y, int n) {
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, y + x);
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+}
+// Chroma of samples [0, n): 16 pixels give 16 / kSub samples.
+template <class Src, class M, int kSub, int kCStep>
+void ChromaChannels(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+  constexpr size_t kStep = 16 / kSub;
+  size_t k = 0;
+  for (; k + kStep <= static_cast<size_t>(n); k += kStep) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + kSub * k * Src::kBytes, &r, &g, &b);
+    uint8x8_t cu, cv;
+    if constexpr (kSub == 2) {
+      ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k);
+    } else {
+      ChromaOf<M>(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k);
+      ChromaOf<M>(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b), &cu, &cv);
+      StoreChroma8<kCStep>(cu, cv, u, v, k + 8);
+    }
+  }
+  scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(k), n);
+}
+template <class Src, class M, int kCStep>
+void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    uint8x16_t r, g, b;
+    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, y + x);
+    uint8x8_t cu, cv;
+    ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
+    StoreChroma8<kCStep>(cu, cv, u, v, x / 2);
+  }
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+  scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+}
+#define KELO_RGB_CHANNELS 1
+#else
+#define KELO_RGB_CHANNELS 0
+#endif  // HWY_TARGET == HWY_NEON
+
+template <class Src, class M>
+void LumaVec(const uint8_t* src, uint8_t* y, int n) {
+#if KELO_RGB_PAIRS
+  if constexpr (Src::kBytes == 4) {
+    LumaPairs<Src, M>(src, y, n);
+    return;
+  }
+#endif
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3) {
+    LumaChannels<Src, M>(src, y, n);
+    return;
+  }
+#endif
+  LumaLanes<Src, M>(src, y, n);
+}
+template <class Src, class M, int kSub, int kCStep>
+void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+#if KELO_RGB_PAIRS
+  if constexpr (Src::kBytes == 4 && kSub == 2) {
+    LumaChromaPairs<Src, M, kCStep>(src, y, u, v, n);
+    return;
+  }
+#endif
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3 && kSub == 2) {
+    LumaChromaChannels<Src, M, kCStep>(src, y, u, v, n);
+    return;
+  }
+#endif
+  LumaChromaLanes<Src, M, kSub, kCStep>(src, y, u, v, n);
+}
+template <class Src, class M, int kSub, int kCStep>
+void ChromaVec(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
+#if KELO_RGB_CHANNELS
+  if constexpr (Src::kBytes >= 3) {
+    ChromaChannels<Src, M, kSub, kCStep>(src, u, v, n);
+    return;
+  }
+#endif
+  ChromaLanes<Src, M, kSub, kCStep>(src, u, v, n);
 }
 #else   // HWY_SCALAR: one lane is no vector; use the scalar rows.
 template <class Src, class M, int kSub, int kCStep>

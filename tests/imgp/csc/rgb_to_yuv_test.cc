@@ -46,10 +46,20 @@ const csc::LumaRowFn kCombinedLumaRef[] = {KELO_RGB_TO_CHROMA_ROWS(KELO_LUMA_REF
 
 TEST(RgbToYuvRows, VectorMatchesScalarOnEveryTarget) {
   std::mt19937 rng = MakeRng(43);
+  // Channel values at the ends of the range push the 16-bit sums to their
+  // bounds: n = -432 gives every combination of them for the first three
+  // bytes of 4-byte pixels, each on a pixel pair. Random bytes cover the rest.
+  static constexpr uint8_t kEdges[] = {0, 1, 127, 128, 254, 255};
   ForEachTarget([&](const std::string& target) {
-    for (int n : {0, 1, 7, 8, 15, 16, 17, 31, 32, 33, 63, 64, 65, 129, 1 + int(rng() % 300)}) {
+    for (int n : {0, 1, 7, 8, 15, 16, 17, 31, 32, 33, 63, 64, 65, 129, 1 + int(rng() % 300),
+                  -432}) {
+      const bool edges = n < 0;
+      n = edges ? -n : n;
       std::vector<uint8_t> src(8 * n + 8);
-      for (auto& x : src) x = static_cast<uint8_t>(rng());
+      for (size_t j = 0; j < src.size(); ++j) {
+        static constexpr int kPow6[] = {1, 6, 36, 216};
+        src[j] = edges ? kEdges[(j / 8 / kPow6[j % 4]) % 6] : static_cast<uint8_t>(rng());
+      }
       for (int id = 0; id < csc::kLumaRowCount; ++id) {
         GuardedBuffer got(n), want(n);
         csc::LumaRowFor(csc::LumaRowId(id))(src.data(), got.data(), n);
