@@ -7,10 +7,11 @@ endif()
 string(REPLACE "\n" ";" lines "${out}")
 set(actual "")
 foreach(line IN LISTS lines)
-  # "address type name"; linker-made markers and version nodes are not exports.
+  # "address type name"; linker-made markers, version nodes and the ODR
+  # indicators AddressSanitizer adds beside exported data are not exports.
   if(line MATCHES "^[0-9a-fA-F]+ ([A-Za-z]) ([^ @]+)")
     set(name ${CMAKE_MATCH_2})
-    if(NOT CMAKE_MATCH_1 STREQUAL "A" AND NOT name MATCHES "^(_init|_fini|_edata|_end|__bss_start)$")
+    if(NOT CMAKE_MATCH_1 STREQUAL "A" AND NOT name MATCHES "^(_init|_fini|_edata|_end|__bss_start)$" AND NOT name MATCHES "^__odr_asan")
       list(APPEND actual ${name})
     endif()
   endif()
