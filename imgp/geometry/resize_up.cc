@@ -141,6 +141,22 @@ void MixBytesRowVec(const uint8_t* s, const uint8_t* n, uint8_t* out, size_t len
   rsz::MixRow<rsz::L8b>(s + i, n + i, out + i, len - i, t);
 }
 
+// 5-6-5 pixels s and n mixed field by field: (a s + b n) >> 6 when shift
+// (ramps, whose wrapped 32-bit weights keep the low bits that count), else
+// MulHigh(a s + b n, m); weights per lane.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V Mix565(D d, V s, V n, V a, V b, V m, bool shift) {
+  auto field = [&](V x, V y, V mask) {
+    const auto sum = hn::Add(hn::Mul(hn::And(x, mask), a), hn::Mul(hn::And(y, mask), b));
+    return hn::And(shift ? hn::ShiftRight<6>(sum) : hn::MulHigh(sum, m), mask);
+  };
+  const V m5 = hn::Set(d, 0x1F), m6 = hn::Set(d, 0x3F);
+  const V lo = field(s, n, m5);
+  const V mid = field(hn::ShiftRight<5>(s), hn::ShiftRight<5>(n), m6);
+  const V hi = field(hn::ShiftRight<11>(s), hn::ShiftRight<11>(n), m5);
+  return hn::Or(hn::Or(lo, hn::ShiftLeft<5>(mid)), hn::ShiftLeft<11>(hi));
+}
+
 // One in-between row of 5-6-5 pixels, field by field in 16-bit lanes.
 void Mix565RowVec(const uint8_t* s, const uint8_t* n, uint8_t* out, size_t units,
                   const UpTap& t) {
@@ -155,19 +171,10 @@ void Mix565RowVec(const uint8_t* s, const uint8_t* n, uint8_t* out, size_t units
   }
   if (ramp || LaneWeights(t, &a, &b, &m)) {
     const auto va = hn::Set(d16, a), vb = hn::Set(d16, b), vm = hn::Set(d16, m);
-    auto field = [&](hn::Vec<D16> x, hn::Vec<D16> y, hn::Vec<D16> mask) {
-      const auto sum = hn::Add(hn::Mul(hn::And(x, mask), va), hn::Mul(hn::And(y, mask), vb));
-      return hn::And(ramp ? hn::ShiftRight<6>(sum) : hn::MulHigh(sum, vm), mask);
-    };
-    const auto m5 = hn::Set(d16, 0x1F), m6 = hn::Set(d16, 0x3F);
     for (; i + L <= units; i += L) {
       const auto vs = hn::BitCast(d16, hn::LoadU(d8, s + 2 * i));
       const auto vn = hn::BitCast(d16, hn::LoadU(d8, n + 2 * i));
-      const auto lo = field(vs, vn, m5);
-      const auto mid = field(hn::ShiftRight<5>(vs), hn::ShiftRight<5>(vn), m6);
-      const auto hi = field(hn::ShiftRight<11>(vs), hn::ShiftRight<11>(vn), m5);
-      const auto v = hn::Or(hn::Or(lo, hn::ShiftLeft<5>(mid)), hn::ShiftLeft<11>(hi));
-      hn::StoreU(hn::BitCast(d8, v), d8, out + 2 * i);
+      hn::StoreU(hn::BitCast(d8, Mix565(d16, vs, vn, va, vb, vm, ramp)), d8, out + 2 * i);
     }
   }
   rsz::MixRow<rsz::L5b6b5b>(s + 2 * i, n + 2 * i, out + 2 * i, units - i, t);
@@ -321,8 +328,33 @@ HWY_INLINE void RunWeights(const Block* blocks, int count, const uint8_t* src, u
   }
 }
 
+// 5-6-5 blocks: the byte shuffles gather whole pixels and lanes 0..7 of the
+// weights hold one set per pixel (PerPixelWeights).
+HWY_INLINE void Run565(const Block* blocks, int count, const uint8_t* src, uint8_t* dst) {
+  const B8 d8;
+  const B16 d16;
+  for (int i = 0; i < count; ++i) {
+    const Block& k = blocks[i];
+    const auto v = hn::LoadU(d8, src + k.src_off);
+    const auto s = hn::BitCast(d16, hn::TableLookupBytes(v, hn::Load(d8, k.s_idx)));
+    const auto n = hn::BitCast(d16, hn::TableLookupBytes(v, hn::Load(d8, k.n_idx)));
+    const auto out = Mix565(d16, s, n, hn::Load(d16, k.a), hn::Load(d16, k.b),
+                            hn::Load(d16, k.m), false);
+    hn::StoreU(hn::BitCast(d8, out), d8, dst + k.out_off);
+  }
+}
+
+// Moves the weights of each 2-byte pixel (equal on both its bytes) to lane
+// pixel of the 16-bit weights.
+inline void PerPixelWeights(Block* blocks, int count) {
+  for (int i = 0; i < count; ++i) {
+    Block& k = blocks[i];
+    for (int u = 0; u < 8; ++u) k.a[u] = k.a[2 * u], k.b[u] = k.b[2 * u], k.m[u] = k.m[2 * u];
+  }
+}
+
 template <class L, bool kMode1>
-void UpWidthBytes(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
+void UpWidthBlocks(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
                   int32_t q, int32_t r, ptrdiff_t src_step) {
   constexpr int bpp = L::kBytes;
   const bool exact = dw >= 1 && sw >= 1 && q >= 1 && r >= 0 && r < sw &&
@@ -332,11 +364,15 @@ void UpWidthBytes(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int3
     scalar::UpWidth<L, kMode1>(src, tmp, dw, sw, sh, q, r, src_step);
     return;
   }
+  constexpr bool rgb565 = std::is_same_v<L, rsz::L5b6b5b>;
   const bool means = CallIsMeans(q, r);
   const ptrdiff_t dst_step = ptrdiff_t{dw} * bpp;
-  auto run = [&](const Block* blocks, int count) {
+  auto run = [&](Block* blocks, int count) {
+    if (rgb565) PerPixelWeights(blocks, count);
     for (int32_t y = 0; y < sh; ++y) {
-      if (means) {
+      if (rgb565) {
+        Run565(blocks, count, src + y * src_step, tmp + y * dst_step);
+      } else if (means) {
         RunMeans(blocks, count, src + y * src_step, tmp + y * dst_step);
       } else {
         RunWeights(blocks, count, src + y * src_step, tmp + y * dst_step);
@@ -367,15 +403,17 @@ void UpWidthBytes(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int3
 
 #endif  // HWY_TARGET != HWY_SCALAR
 
-// Entry points per target; `bpp` picks the byte layout.
+// Entry points per target; `rgb565` picks 5-6-5 pixels, else `bpp` the byte
+// layout.
 void UpWidthVec(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
-                int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool mode1) {
+                int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565, bool mode1) {
 #if HWY_TARGET == HWY_SCALAR
-  scalar::UpWidthAny(src, tmp, dw, sw, sh, q, r, src_step, bpp, mode1);
+  scalar::UpWidthAny(src, tmp, dw, sw, sh, q, r, src_step, bpp, rgb565, mode1);
 #else
 #define KELO_UP_BYTES(L)                                                        \
-  return mode1 ? UpWidthBytes<L, true>(src, tmp, dw, sw, sh, q, r, src_step)    \
-               : UpWidthBytes<L, false>(src, tmp, dw, sw, sh, q, r, src_step)
+  return mode1 ? UpWidthBlocks<L, true>(src, tmp, dw, sw, sh, q, r, src_step)   \
+               : UpWidthBlocks<L, false>(src, tmp, dw, sw, sh, q, r, src_step)
+  if (rgb565) KELO_UP_BYTES(rsz::L5b6b5b);
   switch (bpp) {
     case 1: KELO_UP_BYTES(rsz::L8b);
     case 2: KELO_UP_BYTES(rsz::L8b8b);
@@ -420,8 +458,10 @@ KELO_VEC_EXPORT(UpWidthVec);
 KELO_VEC_EXPORT(UpHeightVec);
 
 void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
-                     int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool mode1) {
-  KELO_VEC_CALL(UpWidthVec, scalar::UpWidthAny)(src, tmp, dw, sw, sh, q, r, src_step, bpp, mode1);
+                     int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565,
+                     bool mode1) {
+  KELO_VEC_CALL(UpWidthVec, scalar::UpWidthAny)(src, tmp, dw, sw, sh, q, r, src_step, bpp,
+                                                rgb565, mode1);
 }
 
 void UpHeightDispatch(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh,
@@ -431,19 +471,13 @@ void UpHeightDispatch(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_
                                                   rgb565, mode1);
 }
 
-// Strides are in pixels for the 5-6-5 layout, whose width kernel is scalar.
+// Strides are in pixels for the 5-6-5 layout.
 template <class L>
 void UpWidthLayout(const void* src, void* tmp, int32_t dw, int32_t sw, int32_t sh, int32_t q,
                    int32_t r, int32_t src_stride, bool mode1) {
-  const auto* s = static_cast<const uint8_t*>(src);
-  auto* t = static_cast<uint8_t*>(tmp);
-  const ptrdiff_t step = ptrdiff_t{src_stride} * L::kStrideUnit;
-  if constexpr (std::is_same_v<L, rsz::Rgb565Units>) {
-    return mode1 ? scalar::UpWidth<L, true>(s, t, dw, sw, sh, q, r, step)
-                 : scalar::UpWidth<L, false>(s, t, dw, sw, sh, q, r, step);
-  } else {
-    UpWidthDispatch(s, t, dw, sw, sh, q, r, step, L::kBytes, mode1);
-  }
+  UpWidthDispatch(static_cast<const uint8_t*>(src), static_cast<uint8_t*>(tmp), dw, sw, sh, q,
+                  r, ptrdiff_t{src_stride} * L::kStrideUnit, L::kBytes,
+                  std::is_same_v<L, rsz::Rgb565Units>, mode1);
 }
 
 // Rows of dw units of L; byte layouts are mixed byte by byte.

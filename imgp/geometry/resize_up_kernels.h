@@ -194,13 +194,15 @@ void UpHeight(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh, in
   UpHeight<L, kMode1>(tmp, dst, row_units, sh, dh, q, r, dst_step, &rsz::MixRow<L>);
 }
 
-// Byte layouts chosen by bytes per unit (1 to 4), for callers that pick the
-// layout at run time (the dispatched vector entry points).
+// Layouts chosen at run time (the dispatched vector entry points): 5-6-5
+// pixels when rgb565, else bytes by bytes per unit (1 to 4).
 inline void UpWidthAny(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
-                       int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool mode1) {
+                       int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565,
+                       bool mode1) {
 #define KELO_UP_ANY(L)                                                          \
   return mode1 ? UpWidth<L, true>(src, tmp, dw, sw, sh, q, r, src_step)         \
                : UpWidth<L, false>(src, tmp, dw, sw, sh, q, r, src_step)
+  if (rgb565) KELO_UP_ANY(rsz::L5b6b5b);
   switch (bpp) {
     case 1: KELO_UP_ANY(rsz::L8b);
     case 2: KELO_UP_ANY(rsz::L8b8b);
@@ -246,10 +248,11 @@ constexpr uint16_t RatioMagic(uint32_t d) {
   X(8b8b, L8b8b)                                                                \
   X(5b6b5b, L5b6b5b)
 
-// The best path of the running CPU for byte layouts of bpp bytes per unit
-// (width) and for rows of bytes or 5-6-5 pixels (height).
+// The best path of the running CPU for 5-6-5 pixels or byte layouts of bpp
+// bytes per unit (width) and for rows of bytes or 5-6-5 pixels (height).
 void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
-                     int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool mode1);
+                     int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565,
+                     bool mode1);
 void UpHeightDispatch(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh,
                       int32_t dh, int32_t q, int32_t r, ptrdiff_t dst_step, bool rgb565,
                       bool mode1);
