@@ -441,7 +441,8 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
 }
 
 template <class Src, class Dst, YuvMatrix M>
-void RowVec(const YuvRow& row, uint8_t* dst, int n) {
+void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
+  const YuvRow row = row_in;  // a local copy: the stores cannot alias it
   const D8 d8;
   const size_t L = hn::Lanes(d8);
   const QuadOrder<false> order;
@@ -462,7 +463,9 @@ void RowVec(const YuvRow& row, uint8_t* dst, int n) {
 // Two rows sharing one chroma row (4:2:0 layouts): the chroma is loaded and
 // turned into terms once per block.
 template <class Src, class Dst, YuvMatrix M>
-void Row2Vec(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst1, int n) {
+void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_t* dst1,
+             int n) {
+  const YuvRow row0 = row0_in, row1 = row1_in;
   const D8 d8;
   const size_t L = hn::Lanes(d8);
   const QuadOrder<false> order;
