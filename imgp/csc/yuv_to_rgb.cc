@@ -368,10 +368,28 @@ HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& o
   }
 }
 
-// Packed 4:2:2: the channels of the Lanes / 2 pixels of one source vector,
-// in its order. In 16-bit lanes a pixel holds its luma and one chroma sample,
-// U for the first of a pair and V for the second; the chroma terms are made
-// per pair in those lanes and then copied to both pixels.
+// Block-wise sums of adjacent 16-bit lanes: block k holds the four sums of
+// block k of a, then those of block k of b.
+#if HWY_TARGET == HWY_AVX2
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm256_hadd_epi16(a.raw, b.raw)}; }
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm_hadd_epi16(a.raw, b.raw)}; }
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KELO_HAVE_PAIR_SUMS 0
+#else  // one block per vector
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) {
+  const DI di;
+  return hn::Add(hn::ConcatEven(di, b, a), hn::ConcatOdd(di, b, a));
+}
+#endif
+
+// Packed 4:2:2: the channels of two source vectors of Lanes / 2 pixels each,
+// in their order. In 16-bit lanes a pixel holds its luma and one chroma
+// sample, U for the first of a pair and V for the second; the chroma terms are
+// made per pair and then copied to both pixels of the pair.
 template <class Src, YuvMatrix M>
 struct PackedTerms {
   using A = Arith<M>;
@@ -381,25 +399,49 @@ struct PackedTerms {
         rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0))),
         g_mul(hn::OddEven(hn::Set(DU(), S::kGvQ * 256), hn::Set(DU(), S::kGuQ * 256))),
         dup_even(hn::LoadDup128(D8(), kDupEven)),
-        dup_odd(hn::LoadDup128(D8(), kDupOdd)),
-        swap(hn::LoadDup128(D8(), kSwap)) {}
+        dup_odd(hn::LoadDup128(D8(), kDupOdd)) {}
 
-  HWY_INLINE void Channels(V8 raw, VI* r, VI* g, VI* b) const {
+  // Luma (value << 8) and chroma (value << 8) lanes of a source vector.
+  static HWY_INLINE void Split(V8 raw, VU* yh, VU* ch) {
     const DU du;
-    const DI di;
     const VU w = hn::BitCast(du, raw);
-    const VU yh = Src::kUyvyV ? hn::And(w, hn::Set(du, 0xFF00)) : hn::ShiftLeft<8>(w);
-    const VU ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
+    *yh = Src::kUyvyV ? hn::And(w, hn::Set(du, 0xFF00)) : hn::ShiftLeft<8>(w);
+    *ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
+  }
+  // The R and B terms of each pixel.
+  HWY_INLINE void RedBlue(VU ch, typename A::Chroma* c) const {
+    const DI di;
     // Even lanes: the B term of the pair, odd lanes: its R term.
-    const VI rb = hn::Add(hn::BitCast(di, hn::MulHigh(ch, rb_mul)), rb_add);
-    // Even lanes: kGuQ U, odd lanes: kGvQ V.
-    const V8 gx = hn::BitCast(D8(), hn::MulHigh(ch, g_mul));
-    typename A::Chroma c;
-    c.r = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(D8(), rb), dup_odd));
-    c.b = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(D8(), rb), dup_even));
-    c.g = hn::Sub(hn::Set(di, S::kG0),
-                  hn::Add(hn::BitCast(di, gx), hn::BitCast(di, hn::TableLookupBytes(gx, swap))));
-    A::Channels(A::FromY(yh), c, r, g, b);
+    const V8 rb = hn::BitCast(D8(), hn::Add(hn::BitCast(di, hn::MulHigh(ch, rb_mul)), rb_add));
+    c->r = hn::BitCast(di, hn::TableLookupBytes(rb, dup_odd));
+    c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
+  }
+
+  HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
+    const DI di;
+    VU yh_a, c_a, yh_b, c_b;
+    Split(a, &yh_a, &c_a);
+    Split(b, &yh_b, &c_b);
+    typename A::Chroma ta, tb;
+    RedBlue(c_a, &ta);
+    RedBlue(c_b, &tb);
+    // Even lanes: kGuQ U, odd lanes: kGvQ V; the G term is kG0 less their sum.
+    const VI gx_a = hn::BitCast(di, hn::MulHigh(c_a, g_mul));
+    const VI gx_b = hn::BitCast(di, hn::MulHigh(c_b, g_mul));
+#if KELO_HAVE_PAIR_SUMS
+    const VI g = hn::Sub(hn::Set(di, S::kG0), PairSums(gx_a, gx_b));
+    ta.g = DupLo(g);
+    tb.g = DupHi(g);
+#else
+    const D8 d8;
+    const V8 swap = hn::LoadDup128(d8, kSwap);
+    const VI sw_a = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_a), swap));
+    const VI sw_b = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_b), swap));
+    ta.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_a, sw_a));
+    tb.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_b, sw_b));
+#endif
+    A::Channels(A::FromY(yh_a), ta, &ch_a[0], &ch_a[1], &ch_a[2]);
+    A::Channels(A::FromY(yh_b), tb, &ch_b[0], &ch_b[1], &ch_b[2]);
   }
 
   static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
@@ -408,7 +450,7 @@ struct PackedTerms {
   VU rb_mul;
   VI rb_add;
   VU g_mul;
-  V8 dup_even, dup_odd, swap;
+  V8 dup_even, dup_odd;
 };
 
 template <class Src, class Dst, YuvMatrix M>
@@ -426,15 +468,14 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
       a = order(a);
       b = order(b);
     }
-    VI ra, ga, ba, rb, gb, bb;
-    terms.Channels(a, &ra, &ga, &ba);
-    terms.Channels(b, &rb, &gb, &bb);
+    VI ca[3], cb[3];
+    terms.Channels(a, b, ca, cb);
     if constexpr (kQuads<Dst>) {
-      StoreRgb<Dst>(NarrowBlocks(ra, rb), NarrowBlocks(ga, gb), NarrowBlocks(ba, bb),
-                    dst + x * Dst::kBytes);
+      StoreRgb<Dst>(NarrowBlocks(ca[0], cb[0]), NarrowBlocks(ca[1], cb[1]),
+                    NarrowBlocks(ca[2], cb[2]), dst + x * Dst::kBytes);
     } else {
-      StoreRgb<Dst>(NarrowToBytes(ra, rb), NarrowToBytes(ga, gb), NarrowToBytes(ba, bb),
-                    dst + x * Dst::kBytes);
+      StoreRgb<Dst>(NarrowToBytes(ca[0], cb[0]), NarrowToBytes(ca[1], cb[1]),
+                    NarrowToBytes(ca[2], cb[2]), dst + x * Dst::kBytes);
     }
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
@@ -472,18 +513,16 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
   constexpr bool kQuad = kQuads<Dst>;
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y0 = hn::LoadU(d8, row0.y + x);
-    V8 y1 = hn::LoadU(d8, row1.y + x);
-    if (kQuad) {
-      y0 = order(y0);
-      y1 = order(y1);
-    }
     typename Arith<M>::Chroma lo, hi;
     LoadTerms<Src, M, kQuad>(row0, x, order, &lo, &hi);
+    V8 y = hn::LoadU(d8, row0.y + x);
+    if (kQuad) y = order(y);
     V8 r, g, b;
-    ToRgb<M>(lo, hi, y0, &r, &g, &b);
+    ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
-    ToRgb<M>(lo, hi, y1, &r, &g, &b);
+    y = hn::LoadU(d8, row1.y + x);
+    if (kQuad) y = order(y);
+    ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst1 + x * Dst::kBytes);
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(x), n);
