@@ -183,11 +183,32 @@ struct Arith<M, true> {
     Chroma c;
     c.r = hn::Add(hn::BitCast(di, hn::MulHigh(vh, hn::Set(du, S::kRvMul))),
                   hn::Set(di, S::kR0));
-    c.g = hn::BitCast(di, hn::Sub(hn::Sub(hn::Set(du, static_cast<uint16_t>(S::kG0)),
-                                          hn::Mul(u, Coef(du, S::kGuQ))),
-                                  hn::MulHigh(vh, hn::Set(du, S::kGvQ * 256))));
+    c.g = hn::Add(GreenProducts(u, vh), hn::Set(di, S::kG0));
     c.b = hn::Add(hn::BitCast(di, hn::Mul(u, Coef(du, S::kBuQ))), hn::Set(di, S::kB0));
     return c;
+  }
+  // -kGuQ U - kGvQ V. x86 multiplies the U, V byte pairs of a lane by signed
+  // bytes and adds the two products in one instruction.
+  static HWY_INLINE VI GreenProducts(VU u, VU vh) {
+    static_assert(S::kGuQ <= 128 && S::kGvQ <= 128 && 255 * (S::kGuQ + S::kGvQ) <= 32768,
+                  "byte-pair products");
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
+    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    const DU du;
+    const VU uv = hn::Or(u, vh);
+    const VU k = hn::Set(du, static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8));
+#if HWY_TARGET == HWY_AVX2
+    return VI{_mm256_maddubs_epi16(uv.raw, k.raw)};
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return VI{_mm512_maddubs_epi16(uv.raw, k.raw)};
+#else
+    return VI{_mm_maddubs_epi16(uv.raw, k.raw)};
+#endif
+#else
+    const DU du;
+    return hn::BitCast(DI(), hn::Sub(hn::Neg(hn::BitCast(DI(), hn::Mul(u, Coef(du, S::kGuQ)))),
+                                     hn::BitCast(DI(), hn::MulHigh(vh, hn::Set(du, S::kGvQ * 256)))));
+#endif
   }
   static HWY_INLINE void Channels(const Luma& y, const Chroma& c, VI* r, VI* g, VI* b) {
     *r = hn::ShiftRight<7>(hn::SaturatedAdd(y.ys, c.r));
