@@ -444,8 +444,6 @@ struct PackedTerms {
     Split(a, &yh_a, &c_a);
     Split(b, &yh_b, &c_b);
     typename A::Chroma ta, tb;
-    RedBlue(c_a, &ta);
-    RedBlue(c_b, &tb);
     // Even lanes: kGuQ U, odd lanes: kGvQ V; the G term is kG0 less their sum.
     const VI gx_a = hn::BitCast(di, hn::MulHigh(c_a, g_mul));
     const VI gx_b = hn::BitCast(di, hn::MulHigh(c_b, g_mul));
@@ -461,7 +459,9 @@ struct PackedTerms {
     ta.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_a, sw_a));
     tb.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_b, sw_b));
 #endif
+    RedBlue(c_a, &ta);
     A::Channels(A::FromY(yh_a), ta, &ch_a[0], &ch_a[1], &ch_a[2]);
+    RedBlue(c_b, &tb);
     A::Channels(A::FromY(yh_b), tb, &ch_b[0], &ch_b[1], &ch_b[2]);
   }
 
