@@ -365,28 +365,17 @@ HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<fals
   }
 }
 
-// Chroma terms for the two block halves of Lanes pixels from x on.
+// Chroma terms for the two block halves of Lanes pixels from x on (sources
+// with one chroma sample per pixel pair).
 template <class Src, YuvMatrix M, bool kQuad>
 HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& order,
                           typename Arith<M>::Chroma* lo, typename Arith<M>::Chroma* hi) {
   using A = Arith<M>;
-  const D8 d8;
-  if constexpr (Src::kPairs) {
-    VU u, vh;
-    LoadPairChroma<Src, kQuad>(row, x, order, &u, &vh);
-    const typename A::Chroma c = A::FromUV(u, vh);
-    *lo = A::DupLo(c);
-    *hi = A::DupHi(c);
-  } else {
-    V8 u = hn::LoadU(d8, row.u + x);
-    V8 v = hn::LoadU(d8, row.v + x);
-    if (kQuad) {
-      u = order(u);
-      v = order(v);
-    }
-    *lo = A::FromUV(WidenLo(u), HighLo(v));
-    *hi = A::FromUV(WidenHi(u), HighHi(v));
-  }
+  VU u, vh;
+  LoadPairChroma<Src, kQuad>(row, x, order, &u, &vh);
+  const typename A::Chroma c = A::FromUV(u, vh);
+  *lo = A::DupLo(c);
+  *hi = A::DupHi(c);
 }
 
 // Block-wise sums of adjacent 16-bit lanes: block k holds the four sums of
@@ -513,10 +502,27 @@ void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
   for (; x + L <= static_cast<size_t>(n); x += L) {
     V8 y = hn::LoadU(d8, row.y + x);
     if (kQuad) y = order(y);
-    typename Arith<M>::Chroma lo, hi;
-    LoadTerms<Src, M, kQuad>(row, x, order, &lo, &hi);
     V8 r, g, b;
-    ToRgb<M>(lo, hi, y, &r, &g, &b);
+    if constexpr (Src::kPairs) {
+      typename Arith<M>::Chroma lo, hi;
+      LoadTerms<Src, M, kQuad>(row, x, order, &lo, &hi);
+      ToRgb<M>(lo, hi, y, &r, &g, &b);
+    } else {
+      // Chroma per pixel: each block half through its own terms.
+      using A = Arith<M>;
+      V8 u = hn::LoadU(d8, row.u + x);
+      V8 v = hn::LoadU(d8, row.v + x);
+      if (kQuad) {
+        u = order(u);
+        v = order(v);
+      }
+      VI rl, gl, bl, rh, gh, bh;
+      A::Channels(A::FromY(HighLo(y)), A::FromUV(WidenLo(u), HighLo(v)), &rl, &gl, &bl);
+      A::Channels(A::FromY(HighHi(y)), A::FromUV(WidenHi(u), HighHi(v)), &rh, &gh, &bh);
+      r = NarrowBlocks(rl, rh);
+      g = NarrowBlocks(gl, gh);
+      b = NarrowBlocks(bl, bh);
+    }
     StoreRgb<Dst>(r, g, b, dst + x * Dst::kBytes);
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
