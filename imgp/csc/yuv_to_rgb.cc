@@ -68,8 +68,8 @@ HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
 // pixels 4 (j B + b) .. 4 (j B + b) + 3, so the sources of such rows are
 // permuted as they are loaded: units of four pixels (32 bits of luma or of
 // pair chroma in 16-bit lanes) move from unit j B + b to unit 4 b + j. Packed
-// 4:2:2 sources hold four pixels in 64 bits and are permuted in those units,
-// so that each of its two source vectors fills half of every block.
+// 4:2:2 sources hold four pixels in 64 bits and each of their two source
+// vectors fills half of every block, so there unit t B + b moves to 2 b + t.
 template <bool kUnits64>
 class QuadOrder {
  public:
