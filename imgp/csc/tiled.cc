@@ -9,6 +9,103 @@
 // 64 x 32 like luma, the others with tiles of half the luma tile height
 // (16 x 8, 8 x 4, 256 x 8). Rows are converted by gathering them into a linear buffer and
 // running the NV12 rows.
+#include "common/internal/simd.h"
+#include "imgp/csc/pixel_layouts.h"
+
+#ifndef KELO_IMGP_CSC_TILED_P010_SCALAR
+#define KELO_IMGP_CSC_TILED_P010_SCALAR
+namespace kelo {
+namespace csc {
+namespace p010 {
+
+// P010LE: 16-bit little-endian words with the 10 significant bits at the
+// top. BT.2020 limited range (Y 64..940, C 64..960) straight to 8 bits with
+// 12 fractional bits: R = (1192 (Y - 64) + 1719 (V - 512) + 2048) >> 12, etc.
+constexpr int kCy = 1192, kRv = 1719, kGu = -192, kGv = -666, kBu = 2193;
+
+inline int Word(const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; }
+inline int Clamp(int x) { return x < 0 ? 0 : (x > 255 ? 255 : x); }
+
+// Pixels [x0, n) of a row: luma words at row.y, U and V words of pixel pair
+// i at row.u + 4 i and row.v + 4 i.
+inline void Row(const YuvRow& row, uint8_t* dst, int x0, int n) {
+  for (int x = x0; x < n; ++x) {
+    const int y = Word(row.y + 2 * x) - 64;
+    const int u = Word(row.u + 4 * (x >> 1)) - 512;
+    const int v = Word(row.v + 4 * (x >> 1)) - 512;
+    const int l = kCy * y + 2048;
+    uint8_t* p = dst + 4 * x;
+    p[0] = static_cast<uint8_t>(Clamp((l + kRv * v) >> 12));
+    p[1] = static_cast<uint8_t>(Clamp((l + kGu * u + kGv * v) >> 12));
+    p[2] = static_cast<uint8_t>(Clamp((l + kBu * u) >> 12));
+    p[3] = 255;
+  }
+}
+
+}  // namespace p010
+}  // namespace csc
+}  // namespace kelo
+#endif  // KELO_IMGP_CSC_TILED_P010_SCALAR
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/csc/tiled.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+// P010LE to RGBA8888 in 32-bit lanes, one pixel per lane: the sums need up to
+// 22 bits. The pair chroma is loaded as U, V words in order, so a pixel's U is
+// the even lane of its pair and V the odd one.
+void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
+  using namespace csc::p010;  // NOLINT: the matrix
+  const csc::YuvRow row = row_in;
+  const hn::ScalableTag<int32_t> d;
+  const hn::Rebind<uint16_t, decltype(d)> dw;
+  const hn::RebindToUnsigned<decltype(d)> du;
+  const hn::Repartition<uint8_t, decltype(dw)> dwb;
+  const hn::Repartition<uint8_t, decltype(d)> db;
+  const size_t L = hn::Lanes(d);
+  const auto y_off = hn::Set(d, 64), c_off = hn::Set(d, 512), round = hn::Set(d, 2048);
+  const auto zero = hn::Zero(d), max = hn::Set(d, 255), alpha = hn::Set(d, 255 << 24);
+  const auto cy = hn::Set(d, kCy), rv = hn::Set(d, kRv), gu = hn::Set(d, kGu),
+             gv = hn::Set(d, kGv), bu = hn::Set(d, kBu);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    // Luma words of pixels x .. x + L, the U, V words of their L / 2 pairs.
+    const auto yw = hn::BitCast(dw, hn::LoadU(dwb, row.y + 2 * x));
+    const auto cw = hn::BitCast(dw, hn::LoadU(dwb, row.u + 2 * x));
+    const auto y = hn::ShiftRight<6>(hn::BitCast(d, hn::PromoteTo(du, yw)));
+    const auto c = hn::ShiftRight<6>(hn::BitCast(d, hn::PromoteTo(du, cw)));
+    const auto u = hn::Sub(hn::DupEven(c), c_off);
+    const auto v = hn::Sub(hn::DupOdd(c), c_off);
+    const auto l = hn::Add(hn::Mul(hn::Sub(y, y_off), cy), round);
+    auto r = hn::ShiftRight<12>(hn::Add(l, hn::Mul(v, rv)));
+    auto g = hn::ShiftRight<12>(hn::Add(hn::Add(l, hn::Mul(u, gu)), hn::Mul(v, gv)));
+    auto b = hn::ShiftRight<12>(hn::Add(l, hn::Mul(u, bu)));
+    r = hn::Min(hn::Max(r, zero), max);
+    g = hn::Min(hn::Max(g, zero), max);
+    b = hn::Min(hn::Max(b, zero), max);
+    const auto px = hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)), hn::Or(hn::ShiftLeft<16>(b), alpha));
+    hn::StoreU(hn::BitCast(db, px), db, dst + 4 * x);
+  }
+  csc::p010::Row(row, dst, static_cast<int>(x), n);
+}
+#else   // HWY_TARGET == HWY_SCALAR
+void P010RowVec(const csc::YuvRow& row, uint8_t* dst, int n) { csc::p010::Row(row, dst, 0, n); }
+#endif  // HWY_TARGET != HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -104,25 +201,17 @@ void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const
   }
 }
 
-// P010LE: 16-bit little-endian words with the 10 significant bits at the
-// top. BT.2020 limited range (Y 64..940, C 64..960) straight to 8 bits with
-// 12 fractional bits: R = (1192 (Y - 64) + 1719 (V - 512) + 2048) >> 12, etc.
-inline int Word(const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; }
-inline int Clamp(int x) { return x < 0 ? 0 : (x > 255 ? 255 : x); }
+[[maybe_unused]] void P010ScalarRow(const YuvRow& row, uint8_t* dst, int n) { p010::Row(row, dst, 0, n); }
 
-void P010Row(const YuvRow& row, uint8_t* dst, int n) {
-  for (int x = 0; x < n; ++x) {
-    const int y = Word(row.y + 2 * x) - 64;
-    const int u = Word(row.u + 4 * (x >> 1)) - 512;
-    const int v = Word(row.v + 4 * (x >> 1)) - 512;
-    const int l = 1192 * y + 2048;
-    uint8_t* p = dst + 4 * x;
-    p[0] = static_cast<uint8_t>(Clamp((l + 1719 * v) >> 12));
-    p[1] = static_cast<uint8_t>(Clamp((l - 192 * u - 666 * v) >> 12));
-    p[2] = static_cast<uint8_t>(Clamp((l + 2193 * u) >> 12));
-    p[3] = 255;
-  }
-}
+}  // namespace
+}  // namespace csc
+
+KELO_VEC_EXPORT(P010RowVec);
+
+namespace csc {
+namespace {
+
+YuvToRgbRowFn P010RowFor() { return &KELO_VEC_CALL(P010RowVec, P010ScalarRow); }
 
 }  // namespace
 }  // namespace csc
@@ -229,5 +318,7 @@ KELO_EXPORT void kimgp_csc_p010le_to_rgba8888(KELO_CSC_PARAMS) {
         const uint8_t* c = sp[1] + intptr_t(crow) * ss[1];
         return YuvRow{sp[0] + intptr_t(r) * ss[0], c, c + 2};
       },
-      dp[0], ds[0], YuvToRgbRows{P010Row, nullptr});
+      dp[0], ds[0], YuvToRgbRows{P010RowFor(), nullptr});
 }
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE

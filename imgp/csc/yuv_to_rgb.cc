@@ -22,27 +22,34 @@ using namespace csc;  // NOLINT: layout traits and matrices
 
 #if HWY_TARGET != HWY_SCALAR
 
+using DU32 = hn::Repartition<uint32_t, D8>;
+using DI32 = hn::Repartition<int32_t, D8>;
+
 // Lanes are widened and narrowed within 128-bit blocks, which costs no
-// cross-block shuffles: WidenLo/WidenHi take the lower and upper eight bytes
-// of every block, NarrowBlocks packs them back in the same places (so the
-// byte order is restored). Chroma of pixel pairs is kept as one 16-bit value
-// per pair, in order; DupLo/DupHi repeat each value twice within the blocks,
-// which lines it up with WidenLo/WidenHi of the luma on every vector width.
-HWY_INLINE VI WidenLo(V8 v) {
+// cross-block shuffles: the Lo/Hi forms take the lower and upper eight bytes
+// of every block, NarrowBlocks packs them back in the same places (so the byte
+// order is restored). The High forms put the byte in the upper half of the
+// lane (value << 8). Chroma of pixel pairs is kept as one 16-bit value per
+// pair, in order; DupLo/DupHi repeat each value twice within the blocks, which
+// lines it up with the Lo/Hi luma on every vector width.
+HWY_INLINE VU WidenLo(V8 v) {
   const D8 d8;
-  const DI di;
-  return hn::BitCast(di, hn::InterleaveLower(d8, v, hn::Zero(d8)));
+  return hn::BitCast(DU(), hn::InterleaveLower(d8, v, hn::Zero(d8)));
 }
-HWY_INLINE VI WidenHi(V8 v) {
+HWY_INLINE VU WidenHi(V8 v) {
   const D8 d8;
-  const DI di;
-  return hn::BitCast(di, hn::InterleaveUpper(d8, v, hn::Zero(d8)));
+  return hn::BitCast(DU(), hn::InterleaveUpper(d8, v, hn::Zero(d8)));
+}
+HWY_INLINE VU HighLo(V8 v) {
+  const D8 d8;
+  return hn::BitCast(DU(), hn::InterleaveLower(d8, hn::Zero(d8), v));
+}
+HWY_INLINE VU HighHi(V8 v) {
+  const D8 d8;
+  return hn::BitCast(DU(), hn::InterleaveUpper(d8, hn::Zero(d8), v));
 }
 HWY_INLINE VI DupLo(VI v) { return hn::InterleaveLower(v, v); }
-HWY_INLINE VI DupHi(VI v) {
-  const DI di;
-  return hn::InterleaveUpper(di, v, v);
-}
+HWY_INLINE VI DupHi(VI v) { return hn::InterleaveUpper(DI(), v, v); }
 HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
 #if HWY_TARGET == HWY_AVX2
   return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
@@ -51,62 +58,75 @@ HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
 #elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
   return V8{_mm_packus_epi16(lo.raw, hi.raw)};
 #else  // one block per vector: whole-vector order is block order
-  const D8 d8;
-  const DH8 dh;
-  return hn::Combine(d8, hn::DemoteTo(dh, hi), hn::DemoteTo(dh, lo));
+  return NarrowToBytes(lo, hi);
 #endif
 }
 
-// Pairs of bytes a0 b0 a1 b1 ... as 16-bit a and b values, in order.
-HWY_INLINE void SplitPairs(V8 ab, VI* a, VI* b) {
-  const DI di;
-  const DU d16;
-  const auto w = hn::BitCast(d16, ab);
-  *a = hn::BitCast(di, hn::And(w, hn::Set(d16, 0x00FF)));
-  *b = hn::BitCast(di, hn::ShiftRight<8>(w));
-}
-
-// Y of pixels [x, x + Lanes) and the U and V of their pixel pairs (Lanes / 2
-// values each, in order). Sources with chroma per pixel use LoadYuv444.
-template <class Src>
-HWY_INLINE void LoadYuv(const YuvRow& row, size_t x, V8* y, VI* u, VI* v) {
-  const D8 d8;
-  const DH8 dh;
-  const DI di;
-  const size_t L = hn::Lanes(d8);
-  if constexpr (Src::kFamily == YuvFamily::kPlanar) {
-    *y = hn::LoadU(d8, row.y + x);
-    *u = hn::PromoteTo(di, hn::LoadU(dh, row.u + x / 2));
-    *v = hn::PromoteTo(di, hn::LoadU(dh, row.v + x / 2));
-  } else if constexpr (Src::kFamily == YuvFamily::kSemi) {
-    *y = hn::LoadU(d8, row.y + x);
-    VI first, second;
-    SplitPairs(hn::LoadU(d8, (Src::kUFirstV ? row.u : row.v) + x), &first, &second);
-    *u = Src::kUFirstV ? first : second;
-    *v = Src::kUFirstV ? second : first;
-  } else {
-    const uint8_t* base = Src::kUyvyV ? row.u : row.y;
-    const V8 v0 = hn::LoadU(d8, base + 2 * x);
-    const V8 v1 = hn::LoadU(d8, base + 2 * x + L);
-    if constexpr (Src::kUyvyV) {
-      *y = hn::ConcatOdd(d8, v1, v0);
-      SplitPairs(hn::ConcatEven(d8, v1, v0), u, v);
-    } else {
-      *y = hn::ConcatEven(d8, v1, v0);
-      SplitPairs(hn::ConcatOdd(d8, v1, v0), u, v);
-    }
+// Four-byte pixels are interleaved within blocks as well (StoreQuads): output
+// vector j, block b receives bytes 4j .. 4j + 3 of block b of each channel.
+// With B > 1 blocks per vector that is memory order only if those bytes hold
+// pixels 4 (j B + b) .. 4 (j B + b) + 3, so the sources of such rows are
+// permuted as they are loaded: units of four pixels (32 bits of luma or of
+// pair chroma in 16-bit lanes) move from unit j B + b to unit 4 b + j. Packed
+// 4:2:2 sources hold four pixels in 64 bits and each of their two source
+// vectors fills half of every block, so there unit t B + b moves to 2 b + t.
+template <bool kUnits64>
+class QuadOrder {
+ public:
+  QuadOrder() : blocks_(hn::Lanes(D8()) / 16), idx_(Make(blocks_)) {}
+  template <class V>
+  HWY_INLINE V operator()(V v) const {
+    if (blocks_ <= 1) return v;
+    const hn::DFromV<V> d;
+    return hn::BitCast(d, hn::TableLookupLanes(hn::BitCast(DU32(), v), idx_));
   }
+
+ private:
+  using Idx = decltype(hn::IndicesFromVec(DU32(), hn::Zero(DI32())));
+  static Idx Make(size_t blocks) {
+    const DI32 d;
+    const auto k = hn::Iota(d, 0);
+    const auto nb = hn::Set(d, static_cast<int32_t>(blocks));
+    hn::Vec<DI32> idx;
+    if (kUnits64) {  // 32-bit lane k: half k & 1 of unit q = k >> 1
+      const auto q = hn::ShiftRight<1>(k);
+      const auto unit = hn::Add(hn::Mul(hn::And(q, hn::Set(d, 1)), nb), hn::ShiftRight<1>(q));
+      idx = hn::Add(hn::Add(unit, unit), hn::And(k, hn::Set(d, 1)));
+    } else {
+      idx = hn::Add(hn::Mul(hn::And(k, hn::Set(d, 3)), nb), hn::ShiftRight<2>(k));
+    }
+    return hn::IndicesFromVec(DU32(), idx);
+  }
+  size_t blocks_;
+  Idx idx_;
+};
+
+// Pixels of four byte channels (the slots of a pixel in memory order), the
+// channels in QuadOrder.
+HWY_INLINE void StoreQuads(V8 s0, V8 s1, V8 s2, V8 s3, uint8_t* out) {
+  const D8 d8;
+  const DU du;
+  const size_t L = hn::Lanes(d8);
+  const VU a_lo = hn::BitCast(du, hn::InterleaveLower(d8, s0, s1));
+  const VU a_hi = hn::BitCast(du, hn::InterleaveUpper(d8, s0, s1));
+  const VU b_lo = hn::BitCast(du, hn::InterleaveLower(d8, s2, s3));
+  const VU b_hi = hn::BitCast(du, hn::InterleaveUpper(d8, s2, s3));
+  hn::StoreU(hn::BitCast(d8, hn::InterleaveLower(du, a_lo, b_lo)), d8, out);
+  hn::StoreU(hn::BitCast(d8, hn::InterleaveUpper(du, a_lo, b_lo)), d8, out + L);
+  hn::StoreU(hn::BitCast(d8, hn::InterleaveLower(du, a_hi, b_hi)), d8, out + 2 * L);
+  hn::StoreU(hn::BitCast(d8, hn::InterleaveUpper(du, a_hi, b_hi)), d8, out + 3 * L);
 }
 
 // A coefficient the compiler may not see, so that a product stays one
 // multiply instead of a chain of shifts and adds. The asm has no side
 // effects, so the broadcast is still hoisted out of the loops.
-HWY_INLINE VI Coef(int k) {
-  const DI di;
-  int16_t c = static_cast<int16_t>(k);
+template <class D>
+HWY_INLINE hn::Vec<D> Coef(D d, int k) {
+  hn::TFromD<D> c = static_cast<hn::TFromD<D>>(k);
   asm("" : "+r"(c));
-  return hn::Set(di, c);
+  return hn::Set(d, c);
 }
+HWY_INLINE VI Coef(int k) { return Coef(DI(), k); }
 
 // q * x for the small whole multiples of 256 that the coefficient split
 // leaves.
@@ -120,8 +140,90 @@ HWY_INLINE VI Times(VI x) {
   if constexpr (Q != 0 && Q != 1 && Q != -1 && Q != 2) return hn::Mul(x, hn::Set(di, Q));
 }
 
-// What the chroma of a pixel contributes to R, G and B, computed once per
-// chroma sample vector and applied to every row that shares it.
+// The arithmetic of a matrix in 16-bit lanes: Luma from the luma bytes (in
+// the upper byte of the lanes), Chroma terms from U and V << 8 (per pixel or
+// per pixel pair), and Channels: R, G, B of a pixel from both, ready to be
+// saturated to bytes.
+template <YuvMatrix M>
+struct LimitedOf {
+  using type = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
+};
+template <YuvMatrix M>
+constexpr bool UsesSat16() {
+  if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
+    return Sat16<typename LimitedOf<M>::type>::kFits;
+  } else {
+    return false;
+  }
+}
+
+template <YuvMatrix M, bool kSat16 = UsesSat16<M>()>
+struct Arith;
+
+// Matrices that fit one saturating sum per channel (Sat16).
+template <YuvMatrix M>
+struct Arith<M, true> {
+  using S = Sat16<typename LimitedOf<M>::type>;
+  struct Luma {
+    VI ys, yb;  // h Y - kK and its half
+  };
+  struct Chroma {
+    VI r, g, b;
+  };
+
+  static HWY_INLINE Luma FromY(VU yh) {
+    const DU du;
+    const VI ys = hn::BitCast(DI(), hn::Sub(hn::MulHigh(yh, hn::Set(du, S::kH * 256)),
+                                            hn::Set(du, S::kK)));
+    return {ys, hn::ShiftRight<1>(ys)};
+  }
+  static HWY_INLINE Chroma FromUV(VU u, VU vh) {
+    const DU du;
+    const DI di;
+    Chroma c;
+    c.r = hn::Add(hn::BitCast(di, hn::MulHigh(vh, hn::Set(du, S::kRvMul))),
+                  hn::Set(di, S::kR0));
+    c.g = hn::Add(GreenProducts(u, vh), hn::Set(di, S::kG0));
+    c.b = hn::Add(hn::BitCast(di, hn::Mul(u, Coef(du, S::kBuQ))), hn::Set(di, S::kB0));
+    return c;
+  }
+  // -kGuQ U - kGvQ V. x86 multiplies the U, V byte pairs of a lane by signed
+  // bytes and adds the two products in one instruction.
+  static HWY_INLINE VI GreenProducts(VU u, VU vh) {
+    static_assert(S::kGuQ <= 128 && S::kGvQ <= 128 && 255 * (S::kGuQ + S::kGvQ) <= 32768,
+                  "byte-pair products");
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
+    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    const DU du;
+    const VU uv = hn::Or(u, vh);
+    const VU k = hn::Set(du, static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8));
+#if HWY_TARGET == HWY_AVX2
+    return VI{_mm256_maddubs_epi16(uv.raw, k.raw)};
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return VI{_mm512_maddubs_epi16(uv.raw, k.raw)};
+#else
+    return VI{_mm_maddubs_epi16(uv.raw, k.raw)};
+#endif
+#else
+    const DU du;
+    return hn::BitCast(DI(), hn::Sub(hn::Neg(hn::BitCast(DI(), hn::Mul(u, Coef(du, S::kGuQ)))),
+                                     hn::BitCast(DI(), hn::MulHigh(vh, hn::Set(du, S::kGvQ * 256)))));
+#endif
+  }
+  static HWY_INLINE void Channels(const Luma& y, const Chroma& c, VI* r, VI* g, VI* b) {
+    *r = hn::ShiftRight<7>(hn::SaturatedAdd(y.ys, c.r));
+    *g = hn::ShiftRight<6>(hn::SaturatedAdd(y.yb, c.g));
+    *b = hn::ShiftRight<6>(hn::SaturatedAdd(y.yb, c.b));
+  }
+  static HWY_INLINE Chroma DupLo(const Chroma& c) {
+    return {HWY_NAMESPACE::DupLo(c.r), HWY_NAMESPACE::DupLo(c.g), HWY_NAMESPACE::DupLo(c.b)};
+  }
+  static HWY_INLINE Chroma DupHi(const Chroma& c) {
+    return {HWY_NAMESPACE::DupHi(c.r), HWY_NAMESPACE::DupHi(c.g), HWY_NAMESPACE::DupHi(c.b)};
+  }
+};
+
+// Other matrices.
 //
 // Scaled matrices in 16-bit lanes: each coefficient k = 256 q + res, so
 // (sum k x + 128) >> 8 == sum q x + ((sum res x + 128) >> 8) exactly, and the
@@ -129,74 +231,76 @@ HWY_INLINE VI Times(VI x) {
 // parts, `t*` the chroma part of the inner sums with the rounding term.
 // Full-range matrices shift every product on its own, so the chroma part is
 // final and only `q*` are used.
-struct Terms {
-  VI qr, qg, qb, tr, tg, tb;
+template <YuvMatrix M>
+struct Arith<M, false> {
+  struct Luma {
+    VI y;
+  };
+  struct Chroma {
+    VI qr, qg, qb, tr, tg, tb;
+  };
+
+  static HWY_INLINE Luma FromY(VU yh) { return {hn::BitCast(DI(), hn::ShiftRight<8>(yh))}; }
+  static HWY_INLINE Chroma FromUV(VU uu, VU vh) {
+    const DI di;
+    const VI d = hn::Sub(hn::BitCast(di, uu), hn::Set(di, 128));
+    const VI e = hn::Sub(hn::BitCast(di, hn::ShiftRight<8>(vh)), hn::Set(di, 128));
+    Chroma t;
+    if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
+      using Mx = typename LimitedOf<M>::type;
+      const VI half = hn::Set(di, 128);
+      t.qr = Times<SplitQ(Mx::kRv)>(e);
+      t.qg = hn::Add(Times<SplitQ(Mx::kGu)>(d), Times<SplitQ(Mx::kGv)>(e));
+      t.qb = Times<SplitQ(Mx::kBu)>(d);
+      t.tr = hn::Add(hn::Mul(e, Coef(SplitRes(Mx::kRv))), half);
+      t.tg = hn::Add(hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kGu))),
+                             hn::Mul(e, Coef(SplitRes(Mx::kGv)))),
+                     half);
+      t.tb = hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kBu))), half);
+    } else {
+      using Mx = std::conditional_t<M == YuvMatrix::kBt601Full, Bt601Full, Bt709Full>;
+      t.qr = hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kRv)));
+      t.qg = hn::Add(hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kGu))),
+                     hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kGv))));
+      t.qb = hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kBu)));
+    }
+    return t;
+  }
+  static HWY_INLINE void Channels(const Luma& y, const Chroma& t, VI* r, VI* g, VI* b) {
+    const DI di;
+    if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
+      using Mx = typename LimitedOf<M>::type;
+      const VI c = hn::Sub(y.y, hn::Set(di, Mx::kYOffset));
+      const VI base = hn::Mul(c, Coef(SplitRes(Mx::kCy)));
+      const VI qc = Times<SplitQ(Mx::kCy)>(c);
+      *r = hn::Add(hn::Add(qc, t.qr), hn::ShiftRight<8>(hn::Add(base, t.tr)));
+      *g = hn::Add(hn::Add(qc, t.qg), hn::ShiftRight<8>(hn::Add(base, t.tg)));
+      *b = hn::Add(hn::Add(qc, t.qb), hn::ShiftRight<8>(hn::Add(base, t.tb)));
+    } else {
+      *r = hn::Add(y.y, t.qr);
+      *g = hn::Add(y.y, t.qg);
+      *b = hn::Add(y.y, t.qb);
+    }
+  }
+  static HWY_INLINE Chroma DupLo(const Chroma& c) {
+    using HWY_NAMESPACE::DupLo;
+    return {DupLo(c.qr), DupLo(c.qg), DupLo(c.qb), DupLo(c.tr), DupLo(c.tg), DupLo(c.tb)};
+  }
+  static HWY_INLINE Chroma DupHi(const Chroma& c) {
+    using HWY_NAMESPACE::DupHi;
+    return {DupHi(c.qr), DupHi(c.qg), DupHi(c.qb), DupHi(c.tr), DupHi(c.tg), DupHi(c.tb)};
+  }
 };
 
+// Lanes luma bytes through the chroma terms of their block halves, saturated
+// to byte channels in the luma's order.
 template <YuvMatrix M>
-HWY_INLINE Terms MakeTerms(VI u, VI v) {
-  const DI di;
-  const VI d = hn::Sub(u, hn::Set(di, 128));
-  const VI e = hn::Sub(v, hn::Set(di, 128));
-  Terms t;
-  if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
-    using Mx = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
-    const VI half = hn::Set(di, 128);
-    t.qr = Times<SplitQ(Mx::kRv)>(e);
-    t.qg = hn::Add(Times<SplitQ(Mx::kGu)>(d), Times<SplitQ(Mx::kGv)>(e));
-    t.qb = Times<SplitQ(Mx::kBu)>(d);
-    t.tr = hn::Add(hn::Mul(e, Coef(SplitRes(Mx::kRv))), half);
-    t.tg = hn::Add(hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kGu))),
-                           hn::Mul(e, Coef(SplitRes(Mx::kGv)))),
-                   half);
-    t.tb = hn::Add(hn::Mul(d, Coef(SplitRes(Mx::kBu))), half);
-  } else {
-    using Mx = std::conditional_t<M == YuvMatrix::kBt601Full, Bt601Full, Bt709Full>;
-    t.qr = hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kRv)));
-    t.qg = hn::Add(hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kGu))),
-                   hn::ShiftRight<7>(hn::Mul(e, Coef(Mx::kGv))));
-    t.qb = hn::ShiftRight<7>(hn::Mul(d, Coef(Mx::kBu)));
-  }
-  return t;
-}
-
-template <YuvMatrix M>
-HWY_INLINE void Apply(const Terms& t, VI y, VI* r, VI* g, VI* b) {
-  const DI di;
-  if constexpr (M == YuvMatrix::kBt601Limited || M == YuvMatrix::kBt709Limited) {
-    using Mx = std::conditional_t<M == YuvMatrix::kBt601Limited, Bt601Limited, Bt709Limited>;
-    const VI c = hn::Sub(y, hn::Set(di, Mx::kYOffset));
-    const VI base = hn::Mul(c, Coef(SplitRes(Mx::kCy)));
-    const VI qc = Times<SplitQ(Mx::kCy)>(c);
-    *r = hn::Add(hn::Add(qc, t.qr), hn::ShiftRight<8>(hn::Add(base, t.tr)));
-    *g = hn::Add(hn::Add(qc, t.qg), hn::ShiftRight<8>(hn::Add(base, t.tg)));
-    *b = hn::Add(hn::Add(qc, t.qb), hn::ShiftRight<8>(hn::Add(base, t.tb)));
-  } else {
-    *r = hn::Add(y, t.qr);
-    *g = hn::Add(y, t.qg);
-    *b = hn::Add(y, t.qb);
-  }
-}
-
-// Terms for the two block halves of Lanes pixels: from pair chroma (Lanes /
-// 2 values in order) or from per-pixel chroma bytes.
-template <YuvMatrix M>
-HWY_INLINE void PairTerms(VI u, VI v, Terms* lo, Terms* hi) {
-  *lo = MakeTerms<M>(DupLo(u), DupLo(v));
-  *hi = MakeTerms<M>(DupHi(u), DupHi(v));
-}
-template <YuvMatrix M>
-HWY_INLINE void PixelTerms(V8 u, V8 v, Terms* lo, Terms* hi) {
-  *lo = MakeTerms<M>(WidenLo(u), WidenLo(v));
-  *hi = MakeTerms<M>(WidenHi(u), WidenHi(v));
-}
-
-// One block of luma through the terms, saturated to bytes.
-template <YuvMatrix M>
-HWY_INLINE void ToRgb(const Terms& lo, const Terms& hi, V8 y, V8* r, V8* g, V8* b) {
+HWY_INLINE void ToRgb(const typename Arith<M>::Chroma& lo, const typename Arith<M>::Chroma& hi,
+                      V8 y, V8* r, V8* g, V8* b) {
+  using A = Arith<M>;
   VI rl, gl, bl, rh, gh, bh;
-  Apply<M>(lo, WidenLo(y), &rl, &gl, &bl);
-  Apply<M>(hi, WidenHi(y), &rh, &gh, &bh);
+  A::Channels(A::FromY(HighLo(y)), lo, &rl, &gl, &bl);
+  A::Channels(A::FromY(HighHi(y)), hi, &rh, &gh, &bh);
   *r = NarrowBlocks(rl, rh);
   *g = NarrowBlocks(gl, gh);
   *b = NarrowBlocks(bl, bh);
@@ -211,13 +315,17 @@ HWY_INLINE V8 Slot(V8 r, V8 g, V8 b, V8 a) {
   if constexpr (kSlot != Dst::kRi && kSlot != Dst::kGi && kSlot != Dst::kBi) return a;
 }
 
+// Whether the rows of Dst take their sources in QuadOrder.
+template <class Dst>
+constexpr bool kQuads = Dst::kBytes == 4;
+
 template <class Dst>
 HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
   const D8 d8;
   if constexpr (Dst::kBytes == 4) {
     const V8 a = hn::Set(d8, 255);
-    hn::StoreInterleaved4(Slot<0, Dst>(r, g, b, a), Slot<1, Dst>(r, g, b, a),
-                          Slot<2, Dst>(r, g, b, a), Slot<3, Dst>(r, g, b, a), d8, out);
+    StoreQuads(Slot<0, Dst>(r, g, b, a), Slot<1, Dst>(r, g, b, a), Slot<2, Dst>(r, g, b, a),
+               Slot<3, Dst>(r, g, b, a), out);
   } else if constexpr (Dst::kBytes == 3) {
     hn::StoreInterleaved3(Slot<0, Dst>(r, g, b, r), Slot<1, Dst>(r, g, b, r),
                           Slot<2, Dst>(r, g, b, r), d8, out);
@@ -226,23 +334,195 @@ HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
   }
 }
 
+// U and V << 8 of the Lanes / 2 pixel pairs from pixel x on, in pair order
+// (permuted by `order` when kQuad).
+template <class Src, bool kQuad>
+HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<false>& order, VU* u,
+                               VU* vh) {
+  const D8 d8;
+  const DU du;
+  if constexpr (Src::kFamily == YuvFamily::kPlanar) {
+    const DH8 dh;
+    VU uw = hn::PromoteTo(du, hn::LoadU(dh, row.u + x / 2));
+    VU vw = hn::PromoteTo(du, hn::LoadU(dh, row.v + x / 2));
+    if (kQuad) {
+      uw = order(uw);
+      vw = order(vw);
+    }
+    *u = uw;
+    *vh = hn::ShiftLeft<8>(vw);
+  } else {
+    V8 c = hn::LoadU(d8, (Src::kUFirstV ? row.u : row.v) + x);
+    if (kQuad) c = order(c);
+    const VU w = hn::BitCast(du, c);
+    if constexpr (Src::kUFirstV) {
+      *u = hn::And(w, hn::Set(du, 0x00FF));
+      *vh = hn::And(w, hn::Set(du, 0xFF00));
+    } else {
+      *u = hn::ShiftRight<8>(w);
+      *vh = hn::ShiftLeft<8>(w);
+    }
+  }
+}
+
+// Chroma terms for the two block halves of Lanes pixels from x on (sources
+// with one chroma sample per pixel pair).
+template <class Src, YuvMatrix M, bool kQuad>
+HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& order,
+                          typename Arith<M>::Chroma* lo, typename Arith<M>::Chroma* hi) {
+  using A = Arith<M>;
+  VU u, vh;
+  LoadPairChroma<Src, kQuad>(row, x, order, &u, &vh);
+  const typename A::Chroma c = A::FromUV(u, vh);
+  *lo = A::DupLo(c);
+  *hi = A::DupHi(c);
+}
+
+// Block-wise sums of adjacent 16-bit lanes: block k holds the four sums of
+// block k of a, then those of block k of b.
+#if HWY_TARGET == HWY_AVX2
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm256_hadd_epi16(a.raw, b.raw)}; }
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm_hadd_epi16(a.raw, b.raw)}; }
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KELO_HAVE_PAIR_SUMS 0
+#else  // one block per vector
+#define KELO_HAVE_PAIR_SUMS 1
+HWY_INLINE VI PairSums(VI a, VI b) {
+  const DI di;
+  return hn::Add(hn::ConcatEven(di, b, a), hn::ConcatOdd(di, b, a));
+}
+#endif
+
+// Packed 4:2:2: the channels of two source vectors of Lanes / 2 pixels each,
+// in their order. In 16-bit lanes a pixel holds its luma and one chroma
+// sample, U for the first of a pair and V for the second; the chroma terms are
+// made per pair and then copied to both pixels of the pair.
+template <class Src, YuvMatrix M>
+struct PackedTerms {
+  using A = Arith<M>;
+  using S = typename A::S;
+  PackedTerms()
+      : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
+        rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0))),
+        g_mul(hn::OddEven(hn::Set(DU(), S::kGvQ * 256), hn::Set(DU(), S::kGuQ * 256))),
+        dup_even(hn::LoadDup128(D8(), kDupEven)),
+        dup_odd(hn::LoadDup128(D8(), kDupOdd)) {}
+
+  // Luma (value << 8) and chroma (value << 8) lanes of a source vector.
+  static HWY_INLINE void Split(V8 raw, VU* yh, VU* ch) {
+    const DU du;
+    const VU w = hn::BitCast(du, raw);
+    *yh = Src::kUyvyV ? hn::And(w, hn::Set(du, 0xFF00)) : hn::ShiftLeft<8>(w);
+    *ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
+  }
+  // The R and B terms of each pixel.
+  HWY_INLINE void RedBlue(VU ch, typename A::Chroma* c) const {
+    const DI di;
+    // Even lanes: the B term of the pair, odd lanes: its R term.
+    const V8 rb = hn::BitCast(D8(), hn::Add(hn::BitCast(di, hn::MulHigh(ch, rb_mul)), rb_add));
+    c->r = hn::BitCast(di, hn::TableLookupBytes(rb, dup_odd));
+    c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
+  }
+
+  HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
+    const DI di;
+    VU yh_a, c_a, yh_b, c_b;
+    Split(a, &yh_a, &c_a);
+    Split(b, &yh_b, &c_b);
+    typename A::Chroma ta, tb;
+    // Even lanes: kGuQ U, odd lanes: kGvQ V; the G term is kG0 less their sum.
+    const VI gx_a = hn::BitCast(di, hn::MulHigh(c_a, g_mul));
+    const VI gx_b = hn::BitCast(di, hn::MulHigh(c_b, g_mul));
+#if KELO_HAVE_PAIR_SUMS
+    const VI g = hn::Sub(hn::Set(di, S::kG0), PairSums(gx_a, gx_b));
+    ta.g = DupLo(g);
+    tb.g = DupHi(g);
+#else
+    const D8 d8;
+    const V8 swap = hn::LoadDup128(d8, kSwap);
+    const VI sw_a = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_a), swap));
+    const VI sw_b = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_b), swap));
+    ta.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_a, sw_a));
+    tb.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_b, sw_b));
+#endif
+    RedBlue(c_a, &ta);
+    A::Channels(A::FromY(yh_a), ta, &ch_a[0], &ch_a[1], &ch_a[2]);
+    RedBlue(c_b, &tb);
+    A::Channels(A::FromY(yh_b), tb, &ch_b[0], &ch_b[1], &ch_b[2]);
+  }
+
+  static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+  static constexpr uint8_t kDupOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+  static constexpr uint8_t kSwap[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+  VU rb_mul;
+  VI rb_add;
+  VU g_mul;
+  V8 dup_even, dup_odd;
+};
+
 template <class Src, class Dst, YuvMatrix M>
-void RowVec(const YuvRow& row, uint8_t* dst, int n) {
+void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
   const D8 d8;
   const size_t L = hn::Lanes(d8);
+  const QuadOrder<true> order;
+  const PackedTerms<Src, M> terms;
+  const uint8_t* base = Src::kUyvyV ? row.u : row.y;
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y, r, g, b;
-    Terms lo, hi;
-    if constexpr (Src::kPairs) {
-      VI u, v;
-      LoadYuv<Src>(row, x, &y, &u, &v);
-      PairTerms<M>(u, v, &lo, &hi);
-    } else {
-      y = hn::LoadU(d8, row.y + x);
-      PixelTerms<M>(hn::LoadU(d8, row.u + x), hn::LoadU(d8, row.v + x), &lo, &hi);
+    V8 a = hn::LoadU(d8, base + 2 * x);
+    V8 b = hn::LoadU(d8, base + 2 * x + L);
+    if (kQuads<Dst>) {
+      a = order(a);
+      b = order(b);
     }
-    ToRgb<M>(lo, hi, y, &r, &g, &b);
+    VI ca[3], cb[3];
+    terms.Channels(a, b, ca, cb);
+    if constexpr (kQuads<Dst>) {
+      StoreRgb<Dst>(NarrowBlocks(ca[0], cb[0]), NarrowBlocks(ca[1], cb[1]),
+                    NarrowBlocks(ca[2], cb[2]), dst + x * Dst::kBytes);
+    } else {
+      StoreRgb<Dst>(NarrowToBytes(ca[0], cb[0]), NarrowToBytes(ca[1], cb[1]),
+                    NarrowToBytes(ca[2], cb[2]), dst + x * Dst::kBytes);
+    }
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
+  const YuvRow row = row_in;  // a local copy: the stores cannot alias it
+  const D8 d8;
+  const size_t L = hn::Lanes(d8);
+  const QuadOrder<false> order;
+  constexpr bool kQuad = kQuads<Dst>;
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    V8 y = hn::LoadU(d8, row.y + x);
+    if (kQuad) y = order(y);
+    V8 r, g, b;
+    if constexpr (Src::kPairs) {
+      typename Arith<M>::Chroma lo, hi;
+      LoadTerms<Src, M, kQuad>(row, x, order, &lo, &hi);
+      ToRgb<M>(lo, hi, y, &r, &g, &b);
+    } else {
+      // Chroma per pixel: each block half through its own terms.
+      using A = Arith<M>;
+      V8 u = hn::LoadU(d8, row.u + x);
+      V8 v = hn::LoadU(d8, row.v + x);
+      if (kQuad) {
+        u = order(u);
+        v = order(v);
+      }
+      VI rl, gl, bl, rh, gh, bh;
+      A::Channels(A::FromY(HighLo(y)), A::FromUV(WidenLo(u), HighLo(v)), &rl, &gl, &bl);
+      A::Channels(A::FromY(HighHi(y)), A::FromUV(WidenHi(u), HighHi(v)), &rh, &gh, &bh);
+      r = NarrowBlocks(rl, rh);
+      g = NarrowBlocks(gl, gh);
+      b = NarrowBlocks(bl, bh);
+    }
     StoreRgb<Dst>(r, g, b, dst + x * Dst::kBytes);
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
@@ -251,20 +531,25 @@ void RowVec(const YuvRow& row, uint8_t* dst, int n) {
 // Two rows sharing one chroma row (4:2:0 layouts): the chroma is loaded and
 // turned into terms once per block.
 template <class Src, class Dst, YuvMatrix M>
-void Row2Vec(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst1, int n) {
+void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_t* dst1,
+             int n) {
+  const YuvRow row0 = row0_in, row1 = row1_in;
   const D8 d8;
   const size_t L = hn::Lanes(d8);
+  const QuadOrder<false> order;
+  constexpr bool kQuad = kQuads<Dst>;
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y0, r, g, b;
-    VI u, v;
-    LoadYuv<Src>(row0, x, &y0, &u, &v);
-    const V8 y1 = hn::LoadU(d8, row1.y + x);
-    Terms lo, hi;
-    PairTerms<M>(u, v, &lo, &hi);
-    ToRgb<M>(lo, hi, y0, &r, &g, &b);
+    typename Arith<M>::Chroma lo, hi;
+    LoadTerms<Src, M, kQuad>(row0, x, order, &lo, &hi);
+    V8 y = hn::LoadU(d8, row0.y + x);
+    if (kQuad) y = order(y);
+    V8 r, g, b;
+    ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
-    ToRgb<M>(lo, hi, y1, &r, &g, &b);
+    y = hn::LoadU(d8, row1.y + x);
+    if (kQuad) y = order(y);
+    ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst1 + x * Dst::kBytes);
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(x), n);
@@ -273,7 +558,10 @@ void Row2Vec(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst
 
 template <class Src, class Dst, YuvMatrix M>
 constexpr YuvToRgbRows VecRows() {
-  if constexpr (Src::kVertHalf && Src::kFamily != YuvFamily::kPacked) {
+  if constexpr (Src::kFamily == YuvFamily::kPacked) {
+    static_assert(UsesSat16<M>(), "packed rows use the 16-bit sums");
+    return {&PackedRowVec<Src, Dst, M>, nullptr};
+  } else if constexpr (Src::kVertHalf) {
     return {&RowVec<Src, Dst, M>, &Row2Vec<Src, Dst, M>};
   } else {
     return {&RowVec<Src, Dst, M>, nullptr};

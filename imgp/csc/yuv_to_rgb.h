@@ -22,6 +22,41 @@ inline void YuvToRgbPixel(int y, int u, int v, int* r, int* g, int* b) {
   if (M == YuvMatrix::kBt709Full) FullYuvToRgb<Bt709Full>(y, u, v, r, g, b);
 }
 
+// A limited-range matrix as one saturating 16-bit sum per channel, for the
+// vector rows. With h = kCy / 2, a luma bias kK and P the chroma and constant
+// part of a channel's sum (sum = kCy Y + P, result = clamp(sum >> 8)):
+//   R:    floor(sum / 2) = Ys + Tr,         Ys = h Y - kK, Tr = floor(P / 2) + kK
+//   G, B: floor(sum / 4) = (Ys >> 1) + T,   T = P / 4 + kK / 2
+// (exact because 2 divides kCy, 4 divides the G and B chroma coefficients and
+// the constant, and kK is even). Then R = clamp((Ys + Tr) >> 7) and G, B =
+// clamp(((Ys >> 1) + T) >> 6). Every term fits int16, and where the true sum
+// does not, a saturated sum still clamps the same way. In terms of the
+// unsigned samples U and V:
+//   Tr = floor(kRv V / 2) + kR0,  Tg = kG0 - kGuQ U - kGvQ V,  Tb = kBuQ U + kB0.
+template <class Mx>
+struct Sat16 {
+  static constexpr int kH = Mx::kCy / 2;
+  static constexpr int kK = 8192;
+  static constexpr int kC0 = 128 - Mx::kCy * Mx::kYOffset;
+  static constexpr int kR0 = (kC0 - 128 * Mx::kRv) / 2 + kK;
+  // floor(kRv V / 2) is the high half of (V << 8) kRvMul.
+  static constexpr int kRvMul = Mx::kRv * 128;
+  static constexpr int kGuQ = -Mx::kGu / 4, kGvQ = -Mx::kGv / 4, kBuQ = Mx::kBu / 4;
+  static constexpr int kG0 = (kC0 - 128 * (Mx::kGu + Mx::kGv)) / 4 + kK / 2;
+  static constexpr int kB0 = (kC0 - 128 * Mx::kBu) / 4 + kK / 2;
+
+  static constexpr bool In16(int lo, int hi) { return lo >= -32768 && hi <= 32767; }
+  static constexpr bool kFits =
+      Mx::kCy % 2 == 0 && kH * 256 <= 65535 && Mx::kRv > 0 && Mx::kRv * 128 <= 65535 &&
+      (kC0 - 128 * Mx::kRv) % 2 == 0 && Mx::kGu <= 0 && Mx::kGv <= 0 && Mx::kBu >= 0 &&
+      Mx::kGu % 4 == 0 && Mx::kGv % 4 == 0 && Mx::kBu % 4 == 0 &&
+      (kC0 - 128 * (Mx::kGu + Mx::kGv)) % 4 == 0 && (kC0 - 128 * Mx::kBu) % 4 == 0 &&
+      kGuQ * 256 <= 65535 && kGvQ * 256 <= 65535 && kBuQ * 256 <= 65535 &&
+      In16(-kK, 255 * kH - kK) && In16(kR0, kR0 + Mx::kRv * 255 / 2) &&
+      In16(kG0 - 255 * (kGuQ + kGvQ), kG0) && In16(kB0, kB0 + 255 * kBuQ);
+};
+static_assert(Sat16<Bt601Limited>::kFits, "BT.601 limited fits 16-bit sums");
+
 namespace scalar {
 
 // Pixels [x0, n) of one row.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "imgp/csc/layout_rows.h"
+#include "imgp/csc/yuv_to_rgb.h"
 #include "kimgp_csc.h"
 #include "tests/support/guarded.h"
 #include "tests/support/targets.h"
@@ -359,6 +360,48 @@ TEST(CscP010, BlackAndWhite) {
   ASSERT_EQ(Convert(src, dst), 0);
   const uint8_t* p = dst.buffer(0).data();
   EXPECT_EQ(std::vector<int>(p, p + 8), (std::vector<int>{0, 0, 0, 255, 255, 255, 255, 255}));
+}
+
+// The P010LE kernel against the pixel formula (10-bit words, BT.2020
+// limited range, 12 fractional bits) in the shared image walk, on every
+// target: random words (low six bits included), sizes, strides.
+void P010Reference(const csc::YuvRow& row, uint8_t* dst, int n) {
+  auto word = [](const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; };
+  auto clamp = [](int x) { return uint8_t(x < 0 ? 0 : (x > 255 ? 255 : x)); };
+  for (int x = 0; x < n; ++x) {
+    const int l = 1192 * (word(row.y + 2 * x) - 64) + 2048;
+    const int u = word(row.u + 4 * (x / 2)) - 512, v = word(row.v + 4 * (x / 2)) - 512;
+    const uint8_t px[4] = {clamp((l + 1719 * v) >> 12), clamp((l - 192 * u - 666 * v) >> 12),
+                           clamp((l + 2193 * u) >> 12), 255};
+    memcpy(dst + 4 * x, px, 4);
+  }
+}
+
+TEST(CscP010, MatchesFormulaOnEveryTarget) {
+  std::mt19937 rng = MakeRng(601);
+  const std::vector<Size2> sizes = TestSizes(rng, 8, 200, 9);
+  ForEachTarget([&](const std::string& target) {
+    for (const Size2& s : sizes) {
+      const int32_t min_pad = (s.w & 1) ? 8 : 0;  // odd widths write one pixel more
+      TestFrame src(KIMGP_CS_P010LE, s.w, s.h, min_pad + RandomPad(rng));
+      TestFrame got(KIMGP_CS_RGBA8888, s.w, s.h, min_pad + RandomPad(rng));
+      src.FillRandom(rng);
+      got.FillRandom(rng);
+      TestFrame want(got);
+      const kimgp_img& si = src.img;
+      csc::YuvToRgbWalk<true>(
+          si.width[0], si.height[0],
+          [&](int r, int crow) {
+            const uint8_t* c = si.plane[1] + intptr_t(crow) * si.stride[1];
+            return csc::YuvRow{si.plane[0] + intptr_t(r) * si.stride[0], c, c + 2};
+          },
+          want.img.plane[0], want.img.stride[0], csc::YuvToRgbRows{P010Reference, nullptr});
+      kimgp_csc_p010le_to_rgba8888(src.img.plane, src.img.width, src.img.height,
+                                   src.img.stride, got.img.stride, got.img.plane);
+      ASSERT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "")
+          << target << " " << s.w << "x" << s.h;
+    }
+  });
 }
 
 }  // namespace

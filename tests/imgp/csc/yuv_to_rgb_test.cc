@@ -91,6 +91,78 @@ TEST(YuvToRgbRows, VectorMatchesScalarOnEveryTarget) {
   });
 }
 
+// (Y, U, V) inputs through the vector rows of each matrix, on every target,
+// against the scalar row: one row of 256 pixels with Y = 0 .. 255 for each
+// (U, V) pair of `uvs`.
+void CheckInputs(const std::vector<std::pair<int, int>>& uvs) {
+  using csc::YuvRow;
+  struct Case {
+    csc::YuvToRgbRowId id;
+    bool packed;
+  };
+  const Case cases[] = {{csc::kRow_I444_Rgba8888_kBt601Limited, false},
+                        {csc::kRow_I420_Rgba8888_kBt601Limited, false},
+                        {csc::kRow_Yuyv_Rgba8888_kBt601Limited, true},
+                        {csc::kRow_I420_Rgba8888_kBt709Limited, false},
+                        {csc::kRow_I420_Rgba8888_kBt601Full, false},
+                        {csc::kRow_I420_Rgba8888_kBt709Full, false}};
+  constexpr int n = 256;
+  std::vector<csc::YuvToRgbRowFn> fns[std::size(cases)];
+  std::vector<std::string> names;
+  ForEachTarget([&](const std::string& target) {
+    names.push_back(target);
+    for (size_t c = 0; c < std::size(cases); ++c) {
+      fns[c].push_back(csc::YuvToRgbRowFor(cases[c].id).one);
+    }
+  });
+  std::vector<uint8_t> y(n), u(n), v(n), packed(2 * n), want(4 * n), got(4 * n);
+  for (int i = 0; i < n; ++i) y[i] = static_cast<uint8_t>(i);
+  for (const auto& [uu, vv] : uvs) {
+    memset(u.data(), uu, n);
+    memset(v.data(), vv, n);
+    for (int i = 0; i < n; i += 2) {
+      const uint8_t q[4] = {y[i], uint8_t(uu), y[i + 1], uint8_t(vv)};
+      memcpy(&packed[2 * i], q, 4);
+    }
+    for (size_t c = 0; c < std::size(cases); ++c) {
+      const YuvRow row = cases[c].packed
+                             ? YuvRow{packed.data(), packed.data() + 1, packed.data() + 3}
+                             : YuvRow{y.data(), u.data(), v.data()};
+      csc::ScalarYuvToRgbRowFor(cases[c].id).one(row, want.data(), n);
+      for (size_t t = 0; t < names.size(); ++t) {
+        fns[c][t](row, got.data(), n);
+        ASSERT_EQ(got, want) << names[t] << " case " << c << " u=" << uu << " v=" << vv;
+      }
+    }
+  }
+}
+
+// Every Y and U against the extreme and central V values and every Y and V
+// against those U values, and random pairs.
+TEST(YuvToRgbRows, InputsOnEveryTarget) {
+  const int edges[] = {0, 1, 2, 126, 127, 128, 129, 253, 254, 255};
+  std::vector<std::pair<int, int>> uvs;
+  for (int a = 0; a < 256; ++a) {
+    for (int e : edges) {
+      uvs.push_back({a, e});
+      uvs.push_back({e, a});
+    }
+  }
+  std::mt19937 rng = MakeRng(11);
+  for (int i = 0; i < 2000; ++i) uvs.push_back({int(rng() % 256), int(rng() % 256)});
+  CheckInputs(uvs);
+}
+
+// All 2^24 inputs (run with --gtest_also_run_disabled_tests after changing
+// the arithmetic of the vector rows).
+TEST(YuvToRgbRows, DISABLED_EveryInputOnEveryTarget) {
+  std::vector<std::pair<int, int>> uvs;
+  for (int uu = 0; uu < 256; ++uu) {
+    for (int vv = 0; vv < 256; ++vv) uvs.push_back({uu, vv});
+  }
+  CheckInputs(uvs);
+}
+
 // An exported member, its codes, and the walk and row that define it.
 struct Member {
   const char* name;
