@@ -154,11 +154,17 @@ void RunPlan(const ShrinkJob& job, const Chunk* plan, int n) {
 // output reads its unit twice), and sums of adjacent bytes give every output
 // its two-tap sum in a 16-bit lane. Two-row rows add both rows' sums before
 // the shift, so (a + b + c + d) >> 2 stays exact.
+// The last groups of a row, whose window would pass the row's end, read the
+// 16 bytes that end there instead, with the shuffle moved to match.
 struct Period {
+  static constexpr int kMaxLate = 2;
   int32_t step;    // source bytes from one group to the next
   int32_t groups;  // whole groups per row whose window lies in the row
+  int32_t late;    // groups after those, each with its own window
   bool shuffle;    // false when the taps already lie in place (bytes, fw = 2)
   uint8_t idx[16];
+  int32_t late_src[kMaxLate];  // window of late group j
+  uint8_t late_idx[kMaxLate][16];
 };
 
 bool FindPeriod(const ShrinkJob& job, Period* p) {
@@ -183,8 +189,22 @@ bool FindPeriod(const ShrinkJob& job, Period* p) {
   p->step = s.c * B;
   const int64_t row_bytes = cols.NeededUnits() * B;
   const int64_t fit = row_bytes < 16 ? 0 : (row_bytes - 16) / p->step + 1;
-  p->groups = static_cast<int32_t>(fit < cols.dw / G ? fit : cols.dw / G);
-  return p->groups > 0;
+  const int32_t whole = cols.dw / G;
+  p->groups = static_cast<int32_t>(fit < whole ? fit : whole);
+  if (p->groups == 0) return false;
+  // Group k's taps end at most 16 bytes past k * step, inside the row, so a
+  // window ending at the row's end holds them once k * step >= row_bytes - 16.
+  p->late = 0;
+  for (int32_t k = p->groups; k < whole && p->late < Period::kMaxLate; ++k) {
+    const int64_t lo = row_bytes - 16, shift = int64_t{k} * p->step - lo;
+    if (shift < 0) break;
+    p->late_src[p->late] = static_cast<int32_t>(lo);
+    for (int i = 0; i < 16; ++i) {
+      p->late_idx[p->late][i] = static_cast<uint8_t>(p->idx[i] + shift);
+    }
+    ++p->late;
+  }
+  return true;
 }
 
 using D16x8Half = hn::Half<D16x8>;
@@ -325,6 +345,18 @@ HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* 
   hn::StoreU(hn::LowerHalf(dh, Narrow(lo, lo)), dh, d);
 }
 
+// The late groups of a row.
+template <bool kTwo>
+HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d) {
+  const D16x8 d8;
+  const D16x8Half dh;
+  for (int j = 0; j < p.late; ++j) {
+    const PeriodRow<kTwo, true> row(p, s0 + p.late_src[j], s1 + p.late_src[j]);
+    const auto v = row.Sums(0, hn::LoadU(d8, p.late_idx[j]));
+    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (p.groups + j));
+  }
+}
+
 template <bool kShuffle>
 void RunPeriod(const ShrinkJob& job, const Period& p) {
   const D16x8 d8;
@@ -336,8 +368,10 @@ void RunPeriod(const ShrinkJob& job, const Period& p) {
     const uint8_t* s0 = job.src + t.off;
     if (t.two) {
       PeriodRowRun<true, kShuffle>(p, s0, s0 + job.rows.next, d, idx);
+      LateGroups<true>(p, s0, s0 + job.rows.next, d);
     } else {
       PeriodRowRun<false, kShuffle>(p, s0, s0, d, idx);
+      LateGroups<false>(p, s0, s0, d);
     }
   }
 }
@@ -352,8 +386,9 @@ void ShrinkVec(const ShrinkJob& job, ColState* st) {
     } else {
       RunPeriod<false>(job, period);
     }
-    st->x = period.groups * (8 / B);
-    st->c = static_cast<int32_t>(int64_t{period.groups} * period.step / B);
+    const int32_t done = period.groups + period.late;
+    st->x = done * (8 / B);
+    st->c = static_cast<int32_t>(int64_t{done} * period.step / B);
     return;
   }
   if (cols.kind != Cols::kFixed16x9 && (int64_t{cols.fw} + 1) * B > 16) return;
