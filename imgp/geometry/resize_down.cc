@@ -6,7 +6,9 @@
 // every output byte with two byte shuffles per window half. Rows then run
 // through the plan: Avg2 of the taps for a one-row row, Avg4 of the taps of
 // both rows for a two-row row, computed in 16-bit lanes with per-layout masks
-// so that every component averages on its own and truncates.
+// so that every component averages on its own and truncates. Byte layouts
+// whose column pattern repeats within 8 output bytes skip the plan and use one
+// pair shuffle and pair sums for every group of the row (see Period).
 #include "common/internal/simd.h"
 #include "imgp/geometry/resize_down_kernels.h"
 
