@@ -6,7 +6,9 @@
 // every output byte with two byte shuffles per window half. Rows then run
 // through the plan: Avg2 of the taps for a one-row row, Avg4 of the taps of
 // both rows for a two-row row, computed in 16-bit lanes with per-layout masks
-// so that every component averages on its own and truncates.
+// so that every component averages on its own and truncates. Byte layouts
+// whose column pattern repeats within 8 output bytes skip the plan and use one
+// pair shuffle and pair sums for every group of the row (see Period).
 #include "common/internal/simd.h"
 #include "imgp/geometry/resize_down_kernels.h"
 
@@ -147,48 +149,254 @@ void RunPlan(const ShrinkJob& job, const Chunk* plan, int n) {
   }
 }
 
-// Bytes with fw = 2: output x reads bytes 2x and 2x + 1, the low and high
-// byte of a 16-bit lane, so whole vectors of pairs add up in place.
-void HalveBytes(const ShrinkJob& job, ColState* st) {
-  const hn::ScalableTag<uint8_t> d8;
-  const hn::Repartition<uint16_t, decltype(d8)> du;
-  const size_t N = hn::Lanes(d8);
-  const int32_t dw = job.cols.dw;
-  const int32_t end = dw - static_cast<int32_t>(static_cast<size_t>(dw) % N);
-  if (end == 0) return;
-  const auto m = hn::Set(du, 0xFF);
-  const auto pairs = [&](const uint8_t* p) {
-    const auto v = hn::BitCast(du, hn::LoadU(d8, p));
-    return hn::Add(hn::And(v, m), hn::ShiftRight<8>(v));
-  };
-  RowState rs;
-  for (int32_t y = 0; y < job.rows.dh; ++y) {
-    const RowTap t = job.rows.Next(&rs);
-    const uint8_t* s0 = job.src + t.off;
-    const uint8_t* s1 = s0 + job.rows.next;
-    uint8_t* d = job.dst + y * job.dst_step;
-    for (int32_t x = 0; x < end; x += static_cast<int32_t>(N)) {
-      const uint8_t* p0 = s0 + 2 * x;
-      auto lo = pairs(p0), hi = pairs(p0 + N);
-      if (t.two) {
-        const uint8_t* p1 = s1 + 2 * x;
-        lo = hn::ShiftRight<2>(hn::Add(lo, pairs(p1)));
-        hi = hn::ShiftRight<2>(hn::Add(hi, pairs(p1 + N)));
-      } else {
-        lo = hn::ShiftRight<1>(lo);
-        hi = hn::ShiftRight<1>(hi);
-      }
-      hn::StoreU(hn::ConcatEven(d8, hn::BitCast(d8, hi), hn::BitCast(d8, lo)), d8, d + x);
+// Byte layouts whose column pattern repeats within every 8 output bytes
+// (fw = 2, or 3 units to 2, ...) take one pair shuffle for all of a row:
+// group k of 8 output bytes reads a 16-byte window at k * step, the shuffle
+// puts the two taps of output byte i in bytes 2i and 2i + 1 (a one-tap
+// output reads its unit twice), and sums of adjacent bytes give every output
+// its two-tap sum in a 16-bit lane. Two-row rows add both rows' sums before
+// the shift, so (a + b + c + d) >> 2 stays exact.
+// The last groups of a row, whose window would pass the row's end, read the
+// 16 bytes that end there instead, with the shuffle moved to match.
+struct Period {
+  static constexpr int kMaxLate = 2;
+  int32_t step;    // source bytes from one group to the next
+  int32_t groups;  // whole groups per row whose window lies in the row
+  int32_t late;    // groups after those, each with its own window
+  bool shuffle;    // false when the taps already lie in place (bytes, fw = 2)
+  uint8_t idx[16];
+  int32_t late_src[kMaxLate];  // window of late group j
+  uint8_t late_idx[kMaxLate][16];
+};
+
+bool FindPeriod(const ShrinkJob& job, Period* p) {
+  const Cols& cols = job.cols;
+  const int32_t B = job.unit_bytes;
+  if (job.low != 0x0101 || cols.kind == Cols::kFixed16x9 || 8 % B != 0) return false;
+  const int32_t G = 8 / B;  // units per group
+  ColState s;
+  p->shuffle = false;
+  for (int32_t i = 0; i < G; ++i) {
+    const ColTap t = cols.Next(&s);
+    for (int32_t k = 0; k < B; ++k) {
+      const int64_t a = int64_t{t.c} * B + k, b = a + (t.two ? B : 0);
+      if (b >= 16) return false;
+      const int32_t o = 2 * (i * B + k);
+      p->idx[o] = static_cast<uint8_t>(a);
+      p->idx[o + 1] = static_cast<uint8_t>(b);
+      p->shuffle |= a != o || b != o + 1;
     }
   }
-  st->x = end;
-  st->c = 2 * end;
+  if (s.ex != 0) return false;  // the next group would not start the same way
+  p->step = s.c * B;
+  const int64_t row_bytes = cols.NeededUnits() * B;
+  const int64_t fit = row_bytes < 16 ? 0 : (row_bytes - 16) / p->step + 1;
+  const int32_t whole = cols.dw / G;
+  p->groups = static_cast<int32_t>(fit < whole ? fit : whole);
+  if (p->groups == 0) return false;
+  // Group k's taps end at most 16 bytes past k * step, inside the row, so a
+  // window ending at the row's end holds them once k * step >= row_bytes - 16.
+  p->late = 0;
+  for (int32_t k = p->groups; k < whole && p->late < Period::kMaxLate; ++k) {
+    const int64_t lo = row_bytes - 16, shift = int64_t{k} * p->step - lo;
+    if (shift < 0) break;
+    p->late_src[p->late] = static_cast<int32_t>(lo);
+    for (int i = 0; i < 16; ++i) {
+      p->late_idx[p->late][i] = static_cast<uint8_t>(p->idx[i] + shift);
+    }
+    ++p->late;
+  }
+  return true;
+}
+
+using D16x8Half = hn::Half<D16x8>;
+
+// Sums of adjacent byte pairs as 16-bit lanes, and the sums of two rows.
+#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
+  return hn::Vec<D16x16>{_mm_maddubs_epi16(v.raw, _mm_set1_epi8(1))};
+}
+HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
+  return hn::Add(PairSums(a), PairSums(b));
+}
+// Lanes <= 255 of lo then hi, as bytes.
+HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
+  return hn::Vec<D16x8>{_mm_packus_epi16(lo.raw, hi.raw)};
+}
+#elif HWY_TARGET == HWY_NEON
+HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
+  return hn::Vec<D16x16>{vpaddlq_u8(v.raw)};
+}
+HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
+  return hn::Vec<D16x16>{vpadalq_u8(vpaddlq_u8(a.raw), b.raw)};
+}
+HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
+  return hn::Vec<D16x8>{vcombine_u8(vmovn_u16(lo.raw), vmovn_u16(hi.raw))};
+}
+#else
+HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
+  const D16x16 du;
+  const auto w = hn::BitCast(du, v);
+  return hn::Add(hn::And(w, hn::Set(du, 0xFF)), hn::ShiftRight<8>(w));
+}
+HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
+  return hn::Add(PairSums(a), PairSums(b));
+}
+HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
+  const D16x8 d8;
+  return hn::ConcatEven(d8, hn::BitCast(d8, hi), hn::BitCast(d8, lo));
+}
+#endif
+
+// One row's groups. Each step writes 8 output bytes per group; a row whose
+// group count is not a multiple of the step repeats its last step at the end,
+// overlapping outputs already written with the same values.
+template <bool kTwo, bool kShuffle>
+class PeriodRow {
+ public:
+  PeriodRow(const Period& p, const uint8_t* s0, const uint8_t* s1)
+      : step_(kShuffle ? p.step : 16), s0_(s0), s1_(s1) {}
+
+  // Groups k and k + 1.
+  HWY_INLINE hn::Vec<D16x8> Pair(ptrdiff_t k, hn::Vec<D16x8> idx) const {
+    const ptrdiff_t off = k * step_;
+    return Narrow(Sums(off, idx), Sums(off + step_, idx));
+  }
+  HWY_INLINE hn::Vec<D16x16> Sums(ptrdiff_t off, hn::Vec<D16x8> idx) const {
+    const D16x8 d8;
+    const auto taps = [&](const uint8_t* q) {
+      const auto v = hn::LoadU(d8, q + off);
+      return kShuffle ? hn::TableLookupBytes(v, idx) : v;
+    };
+    return kTwo ? hn::ShiftRight<2>(PairSums2(taps(s0_), taps(s1_)))
+                : hn::ShiftRight<1>(PairSums(taps(s0_)));
+  }
+
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+  // Groups k .. k + 3 from a = s0 + k * step and b = s1 + k * step in 256-bit
+  // vectors. With a shuffle one vector holds groups k and k + 2, the other
+  // k + 1 and k + 3, so the block-wise pack stores them in order; without one
+  // the groups are contiguous (step 16), the vectors are plain loads and a
+  // cross-block permute restores the order.
+  HWY_INLINE __m256i Quad(const uint8_t* a, const uint8_t* b, __m256i idx) const {
+    if (kShuffle) {
+      return _mm256_packus_epi16(Sums4(a, b, idx), Sums4(a + step_, b + step_, idx));
+    }
+    const __m256i v = _mm256_packus_epi16(Sums4(a, b, idx), Sums4(a + 32, b + 32, idx));
+    return _mm256_permute4x64_epi64(v, 0xD8);
+  }
+  HWY_INLINE __m256i Sums4(const uint8_t* a, const uint8_t* b, __m256i idx) const {
+    const auto taps = [&](const uint8_t* r) {
+      if (!kShuffle) return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(r));
+      const __m128i lo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(r));
+      const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(r + 2 * step_));
+      return _mm256_shuffle_epi8(_mm256_inserti128_si256(_mm256_castsi128_si256(lo), hi, 1),
+                                 idx);
+    };
+    const __m256i ones = _mm256_set1_epi8(1);
+    if (kTwo) {
+      const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(taps(a), ones),
+                                           _mm256_maddubs_epi16(taps(b), ones));
+      return _mm256_srli_epi16(sum, 2);
+    }
+    return _mm256_srli_epi16(_mm256_maddubs_epi16(taps(a), ones), 1);
+  }
+  ptrdiff_t step() const { return step_; }
+  const uint8_t* s0() const { return s0_; }
+  const uint8_t* s1() const { return s1_; }
+#endif
+
+ private:
+  ptrdiff_t step_;
+  const uint8_t* s0_;
+  const uint8_t* s1_;
+};
+
+template <bool kTwo, bool kShuffle>
+HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d,
+                             hn::Vec<D16x8> idx) {
+  const PeriodRow<kTwo, kShuffle> row(p, s0, s1);
+  const ptrdiff_t n = p.groups;
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+  if (n >= 4) {
+    const __m256i idx2 = _mm256_broadcastsi128_si256(idx.raw);
+    const ptrdiff_t adv = 4 * row.step();
+    const uint8_t* a = row.s0();
+    const uint8_t* b = row.s1();
+    uint8_t* o = d;
+    // Two steps per turn: the loop's own instructions weigh on so short a body.
+    ptrdiff_t i = n / 4;
+    for (; i >= 2; i -= 2, a += 2 * adv, b += 2 * adv, o += 64) {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), row.Quad(a, b, idx2));
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + 32), row.Quad(a + adv, b + adv, idx2));
+    }
+    if (i != 0) _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), row.Quad(a, b, idx2));
+    if (n % 4 != 0) {
+      const ptrdiff_t back = (n - 4) * row.step();
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 8 * (n - 4)),
+                          row.Quad(row.s0() + back, row.s1() + back, idx2));
+    }
+    return;
+  }
+#endif
+  const D16x8 d8;
+  if (n >= 2) {
+    ptrdiff_t k = 0;
+    for (; k + 2 <= n; k += 2) hn::StoreU(row.Pair(k, idx), d8, d + 8 * k);
+    if (k < n) hn::StoreU(row.Pair(n - 2, idx), d8, d + 8 * (n - 2));
+    return;
+  }
+  const auto lo = row.Sums(0, idx);
+  const D16x8Half dh;
+  hn::StoreU(hn::LowerHalf(dh, Narrow(lo, lo)), dh, d);
+}
+
+// The late groups of a row.
+template <bool kTwo>
+HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d) {
+  const D16x8 d8;
+  const D16x8Half dh;
+  for (int j = 0; j < p.late; ++j) {
+    const PeriodRow<kTwo, true> row(p, s0 + p.late_src[j], s1 + p.late_src[j]);
+    const auto v = row.Sums(0, hn::LoadU(d8, p.late_idx[j]));
+    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (p.groups + j));
+  }
+}
+
+template <bool kShuffle>
+void RunPeriod(const ShrinkJob& job, const Period& p) {
+  const D16x8 d8;
+  const auto idx = hn::LoadU(d8, p.idx);
+  RowState rs;
+  uint8_t* d = job.dst;
+  for (int32_t y = 0; y < job.rows.dh; ++y, d += job.dst_step) {
+    const RowTap t = job.rows.Next(&rs);
+    const uint8_t* s0 = job.src + t.off;
+    if (t.two) {
+      PeriodRowRun<true, kShuffle>(p, s0, s0 + job.rows.next, d, idx);
+      LateGroups<true>(p, s0, s0 + job.rows.next, d);
+    } else {
+      PeriodRowRun<false, kShuffle>(p, s0, s0, d, idx);
+      LateGroups<false>(p, s0, s0, d);
+    }
+  }
 }
 
 void ShrinkVec(const ShrinkJob& job, ColState* st) {
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
-  if (cols.kind == Cols::kMult && cols.fw == 2 && B == 1) return HalveBytes(job, st);
+  Period period;
+  if (FindPeriod(job, &period)) {
+    if (period.shuffle) {
+      RunPeriod<true>(job, period);
+    } else {
+      RunPeriod<false>(job, period);
+    }
+    const int32_t done = period.groups + period.late;
+    st->x = done * (8 / B);
+    st->c = static_cast<int32_t>(int64_t{done} * period.step / B);
+    return;
+  }
   if (cols.kind != Cols::kFixed16x9 && (int64_t{cols.fw} + 1) * B > 16) return;
   const int64_t row_bytes = cols.NeededUnits() * B;
   Chunk plan[kPlanChunks];

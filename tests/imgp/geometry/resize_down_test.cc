@@ -261,6 +261,46 @@ TEST_P(ShrinkKernels, HeightOnlyMatchesRule) {
   });
 }
 
+// Column patterns that repeat every P outputs (rw = j * dw / P), for widths
+// around multiples of the 8-, 16- and 32-byte steps of the vector paths.
+TEST_P(ShrinkKernels, RepeatingPatternsMatchRules) {
+  const Layout& l = GetParam();
+  if (l.non_mult == nullptr) GTEST_SKIP();
+  std::mt19937 rng = MakeRng(6);
+  ForEachTarget([&](const std::string& target) {
+    for (int32_t period : {1, 2, 4, 8}) {
+      for (int32_t q : {1, 2, 3, 4, 5, 7, 8, 9, 12, 16, 17, 31, 32, 33, 65}) {
+        const int32_t dw = period * q;
+        const int32_t j = rng() % 2 == 0 ? 1 : period - 1;
+        const int32_t rw = period == 1 ? 0 : dw / period * j;
+        for (int32_t fw : {1, 2, 3}) {
+          if (rw == 0 && fw == 1) continue;
+          const int32_t sw = fw * dw + rw, sh = 1 + static_cast<int32_t>(rng() % 6);
+          const int32_t dh = 1 + static_cast<int32_t>(rng() % sh);
+          SCOPED_TRACE(::testing::Message() << target << " " << sw << "x" << sh << " to " << dw
+                                            << "x" << dh);
+          const Plane s(l, sw, sh, RandomPad(rng), rng);
+          Out o(l, dw, dh, RandomPad(rng), rng);
+          l.non_mult(s.mem.data(), o.got.data(), dw, dh, fw, K(s), sh / dh * K(s), rw, sh % dh,
+                     K(o));
+          RefNonMult(s, &o, sw, sh);
+          ASSERT_EQ(o.Diff(), "");
+          Out t(l, dw, sh, 0, rng);
+          l.w(s.mem.data(), t.got.data(), K(s), dw, sh, fw, rw);
+          RefDownW(s, &t, sw);
+          ASSERT_EQ(t.Diff(), "");
+          if (rw != 0) continue;
+          const Plane m(l, sw, 2 * dh, RandomPad(rng), rng);
+          Out mo(l, dw, dh, RandomPad(rng), rng);
+          l.mult(m.mem.data(), mo.got.data(), dw, dh, fw, K(m), 2 * K(m), K(mo));
+          RefMult(m, &mo, fw, 2);
+          ASSERT_EQ(mo.Diff(), "");
+        }
+      }
+    }
+  });
+}
+
 INSTANTIATE_TEST_SUITE_P(Layouts, ShrinkKernels, ::testing::ValuesIn(kLayouts),
                          [](const ::testing::TestParamInfo<Layout>& i) {
                            return std::string("L") + i.param.name;
