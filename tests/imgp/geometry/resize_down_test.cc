@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ostream>
 #include <vector>
 
 #include "imgp/geometry/resize_layouts.h"
@@ -48,6 +49,10 @@ const Layout kLayouts[] = {
 };
 #undef KELO_FULL
 #undef KELO_LAYOUT
+// The layouts with every shrinking kind come first; 16b and 16b16b have only
+// the whole-ratio kernel.
+constexpr size_t kFullLayouts = 5;
+void PrintTo(const Layout& l, std::ostream* os) { *os << l.name; }
 
 // A plane of units with a byte stride (a multiple of the stride unit).
 struct Plane {
@@ -184,6 +189,7 @@ int32_t K(const Plane& p) { return p.stride / p.l->stride_unit; }
 int32_t K(const Out& o) { return o.stride / o.l->stride_unit; }
 
 class ShrinkKernels : public ::testing::TestWithParam<Layout> {};
+class FullShrinkKernels : public ::testing::TestWithParam<Layout> {};
 
 // Size pairs: the named examples, then random shrinks of every shape.
 struct Pair {
@@ -216,9 +222,8 @@ TEST_P(ShrinkKernels, WholeRatioMatchesRule) {
   });
 }
 
-TEST_P(ShrinkKernels, GeneralAndWidthOnlyMatchRules) {
+TEST_P(FullShrinkKernels, GeneralAndWidthOnlyMatchRules) {
   const Layout& l = GetParam();
-  if (l.non_mult == nullptr) GTEST_SKIP();
   std::mt19937 rng = MakeRng(2);
   ForEachTarget([&](const std::string& target) {
     for (const Pair& p : ShrinkPairs(rng, 400)) {
@@ -240,9 +245,8 @@ TEST_P(ShrinkKernels, GeneralAndWidthOnlyMatchRules) {
   });
 }
 
-TEST_P(ShrinkKernels, HeightOnlyMatchesRule) {
+TEST_P(FullShrinkKernels, HeightOnlyMatchesRule) {
   const Layout& l = GetParam();
-  if (l.non_mult == nullptr) GTEST_SKIP();
   // The 3- and 4-byte layouts run the 8-bit kernel over their bytes.
   const HFn h = l.h != nullptr ? l.h : kimgp_8b_rsz_down_h;
   const Layout& hl = l.h != nullptr ? l : kLayouts[0];
@@ -263,9 +267,8 @@ TEST_P(ShrinkKernels, HeightOnlyMatchesRule) {
 
 // Column patterns that repeat every P outputs (rw = j * dw / P), for widths
 // around multiples of the 8-, 16- and 32-byte steps of the vector paths.
-TEST_P(ShrinkKernels, RepeatingPatternsMatchRules) {
+TEST_P(FullShrinkKernels, RepeatingPatternsMatchRules) {
   const Layout& l = GetParam();
-  if (l.non_mult == nullptr) GTEST_SKIP();
   std::mt19937 rng = MakeRng(6);
   ForEachTarget([&](const std::string& target) {
     for (int32_t period : {1, 2, 4, 8}) {
@@ -301,10 +304,12 @@ TEST_P(ShrinkKernels, RepeatingPatternsMatchRules) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, ShrinkKernels, ::testing::ValuesIn(kLayouts),
-                         [](const ::testing::TestParamInfo<Layout>& i) {
-                           return std::string("L") + i.param.name;
-                         });
+std::string LayoutName(const ::testing::TestParamInfo<Layout>& i) {
+  return std::string("L") + i.param.name;
+}
+INSTANTIATE_TEST_SUITE_P(Layouts, ShrinkKernels, ::testing::ValuesIn(kLayouts), LayoutName);
+INSTANTIATE_TEST_SUITE_P(Layouts, FullShrinkKernels,
+                         ::testing::ValuesIn(kLayouts, kLayouts + kFullLayouts), LayoutName);
 
 // The fixed 16-to-9 kernels: the fixed pattern, and the same bytes as the
 // general kernel, for fh = 1 and fh = 2.
