@@ -396,6 +396,16 @@ HWY_INLINE VI PairSums(VI a, VI b) {
 }
 #endif
 
+// x86 multiplies unsigned byte pairs by signed byte pairs and adds them.
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
+    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
+#define KELO_HAVE_BYTE_PAIR_PRODUCTS 1
+#else
+#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
+#define KELO_HAVE_BYTE_PAIR_PRODUCTS 0
+#endif
+
 // Packed 4:2:2: the channels of two source vectors of Lanes / 2 pixels each,
 // in their order. In 16-bit lanes a pixel holds its luma and one chroma
 // sample, U for the first of a pair and V for the second; the chroma terms are
@@ -404,12 +414,28 @@ template <class Src, YuvMatrix M>
 struct PackedTerms {
   using A = Arith<M>;
   using S = typename A::S;
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  // The G constant rides on the G and B luma (see Channels), so B's term
+  // carries the difference.
+  static constexpr int kGLuma = S::kG0 - S::kK / 2;
+  static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
+                    S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
+                "G constant on the luma");
+  PackedTerms()
+      : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
+        rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0 - S::kG0))),
+        g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
+        dup_even(hn::LoadDup128(D8(), kDupEven)),
+        dup_odd(hn::LoadDup128(D8(), kDupOdd)),
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)) {}
+#else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
         rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0))),
         g_mul(hn::OddEven(hn::Set(DU(), S::kGvQ * 256), hn::Set(DU(), S::kGuQ * 256))),
         dup_even(hn::LoadDup128(D8(), kDupEven)),
         dup_odd(hn::LoadDup128(D8(), kDupOdd)) {}
+#endif
 
   // Luma (value << 8) and chroma (value << 8) lanes of a source vector.
   static HWY_INLINE void Split(V8 raw, VU* yh, VU* ch) {
@@ -427,6 +453,37 @@ struct PackedTerms {
     c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
   }
 
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  // x86: each pixel's G term straight from its pair's U, V bytes (one byte
+  // shuffle and one byte-pair product) with no constant. G and B take the luma
+  // floor(h Y / 2) + kGLuma = (Ys >> 1) + kG0, made by a rounding average of
+  // h Y with 2 kGLuma - 1, so the sums are those of the other targets.
+  HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
+    Half(a, ch_a);
+    Half(b, ch_b);
+  }
+  HWY_INLINE void Half(V8 raw, VI ch[3]) const {
+    const DU du;
+    const DI di;
+    VU yh, c;
+    Split(raw, &yh, &c);
+    const VU hy = hn::MulHigh(yh, hn::Set(du, S::kH * 256));
+    typename A::Luma y;
+    y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
+    y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
+    typename A::Chroma t;
+    const VU uv = hn::BitCast(du, hn::TableLookupBytes(raw, uv_pix));
+#if HWY_TARGET == HWY_AVX2
+    t.g = VI{_mm256_maddubs_epi16(uv.raw, g_mul.raw)};
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    t.g = VI{_mm512_maddubs_epi16(uv.raw, g_mul.raw)};
+#else
+    t.g = VI{_mm_maddubs_epi16(uv.raw, g_mul.raw)};
+#endif
+    RedBlue(c, &t);
+    A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
+  }
+#else
   HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
     const DI di;
     VU yh_a, c_a, yh_b, c_b;
@@ -453,14 +510,21 @@ struct PackedTerms {
     RedBlue(c_b, &tb);
     A::Channels(A::FromY(yh_b), tb, &ch_b[0], &ch_b[1], &ch_b[2]);
   }
+#endif
 
   static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
   static constexpr uint8_t kDupOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
   static constexpr uint8_t kSwap[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+  // The U, V bytes of each pixel's pair.
+  static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
+  static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
   VU rb_mul;
   VI rb_add;
   VU g_mul;
   V8 dup_even, dup_odd;
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  V8 uv_pix;
+#endif
 };
 
 template <class Src, class Dst, YuvMatrix M>
