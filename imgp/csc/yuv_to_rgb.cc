@@ -415,19 +415,25 @@ struct PackedTerms {
   using A = Arith<M>;
   using S = typename A::S;
 #if KELO_HAVE_BYTE_PAIR_PRODUCTS
-  // The G constant rides on the G and B luma (see Channels), so B's term
-  // carries the difference.
+  // The G constant rides on the G and B luma (see Half), so B's term carries
+  // the difference.
   static constexpr int kGLuma = S::kG0 - S::kK / 2;
   static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
                     S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
                 "G constant on the luma");
+  // Per block: B factors and constants for its four pairs, then R's.
+  static constexpr uint16_t kRbMul[8] = {S::kBuQ * 256, S::kBuQ * 256, S::kBuQ * 256,
+                                         S::kBuQ * 256, S::kRvMul,     S::kRvMul,
+                                         S::kRvMul,     S::kRvMul};
+  static constexpr int16_t kRbAdd[8] = {S::kB0 - S::kG0, S::kB0 - S::kG0, S::kB0 - S::kG0,
+                                        S::kB0 - S::kG0, S::kR0,          S::kR0,
+                                        S::kR0,          S::kR0};
   PackedTerms()
-      : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
-        rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0 - S::kG0))),
+      : rb_mul(hn::LoadDup128(DU(), kRbMul)),
+        rb_add(hn::LoadDup128(DI(), kRbAdd)),
         g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
-        dup_even(hn::LoadDup128(D8(), kDupEven)),
-        dup_odd(hn::LoadDup128(D8(), kDupOdd)),
-        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)) {}
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)),
+        uv_high(hn::LoadDup128(D8(), Src::kUyvyV ? kUvHighUyvy : kUvHighYuyv)) {}
 #else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
@@ -444,14 +450,6 @@ struct PackedTerms {
     *yh = Src::kUyvyV ? hn::And(w, hn::Set(du, 0xFF00)) : hn::ShiftLeft<8>(w);
     *ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
   }
-  // The R and B terms of each pixel.
-  HWY_INLINE void RedBlue(VU ch, typename A::Chroma* c) const {
-    const DI di;
-    // Even lanes: the B term of the pair, odd lanes: its R term.
-    const V8 rb = hn::BitCast(D8(), hn::Add(hn::BitCast(di, hn::MulHigh(ch, rb_mul)), rb_add));
-    c->r = hn::BitCast(di, hn::TableLookupBytes(rb, dup_odd));
-    c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
-  }
 
 #if KELO_HAVE_BYTE_PAIR_PRODUCTS
   // x86: each pixel's G term straight from its pair's U, V bytes (one byte
@@ -465,8 +463,8 @@ struct PackedTerms {
   HWY_INLINE void Half(V8 raw, VI ch[3]) const {
     const DU du;
     const DI di;
-    VU yh, c;
-    Split(raw, &yh, &c);
+    VU yh, unused;
+    Split(raw, &yh, &unused);
     const VU hy = hn::MulHigh(yh, hn::Set(du, S::kH * 256));
     typename A::Luma y;
     y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
@@ -480,10 +478,23 @@ struct PackedTerms {
 #else
     t.g = VI{_mm_maddubs_epi16(uv.raw, g_mul.raw)};
 #endif
-    RedBlue(c, &t);
+    // U << 8 of the block's four pairs, then V << 8: their B and R terms, each
+    // repeated for both pixels of its pair by interleaving with itself.
+    const VU uvh = hn::BitCast(du, hn::TableLookupBytes(raw, uv_high));
+    const VI rb = hn::Add(hn::BitCast(di, hn::MulHigh(uvh, rb_mul)), rb_add);
+    t.b = HWY_NAMESPACE::DupLo(rb);
+    t.r = HWY_NAMESPACE::DupHi(rb);
     A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
   }
 #else
+  // The R and B terms of each pixel.
+  HWY_INLINE void RedBlue(VU ch, typename A::Chroma* c) const {
+    const DI di;
+    // Even lanes: the B term of the pair, odd lanes: its R term.
+    const V8 rb = hn::BitCast(D8(), hn::Add(hn::BitCast(di, hn::MulHigh(ch, rb_mul)), rb_add));
+    c->r = hn::BitCast(di, hn::TableLookupBytes(rb, dup_odd));
+    c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
+  }
   HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
     const DI di;
     VU yh_a, c_a, yh_b, c_b;
@@ -518,12 +529,18 @@ struct PackedTerms {
   // The U, V bytes of each pixel's pair.
   static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
   static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
+  // Per block: U << 8 of its four pairs, then V << 8.
+  static constexpr uint8_t kUvHighYuyv[16] = {0x80, 1,  0x80, 5,  0x80, 9,  0x80, 13,
+                                              0x80, 3,  0x80, 7,  0x80, 11, 0x80, 15};
+  static constexpr uint8_t kUvHighUyvy[16] = {0x80, 0,  0x80, 4,  0x80, 8,  0x80, 12,
+                                              0x80, 2,  0x80, 6,  0x80, 10, 0x80, 14};
   VU rb_mul;
   VI rb_add;
   VU g_mul;
-  V8 dup_even, dup_odd;
 #if KELO_HAVE_BYTE_PAIR_PRODUCTS
-  V8 uv_pix;
+  V8 uv_pix, uv_high;
+#else
+  V8 dup_even, dup_odd;
 #endif
 };
 
@@ -534,8 +551,7 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
   const QuadOrder<true> order;
   const PackedTerms<Src, M> terms;
   const uint8_t* base = Src::kUyvyV ? row.u : row.y;
-  size_t x = 0;
-  for (; x + L <= static_cast<size_t>(n); x += L) {
+  const auto step = [&](size_t x) HWY_ATTR {
     V8 a = hn::LoadU(d8, base + 2 * x);
     V8 b = hn::LoadU(d8, base + 2 * x + L);
     if (kQuads<Dst>) {
@@ -551,6 +567,17 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
       StoreRgb<Dst>(NarrowToBytes(ca[0], cb[0]), NarrowToBytes(ca[1], cb[1]),
                     NarrowToBytes(ca[2], cb[2]), dst + x * Dst::kBytes);
     }
+  };
+  // Two blocks per pass halve the loop overhead.
+  const size_t un = static_cast<size_t>(n);
+  size_t x = 0;
+  for (; x + 2 * L <= un; x += 2 * L) {
+    step(x);
+    step(x + L);
+  }
+  if (x + L <= un) {
+    step(x);
+    x += L;
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
 }
