@@ -378,24 +378,6 @@ HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& o
   *hi = A::DupHi(c);
 }
 
-// Block-wise sums of adjacent 16-bit lanes: block k holds the four sums of
-// block k of a, then those of block k of b.
-#if HWY_TARGET == HWY_AVX2
-#define KELO_HAVE_PAIR_SUMS 1
-HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm256_hadd_epi16(a.raw, b.raw)}; }
-#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-#define KELO_HAVE_PAIR_SUMS 1
-HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm_hadd_epi16(a.raw, b.raw)}; }
-#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-#define KELO_HAVE_PAIR_SUMS 0
-#else  // one block per vector
-#define KELO_HAVE_PAIR_SUMS 1
-HWY_INLINE VI PairSums(VI a, VI b) {
-  const DI di;
-  return hn::Add(hn::ConcatEven(di, b, a), hn::ConcatOdd(di, b, a));
-}
-#endif
-
 // x86 multiplies unsigned byte pairs by signed byte pairs and adds them.
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
     HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
@@ -404,6 +386,12 @@ HWY_INLINE VI PairSums(VI a, VI b) {
 #else
 #undef KELO_HAVE_BYTE_PAIR_PRODUCTS
 #define KELO_HAVE_BYTE_PAIR_PRODUCTS 0
+// Sums of adjacent 16-bit lanes: those of a, then those of b (one block per
+// vector on the targets without byte-pair products).
+HWY_INLINE VI PairSums(VI a, VI b) {
+  const DI di;
+  return hn::Add(hn::ConcatEven(di, b, a), hn::ConcatOdd(di, b, a));
+}
 #endif
 
 // Packed 4:2:2: the channels of two source vectors of Lanes / 2 pixels each,
@@ -504,18 +492,9 @@ struct PackedTerms {
     // Even lanes: kGuQ U, odd lanes: kGvQ V; the G term is kG0 less their sum.
     const VI gx_a = hn::BitCast(di, hn::MulHigh(c_a, g_mul));
     const VI gx_b = hn::BitCast(di, hn::MulHigh(c_b, g_mul));
-#if KELO_HAVE_PAIR_SUMS
     const VI g = hn::Sub(hn::Set(di, S::kG0), PairSums(gx_a, gx_b));
     ta.g = DupLo(g);
     tb.g = DupHi(g);
-#else
-    const D8 d8;
-    const V8 swap = hn::LoadDup128(d8, kSwap);
-    const VI sw_a = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_a), swap));
-    const VI sw_b = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_b), swap));
-    ta.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_a, sw_a));
-    tb.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_b, sw_b));
-#endif
     RedBlue(c_a, &ta);
     A::Channels(A::FromY(yh_a), ta, &ch_a[0], &ch_a[1], &ch_a[2]);
     RedBlue(c_b, &tb);
@@ -525,7 +504,6 @@ struct PackedTerms {
 
   static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
   static constexpr uint8_t kDupOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
-  static constexpr uint8_t kSwap[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
   // The U, V bytes of each pixel's pair.
   static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
   static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
