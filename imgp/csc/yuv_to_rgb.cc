@@ -451,9 +451,10 @@ struct PackedTerms {
   HWY_INLINE void Half(V8 raw, VI ch[3]) const {
     const DU du;
     const DI di;
-    VU yh, unused;
-    Split(raw, &yh, &unused);
-    const VU hy = hn::MulHigh(yh, hn::Set(du, S::kH * 256));
+    // h Y: UYVY shifts the luma down and multiplies, which needs no mask.
+    const VU w = hn::BitCast(du, raw);
+    const VU hy = Src::kUyvyV ? hn::Mul(hn::ShiftRight<8>(w), hn::Set(du, S::kH))
+                              : hn::MulHigh(hn::ShiftLeft<8>(w), hn::Set(du, S::kH * 256));
     typename A::Luma y;
     y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
     y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
