@@ -378,18 +378,16 @@ HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& o
   *hi = A::DupHi(c);
 }
 
-// Block-wise sums of adjacent 16-bit lanes: block k holds the four sums of
-// block k of a, then those of block k of b.
-#if HWY_TARGET == HWY_AVX2
-#define KELO_HAVE_PAIR_SUMS 1
-HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm256_hadd_epi16(a.raw, b.raw)}; }
-#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-#define KELO_HAVE_PAIR_SUMS 1
-HWY_INLINE VI PairSums(VI a, VI b) { return VI{_mm_hadd_epi16(a.raw, b.raw)}; }
-#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-#define KELO_HAVE_PAIR_SUMS 0
-#else  // one block per vector
-#define KELO_HAVE_PAIR_SUMS 1
+// x86 multiplies unsigned byte pairs by signed byte pairs and adds them.
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
+    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
+#define KELO_HAVE_BYTE_PAIR_PRODUCTS 1
+#else
+#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
+#define KELO_HAVE_BYTE_PAIR_PRODUCTS 0
+// Sums of adjacent 16-bit lanes: those of a, then those of b (one block per
+// vector on the targets without byte-pair products).
 HWY_INLINE VI PairSums(VI a, VI b) {
   const DI di;
   return hn::Add(hn::ConcatEven(di, b, a), hn::ConcatOdd(di, b, a));
@@ -404,12 +402,34 @@ template <class Src, YuvMatrix M>
 struct PackedTerms {
   using A = Arith<M>;
   using S = typename A::S;
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  // The G constant rides on the G and B luma (see Half), so B's term carries
+  // the difference.
+  static constexpr int kGLuma = S::kG0 - S::kK / 2;
+  static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
+                    S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
+                "G constant on the luma");
+  // Per block: B factors and constants for its four pairs, then R's.
+  static constexpr uint16_t kRbMul[8] = {S::kBuQ * 256, S::kBuQ * 256, S::kBuQ * 256,
+                                         S::kBuQ * 256, S::kRvMul,     S::kRvMul,
+                                         S::kRvMul,     S::kRvMul};
+  static constexpr int16_t kRbAdd[8] = {S::kB0 - S::kG0, S::kB0 - S::kG0, S::kB0 - S::kG0,
+                                        S::kB0 - S::kG0, S::kR0,          S::kR0,
+                                        S::kR0,          S::kR0};
+  PackedTerms()
+      : rb_mul(hn::LoadDup128(DU(), kRbMul)),
+        rb_add(hn::LoadDup128(DI(), kRbAdd)),
+        g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)),
+        uv_high(hn::LoadDup128(D8(), Src::kUyvyV ? kUvHighUyvy : kUvHighYuyv)) {}
+#else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
         rb_add(hn::OddEven(hn::Set(DI(), S::kR0), hn::Set(DI(), S::kB0))),
         g_mul(hn::OddEven(hn::Set(DU(), S::kGvQ * 256), hn::Set(DU(), S::kGuQ * 256))),
         dup_even(hn::LoadDup128(D8(), kDupEven)),
         dup_odd(hn::LoadDup128(D8(), kDupOdd)) {}
+#endif
 
   // Luma (value << 8) and chroma (value << 8) lanes of a source vector.
   static HWY_INLINE void Split(V8 raw, VU* yh, VU* ch) {
@@ -418,6 +438,44 @@ struct PackedTerms {
     *yh = Src::kUyvyV ? hn::And(w, hn::Set(du, 0xFF00)) : hn::ShiftLeft<8>(w);
     *ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
   }
+
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  // x86: each pixel's G term straight from its pair's U, V bytes (one byte
+  // shuffle and one byte-pair product) with no constant. G and B take the luma
+  // floor(h Y / 2) + kGLuma = (Ys >> 1) + kG0, made by a rounding average of
+  // h Y with 2 kGLuma - 1, so the sums are those of the other targets.
+  HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
+    Half(a, ch_a);
+    Half(b, ch_b);
+  }
+  HWY_INLINE void Half(V8 raw, VI ch[3]) const {
+    const DU du;
+    const DI di;
+    // h Y: UYVY shifts the luma down and multiplies, which needs no mask.
+    const VU w = hn::BitCast(du, raw);
+    const VU hy = Src::kUyvyV ? hn::Mul(hn::ShiftRight<8>(w), hn::Set(du, S::kH))
+                              : hn::MulHigh(hn::ShiftLeft<8>(w), hn::Set(du, S::kH * 256));
+    typename A::Luma y;
+    y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
+    y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
+    typename A::Chroma t;
+    const VU uv = hn::BitCast(du, hn::TableLookupBytes(raw, uv_pix));
+#if HWY_TARGET == HWY_AVX2
+    t.g = VI{_mm256_maddubs_epi16(uv.raw, g_mul.raw)};
+#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    t.g = VI{_mm512_maddubs_epi16(uv.raw, g_mul.raw)};
+#else
+    t.g = VI{_mm_maddubs_epi16(uv.raw, g_mul.raw)};
+#endif
+    // U << 8 of the block's four pairs, then V << 8: their B and R terms, each
+    // repeated for both pixels of its pair by interleaving with itself.
+    const VU uvh = hn::BitCast(du, hn::TableLookupBytes(raw, uv_high));
+    const VI rb = hn::Add(hn::BitCast(di, hn::MulHigh(uvh, rb_mul)), rb_add);
+    t.b = HWY_NAMESPACE::DupLo(rb);
+    t.r = HWY_NAMESPACE::DupHi(rb);
+    A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
+  }
+#else
   // The R and B terms of each pixel.
   HWY_INLINE void RedBlue(VU ch, typename A::Chroma* c) const {
     const DI di;
@@ -426,7 +484,6 @@ struct PackedTerms {
     c->r = hn::BitCast(di, hn::TableLookupBytes(rb, dup_odd));
     c->b = hn::BitCast(di, hn::TableLookupBytes(rb, dup_even));
   }
-
   HWY_INLINE void Channels(V8 a, V8 b, VI ch_a[3], VI ch_b[3]) const {
     const DI di;
     VU yh_a, c_a, yh_b, c_b;
@@ -436,31 +493,34 @@ struct PackedTerms {
     // Even lanes: kGuQ U, odd lanes: kGvQ V; the G term is kG0 less their sum.
     const VI gx_a = hn::BitCast(di, hn::MulHigh(c_a, g_mul));
     const VI gx_b = hn::BitCast(di, hn::MulHigh(c_b, g_mul));
-#if KELO_HAVE_PAIR_SUMS
     const VI g = hn::Sub(hn::Set(di, S::kG0), PairSums(gx_a, gx_b));
     ta.g = DupLo(g);
     tb.g = DupHi(g);
-#else
-    const D8 d8;
-    const V8 swap = hn::LoadDup128(d8, kSwap);
-    const VI sw_a = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_a), swap));
-    const VI sw_b = hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, gx_b), swap));
-    ta.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_a, sw_a));
-    tb.g = hn::Sub(hn::Set(di, S::kG0), hn::Add(gx_b, sw_b));
-#endif
     RedBlue(c_a, &ta);
     A::Channels(A::FromY(yh_a), ta, &ch_a[0], &ch_a[1], &ch_a[2]);
     RedBlue(c_b, &tb);
     A::Channels(A::FromY(yh_b), tb, &ch_b[0], &ch_b[1], &ch_b[2]);
   }
+#endif
 
   static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
   static constexpr uint8_t kDupOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
-  static constexpr uint8_t kSwap[16] = {2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13};
+  // The U, V bytes of each pixel's pair.
+  static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
+  static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
+  // Per block: U << 8 of its four pairs, then V << 8.
+  static constexpr uint8_t kUvHighYuyv[16] = {0x80, 1,  0x80, 5,  0x80, 9,  0x80, 13,
+                                              0x80, 3,  0x80, 7,  0x80, 11, 0x80, 15};
+  static constexpr uint8_t kUvHighUyvy[16] = {0x80, 0,  0x80, 4,  0x80, 8,  0x80, 12,
+                                              0x80, 2,  0x80, 6,  0x80, 10, 0x80, 14};
   VU rb_mul;
   VI rb_add;
   VU g_mul;
+#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+  V8 uv_pix, uv_high;
+#else
   V8 dup_even, dup_odd;
+#endif
 };
 
 template <class Src, class Dst, YuvMatrix M>
@@ -470,8 +530,7 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
   const QuadOrder<true> order;
   const PackedTerms<Src, M> terms;
   const uint8_t* base = Src::kUyvyV ? row.u : row.y;
-  size_t x = 0;
-  for (; x + L <= static_cast<size_t>(n); x += L) {
+  const auto step = [&](size_t x) HWY_ATTR {
     V8 a = hn::LoadU(d8, base + 2 * x);
     V8 b = hn::LoadU(d8, base + 2 * x + L);
     if (kQuads<Dst>) {
@@ -487,6 +546,17 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
       StoreRgb<Dst>(NarrowToBytes(ca[0], cb[0]), NarrowToBytes(ca[1], cb[1]),
                     NarrowToBytes(ca[2], cb[2]), dst + x * Dst::kBytes);
     }
+  };
+  // Two blocks per pass halve the loop overhead.
+  const size_t un = static_cast<size_t>(n);
+  size_t x = 0;
+  for (; x + 2 * L <= un; x += 2 * L) {
+    step(x);
+    step(x + L);
+  }
+  if (x + L <= un) {
+    step(x);
+    x += L;
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
 }
