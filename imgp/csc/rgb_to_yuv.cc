@@ -9,6 +9,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
 #include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/rgb_to_yuv.h"
 
@@ -18,15 +19,9 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using namespace csc;  // NOLINT: layout traits and matrices
 
-// x86 targets have the byte-pair multiply-add that the 4-byte pixel rows use.
-#undef KELO_RGB_PAIRS
+// x86 targets have the byte-pair multiply-add that the 4-byte pixel rows use
+// (KELO_X86_RAW).
 #undef KELO_RGB_CHANNELS
-#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || \
-    HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-#define KELO_RGB_PAIRS 1
-#else
-#define KELO_RGB_PAIRS 0
-#endif
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -193,7 +188,7 @@ void LumaChromaLanes(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int
   scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
 }
 
-#if KELO_RGB_PAIRS
+#if KELO_X86_RAW
 // 4-byte pixels on x86: every output is a weighted sum of byte pairs
 // (multiply-add of unsigned by signed bytes to 16 bits), then of the two pair
 // sums of a pixel (horizontal add), without unpacking the channels.
@@ -208,18 +203,12 @@ using DP16 = hn::Repartition<uint16_t, DP>;
 using VP16 = hn::Vec<DP16>;
 
 // Byte pairs a0 b0 + a1 b1 with a unsigned and b signed, per 16-bit lane.
-HWY_INLINE hn::Vec128<uint16_t> MulAddPairs(hn::Vec128<uint8_t> a, hn::Vec128<uint8_t> b) {
-  return hn::Vec128<uint16_t>{_mm_maddubs_epi16(a.raw, b.raw)};
-}
+HWY_INLINE VP16 MulAddPairs(VP a, VP b) { return VP16{RawMulAddPairs(a.raw, b.raw)}; }
 // Sums of neighbouring 16-bit lanes (wrapping): a's pairs, then b's, per
 // 128-bit block.
-HWY_INLINE hn::Vec128<uint16_t> AddPairs(hn::Vec128<uint16_t> a, hn::Vec128<uint16_t> b) {
-  return hn::Vec128<uint16_t>{_mm_hadd_epi16(a.raw, b.raw)};
-}
+HWY_INLINE VP16 AddPairs(VP16 a, VP16 b) { return VP16{RawAddPairs(a.raw, b.raw)}; }
 // Values of at most 255 to bytes: a's lanes, then b's, per 128-bit block.
-HWY_INLINE hn::Vec128<uint8_t> PackBytes(hn::Vec128<uint16_t> a, hn::Vec128<uint16_t> b) {
-  return hn::Vec128<uint8_t>{_mm_packus_epi16(a.raw, b.raw)};
-}
+HWY_INLINE VP PackBytes(VP16 a, VP16 b) { return VP{RawPackBytes(a.raw, b.raw)}; }
 // Pixels 0 and 2 of a, then of b, per 128-bit block.
 HWY_INLINE hn::Vec128<uint8_t> EvenPixels(hn::Vec128<uint8_t> a, hn::Vec128<uint8_t> b) {
   return hn::Vec128<uint8_t>{_mm_castps_si128(
@@ -236,15 +225,6 @@ HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
 }
 
 #if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
-HWY_INLINE hn::Vec256<uint16_t> MulAddPairs(hn::Vec256<uint8_t> a, hn::Vec256<uint8_t> b) {
-  return hn::Vec256<uint16_t>{_mm256_maddubs_epi16(a.raw, b.raw)};
-}
-HWY_INLINE hn::Vec256<uint16_t> AddPairs(hn::Vec256<uint16_t> a, hn::Vec256<uint16_t> b) {
-  return hn::Vec256<uint16_t>{_mm256_hadd_epi16(a.raw, b.raw)};
-}
-HWY_INLINE hn::Vec256<uint8_t> PackBytes(hn::Vec256<uint16_t> a, hn::Vec256<uint16_t> b) {
-  return hn::Vec256<uint8_t>{_mm256_packus_epi16(a.raw, b.raw)};
-}
 HWY_INLINE hn::Vec256<uint8_t> EvenPixels(hn::Vec256<uint8_t> a, hn::Vec256<uint8_t> b) {
   return hn::Vec256<uint8_t>{_mm256_castps_si256(
       _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
@@ -367,7 +347,7 @@ void LumaChromaPairs(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
   scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
 }
-#endif  // KELO_RGB_PAIRS
+#endif  // KELO_X86_RAW
 
 
 #if HWY_TARGET == HWY_NEON
@@ -487,7 +467,7 @@ void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, 
 
 template <class Src, class M>
 void LumaVec(const uint8_t* src, uint8_t* y, int n) {
-#if KELO_RGB_PAIRS
+#if KELO_X86_RAW
   if constexpr (Src::kBytes == 4) {
     LumaPairs<Src, M>(src, y, n);
     return;
@@ -503,7 +483,7 @@ void LumaVec(const uint8_t* src, uint8_t* y, int n) {
 }
 template <class Src, class M, int kSub, int kCStep>
 void LumaChromaVec(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
-#if KELO_RGB_PAIRS
+#if KELO_X86_RAW
   if constexpr (Src::kBytes == 4 && kSub == 2) {
     LumaChromaPairs<Src, M, kCStep>(src, y, u, v, n);
     return;

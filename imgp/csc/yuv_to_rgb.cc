@@ -11,6 +11,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
 #include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/yuv_to_rgb.h"
 
@@ -51,12 +52,8 @@ HWY_INLINE VU HighHi(V8 v) {
 HWY_INLINE VI DupLo(VI v) { return hn::InterleaveLower(v, v); }
 HWY_INLINE VI DupHi(VI v) { return hn::InterleaveUpper(DI(), v, v); }
 HWY_INLINE V8 NarrowBlocks(VI lo, VI hi) {
-#if HWY_TARGET == HWY_AVX2
-  return V8{_mm256_packus_epi16(lo.raw, hi.raw)};
-#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-  return V8{_mm512_packus_epi16(lo.raw, hi.raw)};
-#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-  return V8{_mm_packus_epi16(lo.raw, hi.raw)};
+#if KELO_X86_RAW
+  return V8{RawPackBytes(lo.raw, hi.raw)};
 #else  // one block per vector: whole-vector order is block order
   return NarrowToBytes(lo, hi);
 #endif
@@ -192,18 +189,11 @@ struct Arith<M, true> {
   static HWY_INLINE VI GreenProducts(VU u, VU vh) {
     static_assert(S::kGuQ <= 128 && S::kGvQ <= 128 && 255 * (S::kGuQ + S::kGvQ) <= 32768,
                   "byte-pair products");
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
-    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+#if KELO_X86_RAW
     const DU du;
     const VU uv = hn::Or(u, vh);
     const VU k = hn::Set(du, static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8));
-#if HWY_TARGET == HWY_AVX2
-    return VI{_mm256_maddubs_epi16(uv.raw, k.raw)};
-#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    return VI{_mm512_maddubs_epi16(uv.raw, k.raw)};
-#else
-    return VI{_mm_maddubs_epi16(uv.raw, k.raw)};
-#endif
+    return VI{RawMulAddPairs(uv.raw, k.raw)};
 #else
     const DU du;
     return hn::BitCast(DI(), hn::Sub(hn::Neg(hn::BitCast(DI(), hn::Mul(u, Coef(du, S::kGuQ)))),
@@ -378,14 +368,9 @@ HWY_INLINE void LoadTerms(const YuvRow& row, size_t x, const QuadOrder<false>& o
   *hi = A::DupHi(c);
 }
 
-// x86 multiplies unsigned byte pairs by signed byte pairs and adds them.
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL || \
-    HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
-#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
-#define KELO_HAVE_BYTE_PAIR_PRODUCTS 1
-#else
-#undef KELO_HAVE_BYTE_PAIR_PRODUCTS
-#define KELO_HAVE_BYTE_PAIR_PRODUCTS 0
+// x86 multiplies unsigned byte pairs by signed byte pairs and adds them
+// (KELO_X86_RAW); elsewhere the pairs are summed with whole-vector shuffles.
+#if !KELO_X86_RAW
 // Sums of adjacent 16-bit lanes: those of a, then those of b (one block per
 // vector on the targets without byte-pair products).
 HWY_INLINE VI PairSums(VI a, VI b) {
@@ -402,7 +387,7 @@ template <class Src, YuvMatrix M>
 struct PackedTerms {
   using A = Arith<M>;
   using S = typename A::S;
-#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+#if KELO_X86_RAW
   // The G constant rides on the G and B luma (see Half), so B's term carries
   // the difference.
   static constexpr int kGLuma = S::kG0 - S::kK / 2;
@@ -439,7 +424,7 @@ struct PackedTerms {
     *ch = Src::kUyvyV ? hn::ShiftLeft<8>(w) : hn::And(w, hn::Set(du, 0xFF00));
   }
 
-#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+#if KELO_X86_RAW
   // x86: each pixel's G term straight from its pair's U, V bytes (one byte
   // shuffle and one byte-pair product) with no constant. G and B take the luma
   // floor(h Y / 2) + kGLuma = (Ys >> 1) + kG0, made by a rounding average of
@@ -460,13 +445,7 @@ struct PackedTerms {
     y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
     typename A::Chroma t;
     const VU uv = hn::BitCast(du, hn::TableLookupBytes(raw, uv_pix));
-#if HWY_TARGET == HWY_AVX2
-    t.g = VI{_mm256_maddubs_epi16(uv.raw, g_mul.raw)};
-#elif HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    t.g = VI{_mm512_maddubs_epi16(uv.raw, g_mul.raw)};
-#else
-    t.g = VI{_mm_maddubs_epi16(uv.raw, g_mul.raw)};
-#endif
+    t.g = VI{RawMulAddPairs(uv.raw, g_mul.raw)};
     // U << 8 of the block's four pairs, then V << 8: their B and R terms, each
     // repeated for both pixels of its pair by interleaving with itself.
     const VU uvh = hn::BitCast(du, hn::TableLookupBytes(raw, uv_high));
@@ -516,7 +495,7 @@ struct PackedTerms {
   VU rb_mul;
   VI rb_add;
   VU g_mul;
-#if KELO_HAVE_BYTE_PAIR_PRODUCTS
+#if KELO_X86_RAW
   V8 uv_pix, uv_high;
 #else
   V8 dup_even, dup_odd;

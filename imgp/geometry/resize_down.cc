@@ -18,6 +18,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
 #include "imgp/geometry/resize_down_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -212,16 +213,16 @@ bool FindPeriod(const ShrinkJob& job, Period* p) {
 using D16x8Half = hn::Half<D16x8>;
 
 // Sums of adjacent byte pairs as 16-bit lanes, and the sums of two rows.
-#if HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+#if KELO_X86_RAW
 HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
-  return hn::Vec<D16x16>{_mm_maddubs_epi16(v.raw, _mm_set1_epi8(1))};
+  return hn::Vec<D16x16>{RawMulAddPairs(v.raw, _mm_set1_epi8(1))};
 }
 HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
   return hn::Add(PairSums(a), PairSums(b));
 }
 // Lanes <= 255 of lo then hi, as bytes.
 HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
-  return hn::Vec<D16x8>{_mm_packus_epi16(lo.raw, hi.raw)};
+  return hn::Vec<D16x8>{RawPackBytes(lo.raw, hi.raw)};
 }
 #elif HWY_TARGET == HWY_NEON
 HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
@@ -280,9 +281,9 @@ class PeriodRow {
   // cross-block permute restores the order.
   HWY_INLINE __m256i Quad(const uint8_t* a, const uint8_t* b, __m256i idx) const {
     if (kShuffle) {
-      return _mm256_packus_epi16(Sums4(a, b, idx), Sums4(a + step_, b + step_, idx));
+      return RawPackBytes(Sums4(a, b, idx), Sums4(a + step_, b + step_, idx));
     }
-    const __m256i v = _mm256_packus_epi16(Sums4(a, b, idx), Sums4(a + 32, b + 32, idx));
+    const __m256i v = RawPackBytes(Sums4(a, b, idx), Sums4(a + 32, b + 32, idx));
     return _mm256_permute4x64_epi64(v, 0xD8);
   }
   HWY_INLINE __m256i Sums4(const uint8_t* a, const uint8_t* b, __m256i idx) const {
@@ -295,11 +296,11 @@ class PeriodRow {
     };
     const __m256i ones = _mm256_set1_epi8(1);
     if (kTwo) {
-      const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(taps(a), ones),
-                                           _mm256_maddubs_epi16(taps(b), ones));
+      const __m256i sum = _mm256_add_epi16(RawMulAddPairs(taps(a), ones),
+                                           RawMulAddPairs(taps(b), ones));
       return _mm256_srli_epi16(sum, 2);
     }
-    return _mm256_srli_epi16(_mm256_maddubs_epi16(taps(a), ones), 1);
+    return _mm256_srli_epi16(RawMulAddPairs(taps(a), ones), 1);
   }
   ptrdiff_t step() const { return step_; }
   const uint8_t* s0() const { return s0_; }
