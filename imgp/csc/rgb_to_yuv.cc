@@ -305,15 +305,21 @@ HWY_INLINE VP16 ChromaOfPairs(VP e01, VP e23) {
   return hn::ShiftRight<8>(hn::Add(s, hn::Set(du, 0x8080)));
 }
 
+// Four vectors of 4-byte pixels from s on.
+HWY_INLINE void LoadPixels(const uint8_t* s, VP* p) {
+  const DP d8;
+  const size_t L = hn::Lanes(d8);
+  for (size_t i = 0; i < 4; ++i) p[i] = hn::LoadU(d8, s + i * L);
+}
+
 template <class Src, class M>
 void LumaPairs(const uint8_t* src, uint8_t* y, int n) {
   const DP d8;
   const size_t L = hn::Lanes(d8);
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    const uint8_t* s = src + 4 * x;
-    const VP p[4] = {hn::LoadU(d8, s), hn::LoadU(d8, s + L), hn::LoadU(d8, s + 2 * L),
-                     hn::LoadU(d8, s + 3 * L)};
+    VP p[4];
+    LoadPixels(src + 4 * x, p);
     hn::StoreU(LumaOfPairs<Src, M>(p), d8, y + x);
   }
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
@@ -327,9 +333,8 @@ void LumaChromaPairs(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int
   const size_t L = hn::Lanes(d8);
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    const uint8_t* s = src + 4 * x;
-    const VP p[4] = {hn::LoadU(d8, s), hn::LoadU(d8, s + L), hn::LoadU(d8, s + 2 * L),
-                     hn::LoadU(d8, s + 3 * L)};
+    VP p[4];
+    LoadPixels(src + 4 * x, p);
     hn::StoreU(LumaOfPairs<Src, M>(p), d8, y + x);
     const VP e01 = EvenPixels(p[0], p[1]), e23 = EvenPixels(p[2], p[3]);
     const VP16 cu = ChromaOfPairs<Src, M::kUr, M::kUg, M::kUb>(e01, e23);

@@ -292,13 +292,20 @@ bool BuildEndBlock(int32_t sw, int32_t dw, int32_t q, int32_t r, int bpp, Block*
   return ok && placed;
 }
 
+// The sample and neighbour bytes of block k: its source window shuffled.
+HWY_INLINE void LoadTaps(const Block& k, const uint8_t* src, hn::Vec<B8>* s, hn::Vec<B8>* n) {
+  const B8 d8;
+  const auto v = hn::LoadU(d8, src + k.src_off);
+  *s = hn::TableLookupBytes(v, hn::Load(d8, k.s_idx));
+  *n = hn::TableLookupBytes(v, hn::Load(d8, k.n_idx));
+}
+
 HWY_INLINE void RunMeans(const Block* blocks, int count, const uint8_t* src, uint8_t* dst) {
   const B8 d8;
   for (int i = 0; i < count; ++i) {
     const Block& k = blocks[i];
-    const auto v = hn::LoadU(d8, src + k.src_off);
-    const auto s = hn::TableLookupBytes(v, hn::Load(d8, k.s_idx));
-    const auto n = hn::TableLookupBytes(v, hn::Load(d8, k.n_idx));
+    hn::Vec<B8> s, n;
+    LoadTaps(k, src, &s, &n);
     const auto mean = hn::MaskFromVec(hn::Load(d8, k.mean));
     hn::StoreU(hn::IfThenElse(mean, MeanDown(s, n), s), d8, dst + k.out_off);
   }
@@ -311,9 +318,8 @@ HWY_INLINE void RunWeights(const Block* blocks, int count, const uint8_t* src, u
   const BI16 di;
   for (int i = 0; i < count; ++i) {
     const Block& k = blocks[i];
-    const auto v = hn::LoadU(d8, src + k.src_off);
-    const auto s = hn::TableLookupBytes(v, hn::Load(d8, k.s_idx));
-    const auto n = hn::TableLookupBytes(v, hn::Load(d8, k.n_idx));
+    hn::Vec<B8> s, n;
+    LoadTaps(k, src, &s, &n);
     const auto lo = hn::MulHigh(
         hn::Add(hn::Mul(hn::PromoteTo(d16, hn::LowerHalf(dh, s)), hn::Load(d16, k.a)),
                 hn::Mul(hn::PromoteTo(d16, hn::LowerHalf(dh, n)), hn::Load(d16, k.b))),
@@ -335,10 +341,9 @@ HWY_INLINE void Run565(const Block* blocks, int count, const uint8_t* src, uint8
   const B16 d16;
   for (int i = 0; i < count; ++i) {
     const Block& k = blocks[i];
-    const auto v = hn::LoadU(d8, src + k.src_off);
-    const auto s = hn::BitCast(d16, hn::TableLookupBytes(v, hn::Load(d8, k.s_idx)));
-    const auto n = hn::BitCast(d16, hn::TableLookupBytes(v, hn::Load(d8, k.n_idx)));
-    const auto out = Mix565(d16, s, n, hn::Load(d16, k.a), hn::Load(d16, k.b),
+    hn::Vec<B8> s8, n8;
+    LoadTaps(k, src, &s8, &n8);
+    const auto out = Mix565(d16, hn::BitCast(d16, s8), hn::BitCast(d16, n8), hn::Load(d16, k.a), hn::Load(d16, k.b),
                             hn::Load(d16, k.m), false);
     hn::StoreU(hn::BitCast(d8, out), d8, dst + k.out_off);
   }
