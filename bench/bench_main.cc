@@ -20,18 +20,27 @@ std::vector<Row>& Rows() {
   return rows;
 }
 
-// Remembers the mean time per iteration of each benchmark by name.
+// Remembers the time per iteration of each benchmark by name: the median of
+// its repetitions when it was repeated, else its single run. Repeated,
+// interleaved runs (--benchmark_repetitions=N
+// --benchmark_enable_random_interleaving=true) give the steadiest ratios on a
+// shared machine, where one run of a memory-bound row can vary by 15%.
 class RecordingReporter : public benchmark::ConsoleReporter {
  public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& r : runs) {
-      if (r.run_type == Run::RT_Iteration && r.iterations > 0) {
-        times[r.run_name.function_name] = r.GetAdjustedRealTime();
+      const std::string& name = r.run_name.function_name;
+      if (r.run_type == Run::RT_Aggregate && r.aggregate_name == "median") {
+        times[name] = r.GetAdjustedRealTime();
+        medians[name] = true;
+      } else if (r.run_type == Run::RT_Iteration && r.iterations > 0 && !medians[name]) {
+        times[name] = r.GetAdjustedRealTime();
       }
     }
     ConsoleReporter::ReportRuns(runs);
   }
   std::map<std::string, double> times;  // in the benchmark's time unit
+  std::map<std::string, bool> medians;  // times[name] is a median
 };
 
 struct Buffers {

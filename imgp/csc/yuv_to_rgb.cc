@@ -78,6 +78,9 @@ class QuadOrder {
     return hn::BitCast(d, hn::TableLookupLanes(hn::BitCast(DU32(), v), idx_));
   }
 
+  // The Lanes bytes from p on, in this order.
+  HWY_INLINE V8 Load(const uint8_t* p) const { return (*this)(hn::LoadU(D8(), p)); }
+
  private:
   using Idx = decltype(hn::IndicesFromVec(DU32(), hn::Zero(DI32())));
   static Idx Make(size_t blocks) {
@@ -97,6 +100,37 @@ class QuadOrder {
   size_t blocks_;
   Idx idx_;
 };
+
+// Lanes / 2 chroma bytes from p on as 16-bit lanes, zero extended or
+// (kHigh) in the upper byte, in QuadOrder when kQuad. With two blocks (AVX2)
+// the 16 bytes are broadcast and one byte shuffle per block picks and widens
+// its bytes: a load and an in-block shuffle instead of a lane-crossing widen
+// (and permute), which cost several times more on some x86 cores.
+template <bool kQuad, bool kHigh>
+HWY_INLINE VU LoadWideChroma(const QuadOrder<false>& order, const uint8_t* p) {
+  const DU du;
+#if HWY_TARGET == HWY_AVX2
+  (void)order;
+  constexpr uint8_t Z = 0x80;  // a zero byte
+  // Natural order: block 0 widens bytes 0-7, block 1 bytes 8-15. Quad order:
+  // block 0 the byte pairs 0, 2, 4, 6 of the 16, block 1 the others.
+  alignas(32) static constexpr uint8_t kTable[2][2][32] = {
+      {{0, Z, 1, Z, 2, Z, 3, Z, 4, Z, 5, Z, 6, Z, 7, Z,
+        8, Z, 9, Z, 10, Z, 11, Z, 12, Z, 13, Z, 14, Z, 15, Z},
+       {Z, 0, Z, 1, Z, 2, Z, 3, Z, 4, Z, 5, Z, 6, Z, 7,
+        Z, 8, Z, 9, Z, 10, Z, 11, Z, 12, Z, 13, Z, 14, Z, 15}},
+      {{0, Z, 1, Z, 4, Z, 5, Z, 8, Z, 9, Z, 12, Z, 13, Z,
+        2, Z, 3, Z, 6, Z, 7, Z, 10, Z, 11, Z, 14, Z, 15, Z},
+       {Z, 0, Z, 1, Z, 4, Z, 5, Z, 8, Z, 9, Z, 12, Z, 13,
+        Z, 2, Z, 3, Z, 6, Z, 7, Z, 10, Z, 11, Z, 14, Z, 15}}};
+  const V8 all = hn::LoadDup128(D8(), p);
+  return hn::BitCast(du, hn::TableLookupBytesOr0(all, hn::Load(D8(), kTable[kQuad][kHigh])));
+#else
+  VU w = hn::PromoteTo(du, hn::LoadU(DH8(), p));
+  if (kQuad) w = order(w);
+  return kHigh ? hn::ShiftLeft<8>(w) : w;
+#endif
+}
 
 // Pixels of four byte channels (the slots of a pixel in memory order), the
 // channels in QuadOrder.
@@ -332,18 +366,11 @@ HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<fals
   const D8 d8;
   const DU du;
   if constexpr (Src::kFamily == YuvFamily::kPlanar) {
-    const DH8 dh;
-    VU uw = hn::PromoteTo(du, hn::LoadU(dh, row.u + x / 2));
-    VU vw = hn::PromoteTo(du, hn::LoadU(dh, row.v + x / 2));
-    if (kQuad) {
-      uw = order(uw);
-      vw = order(vw);
-    }
-    *u = uw;
-    *vh = hn::ShiftLeft<8>(vw);
+    *u = LoadWideChroma<kQuad, false>(order, row.u + x / 2);
+    *vh = LoadWideChroma<kQuad, true>(order, row.v + x / 2);
   } else {
-    V8 c = hn::LoadU(d8, (Src::kUFirstV ? row.u : row.v) + x);
-    if (kQuad) c = order(c);
+    const uint8_t* p = (Src::kUFirstV ? row.u : row.v) + x;
+    const V8 c = kQuad ? order.Load(p) : hn::LoadU(d8, p);
     const VU w = hn::BitCast(du, c);
     if constexpr (Src::kUFirstV) {
       *u = hn::And(w, hn::Set(du, 0x00FF));
@@ -436,10 +463,12 @@ struct PackedTerms {
   HWY_INLINE void Half(V8 raw, VI ch[3]) const {
     const DU du;
     const DI di;
-    // h Y: UYVY shifts the luma down and multiplies, which needs no mask.
+    // h Y from the luma byte masked in place (no shift: shifts share their
+    // units with the shuffles, the busiest of this row), times h or h 256.
     const VU w = hn::BitCast(du, raw);
-    const VU hy = Src::kUyvyV ? hn::Mul(hn::ShiftRight<8>(w), hn::Set(du, S::kH))
-                              : hn::MulHigh(hn::ShiftLeft<8>(w), hn::Set(du, S::kH * 256));
+    const VU hy = Src::kUyvyV
+                      ? hn::MulHigh(hn::And(w, hn::Set(du, 0xFF00)), hn::Set(du, S::kH * 256))
+                      : hn::Mul(hn::And(w, hn::Set(du, 0x00FF)), hn::Set(du, S::kH));
     typename A::Luma y;
     y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
     y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
@@ -510,12 +539,9 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
   const PackedTerms<Src, M> terms;
   const uint8_t* base = Src::kUyvyV ? row.u : row.y;
   const auto step = [&](size_t x) HWY_ATTR {
-    V8 a = hn::LoadU(d8, base + 2 * x);
-    V8 b = hn::LoadU(d8, base + 2 * x + L);
-    if (kQuads<Dst>) {
-      a = order(a);
-      b = order(b);
-    }
+    const uint8_t* p = base + 2 * x;
+    const V8 a = kQuads<Dst> ? order.Load(p) : hn::LoadU(d8, p);
+    const V8 b = kQuads<Dst> ? order.Load(p + L) : hn::LoadU(d8, p + L);
     VI ca[3], cb[3];
     terms.Channels(a, b, ca, cb);
     if constexpr (kQuads<Dst>) {
@@ -549,8 +575,7 @@ void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
   constexpr bool kQuad = kQuads<Dst>;
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    V8 y = hn::LoadU(d8, row.y + x);
-    if (kQuad) y = order(y);
+    const V8 y = kQuad ? order.Load(row.y + x) : hn::LoadU(d8, row.y + x);
     V8 r, g, b;
     if constexpr (Src::kPairs) {
       typename Arith<M>::Chroma lo, hi;
@@ -559,12 +584,8 @@ void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
     } else {
       // Chroma per pixel: each block half through its own terms.
       using A = Arith<M>;
-      V8 u = hn::LoadU(d8, row.u + x);
-      V8 v = hn::LoadU(d8, row.v + x);
-      if (kQuad) {
-        u = order(u);
-        v = order(v);
-      }
+      const V8 u = kQuad ? order.Load(row.u + x) : hn::LoadU(d8, row.u + x);
+      const V8 v = kQuad ? order.Load(row.v + x) : hn::LoadU(d8, row.v + x);
       VI rl, gl, bl, rh, gh, bh;
       A::Channels(A::FromY(HighLo(y)), A::FromUV(WidenLo(u), HighLo(v)), &rl, &gl, &bl);
       A::Channels(A::FromY(HighHi(y)), A::FromUV(WidenHi(u), HighHi(v)), &rh, &gh, &bh);
@@ -591,13 +612,11 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
   for (; x + L <= static_cast<size_t>(n); x += L) {
     typename Arith<M>::Chroma lo, hi;
     LoadTerms<Src, M, kQuad>(row0, x, order, &lo, &hi);
-    V8 y = hn::LoadU(d8, row0.y + x);
-    if (kQuad) y = order(y);
+    V8 y = kQuad ? order.Load(row0.y + x) : hn::LoadU(d8, row0.y + x);
     V8 r, g, b;
     ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
-    y = hn::LoadU(d8, row1.y + x);
-    if (kQuad) y = order(y);
+    y = kQuad ? order.Load(row1.y + x) : hn::LoadU(d8, row1.y + x);
     ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst1 + x * Dst::kBytes);
   }
