@@ -72,6 +72,11 @@ KELO_EXPORT void kimgp_csc_8b8b_pck(const uint8_t* src0, const uint8_t* src1, in
                                     int32_t height, int32_t src0_stride, int32_t src1_stride,
                                     int32_t dst_stride, uint8_t* dst) {
   if (width < 1) return;
+  if (height > 0 && src0_stride == width && src1_stride == width && dst_stride == 2 * width) {
+    // Rows without padding: one run.
+    kelo::csc::Interleave(src0, src1, dst, size_t(width) * size_t(height));
+    return;
+  }
   Rows(height, [&](int32_t r) {
     kelo::csc::Interleave(Row(src0, src0_stride, r), Row(src1, src1_stride, r),
                           Row(dst, dst_stride, r), size_t(width));
@@ -84,6 +89,12 @@ KELO_EXPORT void kimgp_csc_8b8b_unpck(const uint8_t* src, int32_t bytes, int32_t
                                       int32_t dst1_stride, uint8_t* dst0, uint8_t* dst1) {
   if (bytes < 1) return;
   const size_t pairs = size_t(bytes) / 2;
+  if (height > 0 && bytes % 2 == 0 && src_stride == bytes && dst0_stride == bytes / 2 &&
+      dst1_stride == bytes / 2) {
+    // Rows without padding: one run.
+    kelo::csc::Deinterleave(src, dst0, dst1, pairs * size_t(height));
+    return;
+  }
   Rows(height, [&](int32_t r) {
     const uint8_t* s = Row(src, src_stride, r);
     uint8_t* a = Row(dst0, dst0_stride, r);

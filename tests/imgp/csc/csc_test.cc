@@ -250,6 +250,26 @@ TEST(CscLayout, WorkedExamples) {
   EXPECT_EQ(std::string(a, a + 4), "aceg");
 }
 
+// Planes without row padding go as one run; the result is the row-by-row one.
+TEST(CscLayout, PackAndSplitOfUnpaddedPlanesMatchTheScalarRows) {
+  std::mt19937 rng = MakeRng(9);
+  for (int32_t w : {1, 16, 37}) {
+    const int32_t h = 5;
+    std::vector<uint8_t> u(w * h), v(w * h), uv(2 * w * h);
+    for (auto& x : u) x = uint8_t(rng());
+    for (auto& x : v) x = uint8_t(rng());
+    GuardedBuffer packed(2 * size_t(w) * h), want(2 * size_t(w) * h);
+    kimgp_csc_8b8b_pck(u.data(), v.data(), w, h, w, w, 2 * w, packed.data());
+    csc::scalar::Interleave(u.data(), v.data(), want.data(), 0, size_t(w) * h);
+    ASSERT_EQ(FirstDifference(packed.raw(), want.raw()), "") << "pack w=" << w;
+    GuardedBuffer a(size_t(w) * h), b(size_t(w) * h);
+    kimgp_csc_8b8b_unpck(packed.data(), 2 * w, h, 2 * w, w, w, a.data(), b.data());
+    EXPECT_TRUE(std::equal(u.begin(), u.end(), a.data())) << "split w=" << w;
+    EXPECT_TRUE(std::equal(v.begin(), v.end(), b.data())) << "split w=" << w;
+    EXPECT_TRUE(a.GuardsIntact() && b.GuardsIntact());
+  }
+}
+
 // With an odd luma height only the first height / 2 chroma rows are swapped.
 TEST(CscLayout, Nv12ToNv21OddHeightSwapsHalfTheRows) {
   TestFrame src(6, 8, 9), dst(7, 8, 9);
