@@ -78,8 +78,12 @@ class QuadOrder {
     return hn::BitCast(d, hn::TableLookupLanes(hn::BitCast(DU32(), v), idx_));
   }
 
-  // The Lanes bytes from p on, in this order.
-  HWY_INLINE V8 Load(const uint8_t* p) const { return (*this)(hn::LoadU(D8(), p)); }
+  // The Lanes bytes from p on, in this order when kOn.
+  template <bool kOn>
+  HWY_INLINE V8 Load(const uint8_t* p) const {
+    const V8 v = hn::LoadU(D8(), p);
+    return kOn ? (*this)(v) : v;
+  }
 
  private:
   using Idx = decltype(hn::IndicesFromVec(DU32(), hn::Zero(DI32())));
@@ -370,7 +374,7 @@ HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<fals
     *vh = LoadWideChroma<kQuad, true>(order, row.v + x / 2);
   } else {
     const uint8_t* p = (Src::kUFirstV ? row.u : row.v) + x;
-    const V8 c = kQuad ? order.Load(p) : hn::LoadU(d8, p);
+    const V8 c = order.Load<kQuad>(p);
     const VU w = hn::BitCast(du, c);
     if constexpr (Src::kUFirstV) {
       *u = hn::And(w, hn::Set(du, 0x00FF));
@@ -540,8 +544,8 @@ void PackedRowVec(const YuvRow& row, uint8_t* dst, int n) {
   const uint8_t* base = Src::kUyvyV ? row.u : row.y;
   const auto step = [&](size_t x) HWY_ATTR {
     const uint8_t* p = base + 2 * x;
-    const V8 a = kQuads<Dst> ? order.Load(p) : hn::LoadU(d8, p);
-    const V8 b = kQuads<Dst> ? order.Load(p + L) : hn::LoadU(d8, p + L);
+    const V8 a = order.Load<kQuads<Dst>>(p);
+    const V8 b = order.Load<kQuads<Dst>>(p + L);
     VI ca[3], cb[3];
     terms.Channels(a, b, ca, cb);
     if constexpr (kQuads<Dst>) {
@@ -575,7 +579,7 @@ void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
   constexpr bool kQuad = kQuads<Dst>;
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
-    const V8 y = kQuad ? order.Load(row.y + x) : hn::LoadU(d8, row.y + x);
+    const V8 y = order.Load<kQuad>(row.y + x);
     V8 r, g, b;
     if constexpr (Src::kPairs) {
       typename Arith<M>::Chroma lo, hi;
@@ -584,8 +588,8 @@ void RowVec(const YuvRow& row_in, uint8_t* dst, int n) {
     } else {
       // Chroma per pixel: each block half through its own terms.
       using A = Arith<M>;
-      const V8 u = kQuad ? order.Load(row.u + x) : hn::LoadU(d8, row.u + x);
-      const V8 v = kQuad ? order.Load(row.v + x) : hn::LoadU(d8, row.v + x);
+      const V8 u = order.Load<kQuad>(row.u + x);
+      const V8 v = order.Load<kQuad>(row.v + x);
       VI rl, gl, bl, rh, gh, bh;
       A::Channels(A::FromY(HighLo(y)), A::FromUV(WidenLo(u), HighLo(v)), &rl, &gl, &bl);
       A::Channels(A::FromY(HighHi(y)), A::FromUV(WidenHi(u), HighHi(v)), &rh, &gh, &bh);
@@ -612,11 +616,11 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
   for (; x + L <= static_cast<size_t>(n); x += L) {
     typename Arith<M>::Chroma lo, hi;
     LoadTerms<Src, M, kQuad>(row0, x, order, &lo, &hi);
-    V8 y = kQuad ? order.Load(row0.y + x) : hn::LoadU(d8, row0.y + x);
+    V8 y = order.Load<kQuad>(row0.y + x);
     V8 r, g, b;
     ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst0 + x * Dst::kBytes);
-    y = kQuad ? order.Load(row1.y + x) : hn::LoadU(d8, row1.y + x);
+    y = order.Load<kQuad>(row1.y + x);
     ToRgb<M>(lo, hi, y, &r, &g, &b);
     StoreRgb<Dst>(r, g, b, dst1 + x * Dst::kBytes);
   }
