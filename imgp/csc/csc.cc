@@ -4,6 +4,7 @@
 
 #include "common/internal/api.h"
 #include "imgp/csc/layout_rows.h"
+#include "imgp/csc/pixel_layouts.h"
 #include "kimgp_csc.h"
 
 #define KELO_CSC_PARAMS                                                         \
@@ -37,15 +38,16 @@ void Rgba8888ToRgb565(KELO_CSC_PARAMS) {
 }
 // NV12 to NV21 is the same exchange as NV21 to NV12.
 void Nv12ToNv21(KELO_CSC_PARAMS) { kimgp_csc_nv21_to_nv12(sp, sw, sh, ss, ds, dp); }
-// T16X16 to NV12 and YUV420: tile copies of luma and chroma.
+// T16X16 to NV12 and YUV420: tile copies of luma and chroma, the chroma
+// pairs of the image width over half the luma height.
 void T16x16ToNv12(KELO_CSC_PARAMS) {
   kimgp_csc_copy_16x16tiles_to_linear(sp[0], sw[0], sh[0], ss[0], ds[0], dp[0]);
-  kimgp_csc_copy_16x8tiles_to_linear(sp[1], 2 * sw[1], sh[0] / 2, ss[1], ds[1], dp[1]);
+  kimgp_csc_copy_16x8tiles_to_linear(sp[1], 2 * HalfUp(sw[0]), sh[0] / 2, ss[1], ds[1], dp[1]);
 }
 void T16x16ToYuv420(KELO_CSC_PARAMS) {
   kimgp_csc_copy_16x16tiles_to_linear(sp[0], sw[0], sh[0], ss[0], ds[0], dp[0]);
-  kimgp_csc_unpack_16x8tiles_to_linear(sp[1], 2 * sw[1], sh[0] / 2, ss[1], ds[1], ds[2], dp[1],
-                                       dp[2]);
+  kimgp_csc_unpack_16x8tiles_to_linear(sp[1], 2 * HalfUp(sw[0]), sh[0] / 2, ss[1], ds[1], ds[2],
+                                       dp[1], dp[2]);
 }
 
 struct Route {

@@ -6,6 +6,7 @@
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
 #include "imgp/csc/layout_rows.h"
+#include "imgp/csc/pixel_layouts.h"
 #include "kimgp_copy.h"
 #include "kimgp_csc.h"
 
@@ -39,7 +40,7 @@ using kelo::csc::Rows;
 KELO_EXPORT void kimgp_csc_1x2_to_1x1(const uint8_t* src, int32_t width, int32_t height,
                                       int32_t src_stride, int32_t dst_stride, uint8_t* dst) {
   if (width < 1) return;
-  Rows((height + 1) / 2, [&](int32_t r) {
+  Rows(kelo::csc::HalfUp(height), [&](int32_t r) {
     kelo::CopyBytes(Row(src, src_stride, 2 * r), Row(dst, dst_stride, r), size_t(width));
   });
 }
@@ -49,7 +50,7 @@ KELO_EXPORT void kimgp_csc_2x2_to_1x1(const uint8_t* src, int32_t width, int32_t
                                       int32_t src_stride, int32_t dst_stride, uint8_t* dst) {
   if (width < 1) return;
   const size_t n = size_t(width + 1) / 2;
-  Rows((height + 1) / 2, [&](int32_t r) {
+  Rows(kelo::csc::HalfUp(height), [&](int32_t r) {
     const uint8_t* s = Row(src, src_stride, 2 * r);
     uint8_t* d = Row(dst, dst_stride, r);
     // The vector path reads pairs; an odd width's last byte has no partner.

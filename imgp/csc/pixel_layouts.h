@@ -9,6 +9,11 @@
 namespace kelo {
 namespace csc {
 
+// Half of n samples or rows, rounded up: the chroma extent of n pixels or
+// rows of a 4:2:0 frame, and the rows a vertical halving keeps ((n + 1) / 2
+// without overflow; below 1 when n is).
+inline int32_t HalfUp(int32_t n) { return n - n / 2; }
+
 // Pointers to one row of a YUV source: luma and the two chroma streams.
 // For interleaved and packed layouts u and v point at the first U and V byte
 // of the row and step by Src::kCStep per chroma sample.

@@ -183,21 +183,22 @@ void TiledToRgb(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const 
 }
 
 // Luma and chroma of a T64X32 frame into linear planes; chroma rows go
-// through `chroma_row` (row pointer, pair count, chroma row).
+// through `chroma_row` (row pointer, pair count, chroma row). The chroma
+// extent comes from the image size, as in every conversion kernel: the
+// plane-1 fields of the source are not read.
 template <class ChromaRow>
 void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const int32_t* ss,
                  const int32_t* ds, uint8_t* const* dp, ChromaRow chroma_row) {
-  if (sw[0] > 0) {
-    for (int r = 0; r < sh[0]; ++r) {
-      DetileRow(sp[0], ss[0], kT64x32, r, sw[0], dp[0] + intptr_t(r) * ds[0]);
-    }
+  if (sw[0] <= 0) return;
+  for (int r = 0; r < sh[0]; ++r) {
+    DetileRow(sp[0], ss[0], kT64x32, r, sw[0], dp[0] + intptr_t(r) * ds[0]);
   }
-  if (sw[1] <= 0) return;
-  Buffer c(2 * size_t(sw[1]));
+  const int32_t pairs = HalfUp(sw[0]), rows = HalfUp(sh[0]);
+  Buffer c(2 * size_t(pairs));
   if (c.p == nullptr) return;
-  for (int r = 0; r < sh[1]; ++r) {
-    DetileRow(sp[1], ss[1], kT64x32, r, 2 * sw[1], c.p);
-    chroma_row(c.p, size_t(sw[1]), r);
+  for (int r = 0; r < rows; ++r) {
+    DetileRow(sp[1], ss[1], kT64x32, r, 2 * pairs, c.p);
+    chroma_row(c.p, size_t(pairs), r);
   }
 }
 
@@ -274,17 +275,17 @@ KELO_EXPORT void kimgp_csc_t64x32_to_yv12(KELO_CSC_PARAMS) {
   });
 }
 
-// YUV420 into T64X32: luma tiled, chroma interleaved U, V and tiled.
+// YUV420 into T64X32: luma tiled, chroma interleaved U, V and tiled (its
+// extent from the image size, as above).
 KELO_EXPORT void kimgp_csc_yuv420_to_t64x32(KELO_CSC_PARAMS) {
-  if (sw[0] > 0) {
-    for (int r = 0; r < sh[0]; ++r) TileRow(sp[0] + intptr_t(r) * ss[0], sw[0], dp[0], ds[0], kT64x32, r);
-  }
-  if (sw[1] <= 0) return;
-  Buffer c(2 * size_t(sw[1]));
+  if (sw[0] <= 0) return;
+  for (int r = 0; r < sh[0]; ++r) TileRow(sp[0] + intptr_t(r) * ss[0], sw[0], dp[0], ds[0], kT64x32, r);
+  const int32_t pairs = HalfUp(sw[0]), rows = HalfUp(sh[0]);
+  Buffer c(2 * size_t(pairs));
   if (c.p == nullptr) return;
-  for (int r = 0; r < sh[1]; ++r) {
-    Interleave(sp[1] + intptr_t(r) * ss[1], sp[2] + intptr_t(r) * ss[2], c.p, size_t(sw[1]));
-    TileRow(c.p, 2 * sw[1], dp[1], ds[1], kT64x32, r);
+  for (int r = 0; r < rows; ++r) {
+    Interleave(sp[1] + intptr_t(r) * ss[1], sp[2] + intptr_t(r) * ss[2], c.p, size_t(pairs));
+    TileRow(c.p, 2 * pairs, dp[1], ds[1], kT64x32, r);
   }
 }
 
