@@ -42,7 +42,68 @@ typedef void (*kimgp_csc_kernel)(uint8_t **src_plane, const int32_t *src_width,
                                  const int32_t *src_height, int32_t *src_stride,
                                  const int32_t *dst_stride, uint8_t **dst_plane);
 
+/* The shape of the row helpers below: source, width in bytes, height in
+ * rows, source stride, destination stride, destination. */
+typedef void (*kimgp_csc_plane_helper)(const uint8_t *src, int32_t width,
+                                       int32_t height, int32_t src_stride,
+                                       int32_t dst_stride, uint8_t *dst);
+
 int32_t kimgp_csc(const kimgp_img *src, kimgp_img *dst);
+
+/*
+ * Conversion with rotation: converts src into dst and turns it by the
+ * rotation code `rot` (KIMGP_ROT_*, kimgp_rot.h) in one pass. Pairs and codes:
+ *   YUYV to BGRA8888                   rot 0..3 (copy, 90l, 90r, 180)
+ *   YUV422N or YV16 to YUV420 or YV12  rot 0..2 (copy, 90l, 90r)
+ * Returns 0; -1 when src and dst carry the same code (whatever rot is);
+ * -3 for any other pair, and for a rotation code whose table entry below is
+ * empty or that is above 5. Nothing is written on -1 or -3. Sizes are not
+ * checked; the caller sizes dst (width and height exchanged for 90l, 90r).
+ *
+ * YUYV: the entry of kimgp_csc_rot_yuyv2bgra8888 for rot, with the kernel
+ * convention. Planar 4:2:2 to 4:2:0: luma through kimgp_tbl_fn_rot_8b[rot];
+ * each chroma plane through kimgp_tbl_fn_csc_1x2_to_1x1_rot[rot] with the
+ * source plane's width, height and stride, into the destination plane that
+ * holds the same chroma (YUV422N to YV12 and YV16 to YUV420 cross planes 1
+ * and 2) with that plane's stride.
+ */
+int32_t kimgp_csc_rot(const kimgp_img *src, uint32_t rot, kimgp_img *dst);
+
+/* Kernel tables of kimgp_csc_rot, one entry per rotation code; empty
+ * entries are null. */
+extern const kimgp_csc_kernel kimgp_csc_rot_yuyv2bgra8888[6];
+extern const kimgp_csc_plane_helper kimgp_tbl_fn_csc_1x2_to_1x1_rot[6];
+
+/*
+ * YUYV to BGRA8888 turned: exactly the pixels kimgp_csc_yuyv_to_bgra8888
+ * gives for src_width[0] x src_height[0], written turned as KIMGP_ROT_90L,
+ * KIMGP_ROT_90R or KIMGP_ROT_180 moves them (for 90l and 90r dst_plane[0] is
+ * src_height[0] pixels wide and src_width[0] rows high). With an odd width
+ * the plain kernel writes one pixel beyond each row; that pixel has no place
+ * in the turned image and is not written: nothing outside the turned
+ * width x height plane is. They read what the plain kernel reads (with an
+ * odd width the whole last pixel pair, two bytes beyond the row).
+ */
+void kimgp_csc_yuyv_to_bgra8888_90l(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuyv_to_bgra8888_90r(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuyv_to_bgra8888_180(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
+/*
+ * The rows kimgp_csc_1x2_to_1x1 keeps (source rows 0, 2, 4, ...; (height + 1)
+ * / 2 of them), turned by a quarter turn: each kept row becomes one
+ * destination column, so dst is (height + 1) / 2 bytes wide and `width` rows
+ * high. Arguments as kimgp_csc_1x2_to_1x1.
+ */
+void kimgp_csc_1x2_to_1x1_rot_90l(const uint8_t *src, int32_t width, int32_t height,
+                                  int32_t src_stride, int32_t dst_stride, uint8_t *dst);
+void kimgp_csc_1x2_to_1x1_rot_90r(const uint8_t *src, int32_t width, int32_t height,
+                                  int32_t src_stride, int32_t dst_stride, uint8_t *dst);
 
 /* Standard-specific entries, reached from kimgp_csc through `std`. */
 int32_t kimgp_csc_bt601_fr(const kimgp_img *src, kimgp_img *dst);
@@ -416,7 +477,8 @@ void kimgp_csc_yuv420Planar16_to_yuv420Planar(uint8_t **src_plane, const int32_t
     uint8_t **dst_plane);
 
 /* Row helpers (widths in bytes of the plane read, heights in its rows). */
-/* Copies source rows 0, 2, 4, ... to consecutive rows; height must be even. */
+/* Copies source rows 0, 2, 4, ... to consecutive rows; an odd height keeps
+ * its last row too, so `height` rows give (height + 1) / 2. */
 void kimgp_csc_1x2_to_1x1(const uint8_t *src, int32_t width, int32_t height,
                           int32_t src_stride, int32_t dst_stride, uint8_t *dst);
 /* Keeps the top-left byte of every 2x2 block. */

@@ -6,6 +6,7 @@
 #include "imgp/csc/layout_rows.h"
 #include "imgp/csc/pixel_layouts.h"
 #include "kimgp_csc.h"
+#include "kimgp_rot.h"
 
 #define KELO_CSC_PARAMS                                                         \
   uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
@@ -234,4 +235,50 @@ KELO_EXPORT int32_t kimgp_csc_bt709_fr(const kimgp_img* src, kimgp_img* dst) {
     kelo::csc::RunKernel(kimgp_csc_bt601_fr_yuv420_to_rgba8888, src, dst);
   }
   return KIMGP_OK;
+}
+
+// Conversion with rotation: one table of kernels per family, indexed by the
+// rotation code.
+KELO_EXPORT const kimgp_csc_kernel kimgp_csc_rot_yuyv2bgra8888[6] = {
+    kimgp_csc_yuyv_to_bgra8888, kimgp_csc_yuyv_to_bgra8888_90l, kimgp_csc_yuyv_to_bgra8888_90r,
+    kimgp_csc_yuyv_to_bgra8888_180, nullptr, nullptr};
+KELO_EXPORT const kimgp_csc_plane_helper kimgp_tbl_fn_csc_1x2_to_1x1_rot[6] = {
+    kimgp_csc_1x2_to_1x1, kimgp_csc_1x2_to_1x1_rot_90l, kimgp_csc_1x2_to_1x1_rot_90r,
+    nullptr, nullptr, nullptr};
+
+KELO_EXPORT int32_t kimgp_csc_rot(const kimgp_img* src, uint32_t rot, kimgp_img* dst) {
+  if (src->cs == dst->cs) return KIMGP_ERR_ARGS;
+  // Codes past the tables are refused rather than read beyond them.
+  if (rot > KIMGP_ROT_VERT) return KIMGP_ERR_UNSUPPORTED;
+  if (src->cs == KIMGP_CS_YUYV) {
+    const kimgp_csc_kernel fn = kimgp_csc_rot_yuyv2bgra8888[rot];
+    if (dst->cs != KIMGP_CS_BGRA8888 || fn == nullptr) return KIMGP_ERR_UNSUPPORTED;
+    kelo::csc::RunKernel(fn, src, dst);
+    return KIMGP_OK;
+  }
+  // Planar 4:2:2 to 4:2:0; `crossed`: source chroma plane i goes to
+  // destination plane 3 - i.
+  static constexpr struct {
+    int32_t src, dst;
+    bool crossed;
+  } kPlanar[] = {{KIMGP_CS_YUV422N, KIMGP_CS_YUV420, false},
+                 {KIMGP_CS_YUV422N, KIMGP_CS_YV12, true},
+                 {KIMGP_CS_YV16, KIMGP_CS_YV12, false},
+                 {KIMGP_CS_YV16, KIMGP_CS_YUV420, true}};
+  for (const auto& r : kPlanar) {
+    if (r.src != src->cs || r.dst != dst->cs) continue;
+    // Both entries are checked before anything is written.
+    const kimgp_plane_fn luma = kimgp_tbl_fn_rot_8b[rot];
+    const kimgp_csc_plane_helper chroma = kimgp_tbl_fn_csc_1x2_to_1x1_rot[rot];
+    if (luma == nullptr || chroma == nullptr) return KIMGP_ERR_UNSUPPORTED;
+    luma(src->plane[0], src->width[0], src->height[0], src->stride[0], dst->stride[0],
+         dst->plane[0]);
+    for (int i = 1; i <= 2; ++i) {
+      const int j = r.crossed ? 3 - i : i;
+      chroma(src->plane[i], src->width[i], src->height[i], src->stride[i], dst->stride[j],
+             dst->plane[j]);
+    }
+    return KIMGP_OK;
+  }
+  return KIMGP_ERR_UNSUPPORTED;
 }

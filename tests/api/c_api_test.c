@@ -57,6 +57,17 @@ int main(void) {
     if (kimgp_rsz(&s, &q) != KIMGP_OK || h[0] != (1 + 2 + 5 + 6) / 4) return 8;
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
   }
+  {
+    /* Conversion with rotation: the tables, and a refused code. */
+    kimgp_img s = a, d = a;
+    s.cs = KIMGP_CS_YUYV;
+    d.cs = KIMGP_CS_BGRA8888;
+    if (kimgp_csc_rot_yuyv2bgra8888[KIMGP_ROT_90R] != kimgp_csc_yuyv_to_bgra8888_90r ||
+        kimgp_tbl_fn_csc_1x2_to_1x1_rot[KIMGP_ROT_180] != NULL ||
+        kimgp_csc_rot(&s, KIMGP_ROT_HORI, &d) != KIMGP_ERR_UNSUPPORTED) {
+      return 10;
+    }
+  }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");
   return 0;
