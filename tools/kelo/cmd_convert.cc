@@ -1,4 +1,5 @@
-// kelo convert: every frame through kimgp_csc into another colour space.
+// kelo convert: every frame through kimgp_csc into another colour space, or
+// through kimgp_csc_rot when it is also turned.
 #include "kimgp_csc.h"
 #include "tools/kelo/command.h"
 #include "tools/kelo/demo.h"
@@ -35,6 +36,30 @@ void ConvertInto(const Image& src, Image* dst, int32_t std_word) {
   }
 }
 
+// The pairs kimgp_csc_rot converts and turns.
+bool TurnsInOnePass(int32_t from, int32_t to) {
+  static constexpr struct {
+    int32_t from, to;
+  } kPairs[] = {{KIMGP_CS_YUYV, KIMGP_CS_BGRA8888}, {KIMGP_CS_YUV422N, KIMGP_CS_YUV420},
+                {KIMGP_CS_YUV422N, KIMGP_CS_YV12},   {KIMGP_CS_YV16, KIMGP_CS_YUV420},
+                {KIMGP_CS_YV16, KIMGP_CS_YV12}};
+  for (const auto& p : kPairs) {
+    if (p.from == from && p.to == to) return true;
+  }
+  return false;
+}
+
+// kimgp_csc_rot of src into dst with rotation code `code`.
+void ConvertTurnedInto(const Image& src, Image* dst, uint32_t code, const std::string& op) {
+  kimgp_img s = src.img();
+  const int32_t status = kimgp_csc_rot(&s, code, dst->mutable_img());
+  if (status != KIMGP_OK) {
+    throw RunError(std::string("kimgp_csc_rot: ") + src.format().name + " to " +
+                   dst->format().name + " with --rotate " + op + " is not supported (status " +
+                   std::to_string(status) + ")");
+  }
+}
+
 int RunConvert(const Args& given) {
   const Args args = given.WithAlias("from", "format");
   args.ExpectPositional(1, 2);
@@ -52,10 +77,26 @@ int RunConvert(const Args& given) {
   RequireLibraryFormat(*info.format, "kimgp_csc");
   RequireLibraryFormat(*to, "kimgp_csc");
 
-  Image dst(*to, info.width, info.height);
   StreamInfo out_info = info;
   out_info.format = to;
   out_info.y4m_tags.clear();  // the source's colour tag no longer applies
+  if (args.Has("rotate")) {
+    // Conversion and rotation in one pass, for the pairs kimgp_csc_rot has.
+    const std::string op = args.Get("rotate");
+    const uint32_t code = RotationCode(op, "convert");
+    if (args.Has("std")) throw UsageError("convert: --std does not apply with --rotate");
+    if (!TurnsInOnePass(info.format->cs, to->cs)) {
+      throw UsageError(std::string("convert: --rotate is for yuyv to bgra8888 and yuv422n or "
+                                   "yv16 to yuv420 or yv12, not ") +
+                       info.format->name + " to " + to->name);
+    }
+    if (IsQuarterTurn(code)) std::swap(out_info.width, out_info.height);
+    Image dst(*to, out_info.width, out_info.height);
+    TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
+                    [code, op](const Image& src, Image* d) { ConvertTurnedInto(src, d, code, op); });
+    return 0;
+  }
+  Image dst(*to, info.width, info.height);
   TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
                   [std_word](const Image& src, Image* d) { ConvertInto(src, d, std_word); });
   return 0;
@@ -96,7 +137,7 @@ void ConvertDemo(DemoContext* ctx) {
 Command ConvertCommand() {
   return {"convert",
           "convert frames to another colour space with kimgp_csc",
-          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f]",
+          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f|--rotate OP]",
           "Converts every frame of IN (or of the pattern, default format\n"
           "yuv420) with kimgp_csc into FORMAT and writes the frames to OUT\n"
           "(type by extension or --out-type, as for copy). Raw input needs\n"
@@ -104,10 +145,14 @@ Command ConvertCommand() {
           "of both sides: 601f (BT.601 full range), 709 (BT.709), 709f\n"
           "(BT.709 full range); without it the arithmetic is limited-range\n"
           "BT.601. Pairs the library does not convert are reported with its\n"
-          "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n",
+          "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n"
+          "--rotate converts and turns in one pass with kimgp_csc_rot, for\n"
+          "yuyv to bgra8888 (90l, 90r, 180) and yuv422n or yv16 to yuv420\n"
+          "or yv12 (90l, 90r); 90l and 90r exchange width and height.\n",
           FrameCommandOptions({{"to", "FORMAT", "colour space to convert to"},
                                {"from", "FORMAT", "format of raw input (same as --format)"},
-                               {"std", "STD", "601f, 709 or 709f on both sides"}}),
+                               {"std", "STD", "601f, 709 or 709f on both sides"},
+                               {"rotate", "OP", "90l, 90r, 180, hori or vert (kimgp_csc_rot)"}}),
           RunConvert,
           ConvertDemo};
 }

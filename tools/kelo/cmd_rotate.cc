@@ -13,24 +13,10 @@ namespace kelo {
 namespace cli {
 namespace {
 
-struct Rotation {
-  const char* name;
-  uint32_t code;
-};
-constexpr Rotation kRotations[] = {{"90l", KIMGP_ROT_90L},   {"90r", KIMGP_ROT_90R},
-                                   {"180", KIMGP_ROT_180},   {"hori", KIMGP_ROT_HORI},
-                                   {"vert", KIMGP_ROT_VERT}};
-
 uint32_t ParseRotation(const Args& args) {
   if (!args.Has("rotate")) throw UsageError("rotate: --rotate 90l|90r|180|hori|vert is required");
-  const std::string s = args.Get("rotate");
-  for (const Rotation& r : kRotations) {
-    if (s == r.name) return r.code;
-  }
-  throw UsageError("rotate: --rotate must be 90l, 90r, 180, hori or vert, not '" + s + "'");
+  return RotationCode(args.Get("rotate"), "rotate");
 }
-
-bool IsQuarterTurn(uint32_t code) { return code == KIMGP_ROT_90L || code == KIMGP_ROT_90R; }
 
 // A quarter turn keeps the format only when every plane is subsampled alike
 // in both directions; kimgp_rot moves planes as they are.

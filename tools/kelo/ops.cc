@@ -51,6 +51,24 @@ kimgp_img CopyView(const kimgp_img& img) {
   return v;
 }
 
+uint32_t RotationCode(const std::string& value, const char* command) {
+  static constexpr struct {
+    const char* name;
+    uint32_t code;
+  } kRotations[] = {{"90l", KIMGP_ROT_90L},
+                    {"90r", KIMGP_ROT_90R},
+                    {"180", KIMGP_ROT_180},
+                    {"hori", KIMGP_ROT_HORI},
+                    {"vert", KIMGP_ROT_VERT}};
+  for (const auto& r : kRotations) {
+    if (value == r.name) return r.code;
+  }
+  throw UsageError(std::string(command) + ": --rotate must be 90l, 90r, 180, hori or vert, not '" +
+                   value + "'");
+}
+
+bool IsQuarterTurn(uint32_t code) { return code == KIMGP_ROT_90L || code == KIMGP_ROT_90R; }
+
 bool CopiesSixteenBitRows(const FormatInfo& f) {
   return (f.cs >= 200 && f.cs <= 299) || f.cs == KIMGP_CS_NV12;
 }

@@ -34,6 +34,13 @@ kimgp_img CopyView(const kimgp_img& img);
 // its descriptor puts them.
 bool CopiesSixteenBitRows(const FormatInfo& f);
 
+// The rotation code (KIMGP_ROT_*) of a --rotate value: 90l, 90r, 180, hori
+// or vert. Anything else is a UsageError naming `command`.
+uint32_t RotationCode(const std::string& value, const char* command);
+
+// True for the quarter turns, which exchange width and height.
+bool IsQuarterTurn(uint32_t code);
+
 // kimgp_cpy from src into dst, which must have the same shape. Returns the
 // library's status; nothing is called for kelo-only formats (see
 // RequireLibraryFormat).
