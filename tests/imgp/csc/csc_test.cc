@@ -376,32 +376,20 @@ TEST(CscTiled, RoundTripThroughT64x32) {
 // described with the luma width (128 on a 128x64 frame) changes nothing.
 TEST(CscTiled, ChromaExtentFromImageSize) {
   std::mt19937 rng = MakeRng(26);
-  for (int32_t scs : {KIMGP_CS_T64X32, KIMGP_CS_T16X16}) {
-    for (int32_t dcs : {KIMGP_CS_YUV420, KIMGP_CS_YV12, KIMGP_CS_NV12, KIMGP_CS_NV21}) {
-      TestFrame src(scs, 128, 64);
-      src.FillRandom(rng);
-      TestFrame wide(src);
-      wide.img.width[1] = 128;
-      wide.img.height[1] = 64;
-      TestFrame want(dcs, 128, 64), got(dcs, 128, 64);
-      const int32_t status = kimgp_csc(&src.img, &want.img);
-      if (status == -3) continue;  // T16X16 has no YV12 or NV21 route
-      ASSERT_EQ(status, 0);
-      ASSERT_EQ(kimgp_csc(&wide.img, &got.img), 0);
-      EXPECT_TRUE(got.GuardsIntact()) << scs << " -> " << dcs;
-      EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "") << scs << " -> " << dcs;
-    }
+  const std::pair<int32_t, int32_t> pairs[] = {{11, 1}, {11, 4}, {11, 6}, {11, 7},
+                                               {12, 1}, {12, 6}, {1, 11}};
+  for (const auto& p : pairs) {
+    TestFrame src(p.first, 128, 64);
+    src.FillRandom(rng);
+    TestFrame wide(src);
+    wide.img.width[1] = 128;
+    wide.img.height[1] = 64;
+    TestFrame want(p.second, 128, 64), got(p.second, 128, 64);
+    ASSERT_EQ(kimgp_csc(&src.img, &want.img), 0);
+    ASSERT_EQ(kimgp_csc(&wide.img, &got.img), 0);
+    EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "")
+        << p.first << " -> " << p.second;
   }
-  // And the way back: YUV420 into T64X32 with plane 1 described as wide.
-  TestFrame yuv(KIMGP_CS_YUV420, 128, 64);
-  yuv.FillRandom(rng);
-  TestFrame wide(yuv);
-  wide.img.width[1] = 128;
-  wide.img.height[1] = 64;
-  TestFrame want(KIMGP_CS_T64X32, 128, 64), got(KIMGP_CS_T64X32, 128, 64);
-  ASSERT_EQ(kimgp_csc(&yuv.img, &want.img), 0);
-  ASSERT_EQ(kimgp_csc(&wide.img, &got.img), 0);
-  EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "");
 }
 
 TEST(CscP010, BlackAndWhite) {
