@@ -168,7 +168,10 @@ double TMO_VD_Norm(double x, double s, double k, int32_t n, double a);
  * or beyond the frame height (and bands that start below row 0) are neither
  * read nor written. The destination is tightly packed; its plane pointers
  * are first moved to the band's first row: luma by first * width, YUV420 and
- * YV12 chroma by (first * width) / 4, NV12/NV21 chroma by (first * width) / 2,
+ * YV12 chroma by (first * w2) / 4, NV12/NV21 chroma by (first * w2) / 2, where
+ * w2 is the width rounded up to even (so that four-row slices of an odd
+ * width line up; a band that starts on an odd row starts its chroma there
+ * too, e.g. row 3 of a 10-wide frame at chroma byte 7),
  * RGB888 by first * width * 3, RGBA8888/ARGB8888 by first * width * 4; from
  * there each plane is written pixel after pixel. Columns are taken in blocks
  * of the record's step; a last block that reaches past the width stops at the

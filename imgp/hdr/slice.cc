@@ -258,8 +258,12 @@ void ConvertBand(kimgp_hdr_work* w, int32_t first, int32_t end, bool vector) {
   j.variant = w->variant;
 
   // Destination planes are tightly packed from the band's first row.
+  // Chroma rows hold (width + 1) / 2 samples: an odd width counts as the
+  // next even one, so that four-row slices line up (for even widths this is
+  // (first * width) / 4, also on odd first rows).
   const int64_t at = static_cast<int64_t>(first) * width;
   const int64_t chroma_row = (width + 1) / 2;  // chroma samples per even row
+  const int64_t chroma_at = static_cast<int64_t>(first) * 2 * chroma_row;
   uint8_t* d0 = d.plane[0];
   uint8_t* du = nullptr;
   uint8_t* dv = nullptr;
@@ -276,14 +280,14 @@ void ConvertBand(kimgp_hdr_work* w, int32_t first, int32_t end, bool vector) {
       break;
     case DstKind::kYuv420:
       d0 += at;
-      du = d.plane[d.cs == KIMGP_CS_YV12 ? 2 : 1] + at / 4;
-      dv = d.plane[d.cs == KIMGP_CS_YV12 ? 1 : 2] + at / 4;
+      du = d.plane[d.cs == KIMGP_CS_YV12 ? 2 : 1] + chroma_at / 4;
+      dv = d.plane[d.cs == KIMGP_CS_YV12 ? 1 : 2] + chroma_at / 4;
       chroma_step = chroma_row;
       break;
     case DstKind::kNv12:
     case DstKind::kNv21:
       d0 += at;
-      du = d.plane[1] + at / 2;
+      du = d.plane[1] + chroma_at / 2;
       chroma_step = 2 * chroma_row;
       break;
     case DstKind::kLumaOnly:
