@@ -159,7 +159,10 @@ int32_t Analyze_SrcLuma(int32_t width, int32_t height, const uint16_t *luma);
 
 /*
  * The tone curve on normalised light: s * x up to the knee k, then
- * a * (1 - (1 - x)^n) + (1 - a) * x.
+ * a * (1 - (1 - x)^n) + (1 - a) * x. For the peaks 1000 and 2000 the weight a
+ * is above 1, so the curve rises slightly above 1 before it comes back to 1
+ * at x = 1: along a ramp the output saturates (235) a little before the
+ * chosen peak and may dip back by one code (234) just before it.
  */
 double TMO_VD_Norm(double x, double s, double k, int32_t n, double a);
 
