@@ -10,6 +10,7 @@
 #   pq_dim.y4m     the ramp with white at 100 nits, PQ
 #   hlg_bars.y4m   testsrc2, HLG, 2 frames
 #   hlg_ramp.y4m   the grey ramp, HLG
+#   hlg_bars.p010  hlg_bars.y4m's first frame as raw P010LE (160x90)
 #
 # Needs ffmpeg with zscale (`apt-get install ffmpeg`). Only developers run
 # it; the tests read the committed files.
@@ -42,4 +43,5 @@ make pq_bright "$ramp" 1 smpte2084 2000
 make pq_dim "$ramp" 1 smpte2084 100
 make hlg_bars "$bars" 2 arib-std-b67 1000
 make hlg_ramp "$ramp" 1 arib-std-b67 1000
+ffmpeg -v error -y -i "$out/hlg_bars.y4m" -frames:v 1 -pix_fmt p010le -f rawvideo "$out/hlg_bars.p010"
 ls -l "$out"
