@@ -39,10 +39,20 @@ struct Rgb {
   V32 r, g, b;
 };
 
+// A decoding table's entry for every lane's code, by its arithmetic rule.
+HWY_INLINE V32 Decode(D32 d, const hdr::DecodeRule& r, V32 code) {
+  const V32 c = hn::Sub(hn::Min(hn::Max(code, hn::Set(d, r.in_lo)), hn::Set(d, r.in_hi)),
+                        hn::Set(d, r.center));
+  const V32 v = hn::ShiftRightSame(hn::Add(hn::Mul(c, hn::Set(d, r.mul)),
+                                           hn::Set(d, 1 << (r.shift - 1))),
+                                   r.shift);
+  return hn::Min(hn::Max(v, hn::Set(d, r.out_lo)), hn::Set(d, r.out_hi));
+}
+
 HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, V32 y, V32 rc, V32 gc, V32 bc) {
   const V32 zero = hn::Zero(d);
   const V32 max10 = hn::Set(d, 1023);
-  const V32 yl = hn::GatherIndex(d, hdr::kY10, y);
+  const V32 yl = Decode(d, hdr::kY10Rule, y);
   V32 c[3] = {hn::Min(hn::Max(hn::Add(yl, rc), zero), max10),
               hn::Min(hn::Max(hn::Add(yl, gc), zero), max10),
               hn::Min(hn::Max(hn::Add(yl, bc), zero), max10)};
@@ -177,9 +187,9 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
       v = hn::Min(hn::PromoteTo(d, hn::LoadU(d16, reinterpret_cast<const uint16_t*>(j.c1) + x / 2)), max10);
     }
     // Chroma terms once per pair, then spread over the pair's two pixels.
-    const V32 rc = hn::GatherIndex(d, hdr::kRCr10, v);
-    const V32 gc = hn::Add(hn::GatherIndex(d, hdr::kGCb10, u), hn::GatherIndex(d, hdr::kGCr10, v));
-    const V32 bc = hn::GatherIndex(d, hdr::kBCb10, u);
+    const V32 rc = Decode(d, hdr::kRCr10Rule, v);
+    const V32 gc = hn::Add(Decode(d, hdr::kGCb10Rule, u), Decode(d, hdr::kGCr10Rule, v));
+    const V32 bc = Decode(d, hdr::kBCb10Rule, u);
     const Rgb c0 = ToRgb8(d, j, y0, hn::TableLookupLanes(rc, lo), hn::TableLookupLanes(gc, lo),
                           hn::TableLookupLanes(bc, lo));
     const Rgb c1 = ToRgb8(d, j, y1, hn::TableLookupLanes(rc, hi), hn::TableLookupLanes(gc, hi),

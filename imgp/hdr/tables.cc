@@ -1,6 +1,5 @@
 // Exported constants and decoding tables of the tone mapper.
 #include "common/internal/api.h"
-#include "imgp/hdr/hdr_tables.h"
 #include "kimgp_hdr.h"
 
 #include "imgp/hdr/decode_tables.inc"
@@ -16,15 +15,3 @@ KELO_EXPORT const int16_t LUT_R_CR10[1024] = {KELO_HDR_LUT_R_CR10};
 KELO_EXPORT const int16_t LUT_B_CB10[1024] = {KELO_HDR_LUT_B_CB10};
 KELO_EXPORT const int16_t LUT_G_CB10[1024] = {KELO_HDR_LUT_G_CB10};
 KELO_EXPORT const int16_t LUT_G_CR10[1024] = {KELO_HDR_LUT_G_CR10};
-
-namespace kelo {
-namespace hdr {
-
-alignas(64) const int32_t kY10[1024] = {KELO_HDR_LUT_Y10};
-alignas(64) const int32_t kRCr10[1024] = {KELO_HDR_LUT_R_CR10};
-alignas(64) const int32_t kGCb10[1024] = {KELO_HDR_LUT_G_CB10};
-alignas(64) const int32_t kGCr10[1024] = {KELO_HDR_LUT_G_CR10};
-alignas(64) const int32_t kBCb10[1024] = {KELO_HDR_LUT_B_CB10};
-
-}  // namespace hdr
-}  // namespace kelo

@@ -2,10 +2,12 @@
 // record's layout, and the per-frame curve and tables.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
 
+#include "imgp/hdr/hdr_tables.h"
 #include "tests/imgp/hdr/hdr_test_util.h"
 
 namespace kelo {
@@ -46,6 +48,26 @@ TEST(HdrTables, DecodingTablesFollowTheirRules) {
   EXPECT_EQ(LUT_B_CB10[1023], 963);
   EXPECT_EQ(LUT_G_CB10[0], 84);
   EXPECT_EQ(LUT_G_CR10[1023], -293);
+}
+
+// The fixed-point rules the vector path decodes with give every entry.
+TEST(HdrTables, DecodingArithmeticGivesTheTables) {
+  const struct {
+    const int16_t* table;
+    hdr::DecodeRule rule;
+  } cases[] = {{LUT_Y10, hdr::kY10Rule},
+               {LUT_R_CR10, hdr::kRCr10Rule},
+               {LUT_B_CB10, hdr::kBCb10Rule},
+               {LUT_G_CB10, hdr::kGCb10Rule},
+               {LUT_G_CR10, hdr::kGCr10Rule}};
+  for (const auto& c : cases) {
+    const hdr::DecodeRule& r = c.rule;
+    for (int32_t i = 0; i < 1024; ++i) {
+      const int32_t x = std::min(std::max(i, r.in_lo), r.in_hi) - r.center;
+      const int32_t v = (x * r.mul + (1 << (r.shift - 1))) >> r.shift;
+      ASSERT_EQ(std::min(std::max(v, r.out_lo), r.out_hi), c.table[i]) << i;
+    }
+  }
 }
 
 TEST(HdrTables, TransferConstants) {
