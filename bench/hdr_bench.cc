@@ -50,11 +50,7 @@ const bool kRegistered = [] {
   Register({"hdr p010>rgba8888 1920x1080 1 thread", "P010ToARGBMatrix (BT.2020, no tone map)",
             [p] {
               kimgp_hdr_work w{};
-              w.width = 1920;
-              w.height = 1080;
-              w.step = 32;
-              w.src = &p->src.img;
-              w.dst = &p->dst.img;
+              hdr::InitWork(&w, &p->src.img, &p->dst.img, 0, false);
               hdr::BuildTables(&w, 1000);
               _kimgp_hdr10_to_sdr8(&w, 0, 1080);
             },

@@ -13,6 +13,9 @@ namespace hdr {
 // the scalar definition.
 void ConvertBand(kimgp_hdr_work* w, int32_t first, int32_t end, bool vector);
 
+// Sets a zeroed record's frame words, flags and descriptors for a frame.
+void InitWork(kimgp_hdr_work* w, const kimgp_img* src, kimgp_img* dst, int32_t variant, bool hlg);
+
 // Fills the curve parameters and every table of a record whose width,
 // height, variant and hlg words are set, for a chosen peak.
 void BuildTables(kimgp_hdr_work* w, int32_t peak);

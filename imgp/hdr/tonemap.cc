@@ -112,13 +112,7 @@ int32_t ToneMap(kimgp_img* src, kimgp_img* dst, int32_t variant, bool hlg) {
   src->peak_nits = hlg ? peak : static_cast<int16_t>(peak);
   Log("final nit : %d\n", src->peak_nits);
 
-  w->width = src->width[0];
-  w->height = src->height[0];
-  w->step = w->width % 32 == 0 ? 32 : (w->width % 16 == 0 ? 16 : 8);
-  w->variant = variant;
-  w->hlg = hlg ? 1 : 0;
-  w->src = src;
-  w->dst = dst;
+  InitWork(w, src, dst, variant, hlg);
   BuildTables(w, peak);
 
   slices->next = 16;
@@ -174,6 +168,16 @@ void SetAllocFailureForTest(int32_t n) {
 }
 int32_t AllocationsForTest() { return g_allocs; }
 void SetThreadFailureForTest(uint32_t mask) { g_thread_fail = mask; }
+
+void InitWork(kimgp_hdr_work* w, const kimgp_img* src, kimgp_img* dst, int32_t variant, bool hlg) {
+  w->width = src->width[0];
+  w->height = src->height[0];
+  w->step = w->width % 32 == 0 ? 32 : (w->width % 16 == 0 ? 16 : 8);
+  w->variant = variant;
+  w->hlg = hlg ? 1 : 0;
+  w->src = src;
+  w->dst = dst;
+}
 
 void BuildTables(kimgp_hdr_work* w, int32_t peak) {
   w->peak_scale = 10000.0 / peak;

@@ -59,13 +59,7 @@ inline std::unique_ptr<kimgp_hdr_work> MakeWork(kimgp_img* src, kimgp_img* dst, 
                                                 int32_t variant, bool hlg) {
   auto w = std::make_unique<kimgp_hdr_work>();
   std::memset(w.get(), 0, sizeof(kimgp_hdr_work));
-  w->width = src->width[0];
-  w->height = src->height[0];
-  w->step = w->width % 32 == 0 ? 32 : (w->width % 16 == 0 ? 16 : 8);
-  w->variant = variant;
-  w->hlg = hlg ? 1 : 0;
-  w->src = src;
-  w->dst = dst;
+  hdr::InitWork(w.get(), src, dst, variant, hlg);
   hdr::BuildTables(w.get(), peak);
   return w;
 }
