@@ -139,8 +139,9 @@ int32_t kimgp_hdr_to_sdr(kimgp_img *src, kimgp_img *dst, int32_t mode);
  * PQ frame to SDR. Peak: when src->rsz_mode is 1 the frame is measured
  * (Analyze_SrcLuma); otherwise 1000 when src->peak_nits <= 1500, else 4000.
  * The chosen peak is stored in src->peak_nits (narrowed to 16 bits).
- * `variant` (0 or 1) selects the primaries matrix and the luma and chroma
- * weights. Returns 0 (-1 only when the library cannot allocate).
+ * `variant` (0 or 1; any other value is stored in the record and converts as
+ * 0) selects the primaries matrix and the luma and chroma weights. Returns 0
+ * (-1 only when the library cannot allocate).
  */
 int32_t kimgp_hdr10_to_sdr8(kimgp_img *src, kimgp_img *dst, int32_t variant);
 
