@@ -255,6 +255,7 @@ void ConvertBand(kimgp_hdr_work* w, int32_t first, int32_t end, bool vector) {
   const kimgp_img& d = *w->dst;
   const int32_t width = s.width[0];
   const int32_t stop = end < s.height[0] ? end : s.height[0];
+  if (width <= 0 || first >= stop) return;
   RowJob j{};
   j.src = s.cs == KIMGP_CS_P010LE          ? SrcKind::kP010
           : s.cs == KIMGP_CS_YUV420PLANAR16 ? SrcKind::kPlanar16
