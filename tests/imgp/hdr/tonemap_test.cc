@@ -125,6 +125,37 @@ TEST(HdrEntry, ThreadsMatchOnePass) {
   }
 }
 
+// The counter hands out four-row slices up to the height; one worker on its
+// own converts the whole frame from its first slice and the counter.
+TEST(HdrEntry, SliceCounterAndWorkerBody) {
+  kimgp_hdr_slices slices;
+  ASSERT_EQ(pthread_mutex_init(&slices.mutex, nullptr), 0);
+  slices.next = 16;
+  slices.limit = 25;
+  EXPECT_EQ(getStart(&slices), 16);
+  EXPECT_EQ(getStart(&slices), 20);
+  EXPECT_EQ(getStart(&slices), 24);
+  EXPECT_EQ(getStart(&slices), -1);
+  EXPECT_EQ(getStart(&slices), -1);
+
+  auto rng = MakeRng(23);
+  TestFrame src(KIMGP_CS_P010LE, 40, 11);
+  src.FillRandom(rng);
+  TestFrame got(KIMGP_CS_NV12, 40, 11), want(KIMGP_CS_NV12, 40, 11);
+  auto w = MakeWork(&src.img, &got.img, 2000, 0, false);
+  auto ref = MakeWork(&src.img, &want.img, 2000, 0, false);
+  hdr::ConvertBand(ref.get(), 0, 11, false);
+  slices.next = 4;
+  slices.limit = 11;
+  kimgp_hdr_thread_arg arg{w.get(), &slices, 0};
+  pthread_t t;
+  ASSERT_EQ(pthread_create(&t, nullptr, thread_kimgp_hdr10_to_sdr8, &arg), 0);
+  ASSERT_EQ(pthread_join(t, nullptr), 0);
+  EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "");
+  EXPECT_EQ(slices.next, 12);
+  pthread_mutex_destroy(&slices.mutex);
+}
+
 // Every allocation of a call, failed in turn: -1, nothing written, nothing
 // logged, nothing held (the sanitizer build's leak check).
 TEST(HdrEntry, AllocationFailures) {
