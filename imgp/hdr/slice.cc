@@ -211,6 +211,7 @@ HWY_AFTER_NAMESPACE();
 #endif  // KELO_HAVE_HWY
 
 #if !KELO_HAVE_HWY || HWY_ONCE
+#include <cstddef>
 #include <cstdio>
 
 #include "common/internal/api.h"

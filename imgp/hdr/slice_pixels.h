@@ -4,6 +4,7 @@
 #ifndef KELO_IMGP_HDR_SLICE_PIXELS_H_
 #define KELO_IMGP_HDR_SLICE_PIXELS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
