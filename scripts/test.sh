@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds and runs the test suite of each preset given
-# (default: release). Presets: release debug sanitizers scalar armhf m32.
+# (default: release). Presets: release debug sanitizers tsan scalar armhf m32.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 presets=("$@")

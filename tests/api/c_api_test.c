@@ -4,6 +4,7 @@
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
+#include <kimgp_hdr.h>
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
@@ -19,6 +20,7 @@ int main(void) {
   a.plane[0] = src;
   b.plane[0] = dst;
   if (kimgp_cpy(&a, &b) != KIMGP_OK || dst[3] != 4) return 1;
+  if (kimgp_hdr_to_sdr(&a, &b, 3) != KIMGP_ERR_ARGS || LUT_Y10[940] != 1024) return 9;
   p = kcmn_malloc_align32(100);
   if (p == NULL || ((size_t)p & 31u) != 0) return 2;
   kcmn_mfree_align32(p);

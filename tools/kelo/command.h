@@ -41,6 +41,7 @@ Command InfoCommand();
 Command ProbeCommand();
 Command ResizeCommand();
 Command RotateCommand();
+Command TonemapCommand();
 
 // Every subcommand, in the order help lists them.
 const std::vector<Command>& Commands();

@@ -88,6 +88,7 @@ const std::vector<Command>& Commands() {
       CopyCommand(),
       RotateCommand(),
       ResizeCommand(),
+      TonemapCommand(),
       DemoCommand(),
       InfoCommand(),
       ProbeCommand(),
