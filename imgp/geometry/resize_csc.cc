@@ -171,33 +171,38 @@ bool MakeFrame(const kimgp_img* src, const kimgp_img* dst, void* scratch, Frame*
   return true;
 }
 
+// For walks whose rows are converted as they are handed out.
 void NoRow(const csc::YuvRow&, uint8_t*, int) {}
 
-// The frame's dw x dh pixels into dst with the row converter of `id`. The
-// chroma row of each row is the conversion walk's own; an odd width converts
-// its last pixel on its own, so nothing is written beyond the row.
+// The frame's dw x dh pixels into dst with the rows of `id` through the
+// conversion walk, which decides each row's chroma row. An even width is the
+// walk as kimgp_csc runs it; an odd width converts the pixels up to its last
+// pair and its last pixel on its own, so nothing is written beyond the row.
 void ConvertFrame(const Frame& f, bool interleaved, csc::YuvToRgbRowId id, int bpp,
                   uint8_t* dst, int32_t ds) {
-  const csc::YuvToRgbRowFn one = csc::YuvToRgbRowFor(id).one;
+  const csc::YuvToRgbRows rows = csc::YuvToRgbRowFor(id);
   const ptrdiff_t cstride = interleaved ? 2 * ptrdiff_t{f.cw} : f.cw;
-  const int cstep = interleaved ? 2 : 1;
-  const int even = f.dw & ~1;
+  auto row_of = [&](int r, int crow) {
+    const uint8_t* y = f.y + ptrdiff_t{r} * f.dw;
+    const uint8_t* c = f.u + crow * cstride;
+    return interleaved ? csc::YuvRow{y, c, c + 1} : csc::YuvRow{y, c, f.v + crow * cstride};
+  };
+  if ((f.dw & 1) == 0) {
+    csc::YuvToRgbWalk<true>(f.dw, f.dh, row_of, dst, ds, rows);
+    return;
+  }
+  const int even = f.dw - 1;
+  const ptrdiff_t last = ptrdiff_t{f.cw - 1} * (interleaved ? 2 : 1);
   csc::YuvToRgbWalk<true>(
       f.dw, f.dh,
       [&](int r, int crow) {
-        const uint8_t* y = f.y + ptrdiff_t{r} * f.dw;
-        const uint8_t* c = f.u + crow * cstride;
-        const csc::YuvRow row =
-            interleaved ? csc::YuvRow{y, c, c + 1} : csc::YuvRow{y, c, f.v + crow * cstride};
+        const csc::YuvRow row = row_of(r, crow);
         uint8_t* out = dst + ptrdiff_t{r} * ds;
-        one(row, out, even);
-        if (f.dw & 1) {
-          const uint8_t ty[2] = {y[even], y[even]};
-          const ptrdiff_t k = ptrdiff_t{f.cw - 1} * cstep;
-          uint8_t px[8];
-          one(csc::YuvRow{ty, row.u + k, row.v + k}, px, 2);
-          std::memcpy(out + ptrdiff_t{even} * bpp, px, static_cast<size_t>(bpp));
-        }
+        rows.one(row, out, even);
+        const uint8_t ty[2] = {row.y[even], row.y[even]};
+        uint8_t px[8];
+        rows.one(csc::YuvRow{ty, row.u + last, row.v + last}, px, 2);
+        std::memcpy(out + ptrdiff_t{even} * bpp, px, static_cast<size_t>(bpp));
         return row;
       },
       dst, ds, csc::YuvToRgbRows{&NoRow, nullptr});
