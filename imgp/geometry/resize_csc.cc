@@ -178,12 +178,15 @@ void NoRow(const csc::YuvRow&, uint8_t*, int) {}
 // conversion walk, which decides each row's chroma row. An even width is the
 // walk as kimgp_csc runs it; an odd width converts the pixels up to its last
 // pair and its last pixel on its own, so nothing is written beyond the row.
+// luma(r) gives luma row r; rows are asked for in order, a row and the one
+// below it (from an even row) together.
+template <class Luma>
 void ConvertFrame(const Frame& f, bool interleaved, csc::YuvToRgbRowId id, int bpp,
-                  uint8_t* dst, int32_t ds) {
+                  uint8_t* dst, int32_t ds, Luma&& luma) {
   const csc::YuvToRgbRows rows = csc::YuvToRgbRowFor(id);
   const ptrdiff_t cstride = interleaved ? 2 * ptrdiff_t{f.cw} : f.cw;
   auto row_of = [&](int r, int crow) {
-    const uint8_t* y = f.y + ptrdiff_t{r} * f.dw;
+    const uint8_t* y = luma(r);
     const uint8_t* c = f.u + crow * cstride;
     return interleaved ? csc::YuvRow{y, c, c + 1} : csc::YuvRow{y, c, f.v + crow * cstride};
   };
@@ -208,15 +211,82 @@ void ConvertFrame(const Frame& f, bool interleaved, csc::YuvToRgbRowId id, int b
       dst, ds, csc::YuvToRgbRows{&NoRow, nullptr});
 }
 
-// YUV420 source: the resizer on each plane, then the conversion.
+int32_t Gcd(int32_t a, int32_t b) {
+  while (b != 0) {
+    const int32_t t = a % b;
+    a = b;
+    b = t;
+  }
+  return a;
+}
+
+// The luma plane of a shrink in both directions, made a strip of rows at a
+// time as the conversion asks for them, by the shrinking kernel itself. A
+// strip holds whole periods of the row accumulator (dh / gcd(rh, dh) rows),
+// so at its first row the accumulator is 0 again and a call for its n rows
+// with the remainder rh n / dh takes the same rows; an even number of rows,
+// so that two rows that share chroma share a strip.
+class LumaStrips {
+ public:
+  LumaStrips(const uint8_t* src, int32_t ss, const Frame& f, uint8_t* buf)
+      : src_(src), ss_(ss), f_(f), buf_(buf) {
+    fw_ = f.sw / f.dw, rw_ = f.sw % f.dw, fh_ = f.sh / f.dh, rh_ = f.sh % f.dh;
+    mult_ = rw_ == 0 && rh_ == 0;
+    const int32_t period = f.dh / Gcd(rh_, f.dh);
+    rows_ = period * ((kMinRows + period - 1) / period);
+    if (rows_ % 2 != 0) rows_ *= 2;
+  }
+  static bool Serves(const Frame& f) {
+    if (f.dw >= f.sw || f.dh >= f.sh) return false;
+    return f.dh / Gcd(f.sh % f.dh, f.dh) <= kMaxRows / 2;
+  }
+  const uint8_t* Row(int32_t r) {
+    if (r >= end_) Fill(end_);
+    return buf_ + ptrdiff_t{r - begin_} * f_.dw;
+  }
+
+ private:
+  static constexpr int32_t kMinRows = 16, kMaxRows = 128;
+  void Fill(int32_t y0) {
+    const int32_t n = f_.dh - y0 < rows_ ? f_.dh - y0 : rows_;
+    const int64_t first = int64_t{y0} * fh_ + int64_t{y0} * rh_ / f_.dh;
+    const uint8_t* s = src_ + first * ss_;
+    if (mult_) {
+      kimgp_8b_rsz_down_mult(s, buf_, f_.dw, n, fw_, ss_, fh_ * ss_, f_.dw);
+    } else {
+      const auto rh = static_cast<int32_t>(int64_t{rh_} * n / f_.dh);
+      kimgp_8b_rsz_down_non_mult(s, buf_, f_.dw, n, fw_, ss_, fh_ * ss_, rw_, rh, f_.dw);
+    }
+    begin_ = y0;
+    end_ = y0 + n;
+  }
+  const uint8_t* src_;
+  int32_t ss_;
+  const Frame& f_;
+  uint8_t* buf_;
+  int32_t fw_, rw_, fh_, rh_, rows_;
+  bool mult_;
+  int32_t begin_ = 0, end_ = 0;
+};
+
+// YUV420 source: the resizer on each chroma plane, then the conversion with
+// luma resized as it goes (in strips when both directions shrink, else the
+// whole plane first).
 int32_t FusedYuv420(const kimgp_img* src, kimgp_img* dst, void* scratch, int32_t mode,
                     csc::YuvToRgbRowId id, int bpp) {
   Frame f;
   if (!MakeFrame(src, dst, scratch, &f)) return KIMGP_ERR_ARGS;
-  kimgp_rsz_8b(src->plane[0], f.sw, f.sh, f.dw, f.dh, f.y, f.tmp, src->stride[0], f.dw, mode);
   kimgp_rsz_8b(src->plane[1], f.scw, f.sch, f.cw, f.ch, f.u, f.tmp, src->stride[1], f.cw, mode);
   kimgp_rsz_8b(src->plane[2], f.scw, f.sch, f.cw, f.ch, f.v, f.tmp, src->stride[2], f.cw, mode);
-  ConvertFrame(f, false, id, bpp, dst->plane[0], dst->stride[0]);
+  if (LumaStrips::Serves(f)) {
+    LumaStrips strips(src->plane[0], src->stride[0], f, f.y);
+    ConvertFrame(f, false, id, bpp, dst->plane[0], dst->stride[0],
+                 [&](int r) { return strips.Row(r); });
+    return KIMGP_OK;
+  }
+  kimgp_rsz_8b(src->plane[0], f.sw, f.sh, f.dw, f.dh, f.y, f.tmp, src->stride[0], f.dw, mode);
+  ConvertFrame(f, false, id, bpp, dst->plane[0], dst->stride[0],
+               [&](int r) { return f.y + ptrdiff_t{r} * f.dw; });
   return KIMGP_OK;
 }
 
@@ -229,7 +299,8 @@ int32_t FusedT64x32(const kimgp_img* src, kimgp_img* dst, void* scratch, int32_t
               f.row, mode);
   ResizeTiled(kPairs, src->plane[1], src->stride[1], f.scw, f.sch, f.cw, f.ch, f.u, 2 * f.cw,
               f.tmp, f.row, mode);
-  ConvertFrame(f, true, csc::kRow_Nv12_Rgb565_kBt601Limited, 2, dst->plane[0], dst->stride[0]);
+  ConvertFrame(f, true, csc::kRow_Nv12_Rgb565_kBt601Limited, 2, dst->plane[0], dst->stride[0],
+               [&](int r) { return f.y + ptrdiff_t{r} * f.dw; });
   return KIMGP_OK;
 }
 
