@@ -49,7 +49,9 @@ extern "C" {
  * code and stride above, on one heap block of stride x height bytes (-1 when
  * that product is below 1); kimgp_rsz into it, kimgp_csc from it into dst;
  * freed; 0. kimgp_rsz can only fail there by failing to allocate: that
- * returns -1 before dst is written.
+ * returns -1 before dst is written. RGBA8888 shrunk in both directions runs
+ * the same two steps a strip of rows at a time through a temporary of one
+ * strip (the same bytes, less memory).
  *
  * The fused kernels run on one heap block of
  *   max(F, N) bytes, F = dw sh + (ds / 2) dh + 2 ((dw / 2) (sh / 2) + (ds / 4) (dh / 2)),

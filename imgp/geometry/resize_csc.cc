@@ -220,52 +220,67 @@ int32_t Gcd(int32_t a, int32_t b) {
   return a;
 }
 
-// The luma plane of a shrink in both directions, made a strip of rows at a
-// time as the conversion asks for them, by the shrinking kernel itself. A
-// strip holds whole periods of the row accumulator (dh / gcd(rh, dh) rows),
-// so at its first row the accumulator is 0 again and a call for its n rows
-// with the remainder rh n / dh takes the same rows; an even number of rows,
-// so that two rows that share chroma share a strip.
-class LumaStrips {
+// A plane shrunk in both directions, made a strip of rows at a time by the
+// shrinking kernel itself (8-bit samples or 4-byte pixels). A strip holds
+// whole periods of the row accumulator (dh / gcd(rh, dh) rows), so at its
+// first row the accumulator is 0 again and a call for its n rows with the
+// remainder rh n / dh takes the same rows; an even number of rows, so that
+// two rows that share chroma share a strip.
+class ShrinkStrips {
  public:
-  LumaStrips(const uint8_t* src, int32_t ss, const Frame& f, uint8_t* buf)
-      : src_(src), ss_(ss), f_(f), buf_(buf) {
-    fw_ = f.sw / f.dw, rw_ = f.sw % f.dw, fh_ = f.sh / f.dh, rh_ = f.sh % f.dh;
-    mult_ = rw_ == 0 && rh_ == 0;
-    const int32_t period = f.dh / Gcd(rh_, f.dh);
-    rows_ = period * ((kMinRows + period - 1) / period);
-    if (rows_ % 2 != 0) rows_ *= 2;
+  using MultFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t,
+                          int32_t);
+  using NonMultFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t,
+                             int32_t, int32_t, int32_t);
+  // src: sw x sh with stride ss; strips of dw units, rows `bs` bytes apart
+  // in buf (which holds Rows(dh) rows).
+  ShrinkStrips(MultFn mult, NonMultFn non_mult, const uint8_t* src, int32_t ss, int32_t sw,
+               int32_t sh, int32_t dw, int32_t dh, uint8_t* buf, int32_t bs)
+      : mult_fn_(mult), non_mult_fn_(non_mult), src_(src), ss_(ss), dw_(dw), dh_(dh),
+        buf_(buf), bs_(bs) {
+    fw_ = sw / dw, rw_ = sw % dw, fh_ = sh / dh, rh_ = sh % dh;
+    rows_ = Rows(sh, dh);
   }
-  static bool Serves(const Frame& f) {
-    if (f.dw >= f.sw || f.dh >= f.sh) return false;
-    return f.dh / Gcd(f.sh % f.dh, f.dh) <= kMaxRows / 2;
+  // Whether both directions shrink with a period short enough for strips.
+  static bool Serves(int32_t sw, int32_t sh, int32_t dw, int32_t dh) {
+    return dw >= 1 && dh >= 1 && dw < sw && dh < sh && dh / Gcd(sh % dh, dh) <= kMaxPeriod;
   }
+  // Rows per strip.
+  static int32_t Rows(int32_t sh, int32_t dh) {
+    const int32_t period = dh / Gcd(sh % dh, dh);
+    const int32_t rows = period * ((kMinRows + period - 1) / period);
+    return rows % 2 != 0 ? 2 * rows : rows;
+  }
+  // Row r; rows are asked for in order.
   const uint8_t* Row(int32_t r) {
     if (r >= end_) Fill(end_);
-    return buf_ + ptrdiff_t{r - begin_} * f_.dw;
+    return buf_ + ptrdiff_t{r - begin_} * bs_;
   }
-
- private:
-  static constexpr int32_t kMinRows = 16, kMaxRows = 128;
-  void Fill(int32_t y0) {
-    const int32_t n = f_.dh - y0 < rows_ ? f_.dh - y0 : rows_;
-    const int64_t first = int64_t{y0} * fh_ + int64_t{y0} * rh_ / f_.dh;
+  // Rows [y0, y0 + returned count) into buf.
+  int32_t Fill(int32_t y0) {
+    const int32_t n = dh_ - y0 < rows_ ? dh_ - y0 : rows_;
+    const int64_t first = int64_t{y0} * fh_ + int64_t{y0} * rh_ / dh_;
     const uint8_t* s = src_ + first * ss_;
-    if (mult_) {
-      kimgp_8b_rsz_down_mult(s, buf_, f_.dw, n, fw_, ss_, fh_ * ss_, f_.dw);
+    if (rw_ == 0 && rh_ == 0) {
+      mult_fn_(s, buf_, dw_, n, fw_, ss_, fh_ * ss_, bs_);
     } else {
-      const auto rh = static_cast<int32_t>(int64_t{rh_} * n / f_.dh);
-      kimgp_8b_rsz_down_non_mult(s, buf_, f_.dw, n, fw_, ss_, fh_ * ss_, rw_, rh, f_.dw);
+      const auto rh = static_cast<int32_t>(int64_t{rh_} * n / dh_);
+      non_mult_fn_(s, buf_, dw_, n, fw_, ss_, fh_ * ss_, rw_, rh, bs_);
     }
     begin_ = y0;
     end_ = y0 + n;
+    return n;
   }
+
+ private:
+  static constexpr int32_t kMinRows = 16, kMaxPeriod = 64;
+  MultFn mult_fn_;
+  NonMultFn non_mult_fn_;
   const uint8_t* src_;
-  int32_t ss_;
-  const Frame& f_;
+  int32_t ss_, dw_, dh_;
   uint8_t* buf_;
+  int32_t bs_;
   int32_t fw_, rw_, fh_, rh_, rows_;
-  bool mult_;
   int32_t begin_ = 0, end_ = 0;
 };
 
@@ -278,8 +293,9 @@ int32_t FusedYuv420(const kimgp_img* src, kimgp_img* dst, void* scratch, int32_t
   if (!MakeFrame(src, dst, scratch, &f)) return KIMGP_ERR_ARGS;
   kimgp_rsz_8b(src->plane[1], f.scw, f.sch, f.cw, f.ch, f.u, f.tmp, src->stride[1], f.cw, mode);
   kimgp_rsz_8b(src->plane[2], f.scw, f.sch, f.cw, f.ch, f.v, f.tmp, src->stride[2], f.cw, mode);
-  if (LumaStrips::Serves(f)) {
-    LumaStrips strips(src->plane[0], src->stride[0], f, f.y);
+  if (ShrinkStrips::Serves(f.sw, f.sh, f.dw, f.dh)) {
+    ShrinkStrips strips(kimgp_8b_rsz_down_mult, kimgp_8b_rsz_down_non_mult, src->plane[0],
+                        src->stride[0], f.sw, f.sh, f.dw, f.dh, f.y, f.dw);
     ConvertFrame(f, false, id, bpp, dst->plane[0], dst->stride[0],
                  [&](int r) { return strips.Row(r); });
     return KIMGP_OK;
@@ -372,6 +388,38 @@ int32_t TwoStep(const kimgp_img* src, kimgp_img* dst, const Route& r) {
   return st == KIMGP_OK ? KIMGP_OK : KIMGP_ERR_ARGS;
 }
 
+// RGBA8888 shrunk in both directions into NV12 or NV21: the two steps a strip
+// of rows at a time through a temporary of one strip, the conversion kernel
+// run on each strip (its rows start at even rows, so its chroma rows are
+// those of the whole frame). Returns false when the sizes do not suit strips.
+bool RgbaToNvStrips(const kimgp_img* src, kimgp_img* dst, int32_t* status) {
+  const int32_t sw = src->width[0], sh = src->height[0], dw = dst->width[0], dh = dst->height[0];
+  if (!ShrinkStrips::Serves(sw, sh, dw, dh)) return false;
+  const int64_t bs = 4 * int64_t{dw};
+  const int32_t rows = ShrinkStrips::Rows(sh, dh);
+  uint8_t* tmp = static_cast<uint8_t*>(Allocate(bs * rows));
+  *status = KIMGP_ERR_ARGS;
+  if (tmp == nullptr) return true;
+  ShrinkStrips strips(kimgp_8b8b8b8b_rsz_down_mult, kimgp_8b8b8b8b_rsz_down_non_mult,
+                      src->plane[0], src->stride[0], sw, sh, dw, dh, tmp,
+                      static_cast<int32_t>(bs));
+  const kimgp_csc_kernel kernel =
+      dst->cs == KIMGP_CS_NV12 ? kimgp_csc_rgba8888_to_nv12 : kimgp_csc_rgba8888_to_nv21;
+  for (int32_t y0 = 0; y0 < dh;) {
+    const int32_t n = strips.Fill(y0);
+    uint8_t* sp[4] = {tmp, nullptr, nullptr, nullptr};
+    const int32_t w[4] = {dw, 0, 0, 0}, h[4] = {n, 0, 0, 0};
+    int32_t ss[4] = {static_cast<int32_t>(bs), 0, 0, 0};
+    uint8_t* dp[4] = {dst->plane[0] + ptrdiff_t{y0} * dst->stride[0],
+                      dst->plane[1] + ptrdiff_t{y0 / 2} * dst->stride[1], nullptr, nullptr};
+    kernel(sp, w, h, ss, dst->stride, dp);
+    y0 += n;
+  }
+  std::free(tmp);
+  *status = KIMGP_OK;
+  return true;
+}
+
 // The scratch of the fused kernels.
 int64_t ScratchBytes(const kimgp_img* src, const kimgp_img* dst) {
   const int64_t sw = src->width[0], sh = src->height[0];
@@ -413,6 +461,10 @@ KELO_EXPORT int32_t kimgp_rsz_csc(const kimgp_img* src, kimgp_img* dst) {
     case Action::kRgbaToNv:
       if (src->width[0] == dst->width[0] && src->height[0] == dst->height[0]) {
         return kimgp_csc(src, dst);
+      }
+      {
+        int32_t st;
+        if (RgbaToNvStrips(src, dst, &st)) return st;
       }
       return TwoStep(src, dst, *r);
     case Action::kGreyToYuv420:

@@ -92,7 +92,8 @@ std::vector<uint8_t> TwoSteps(const kimgp_img& src_in, int32_t mid, const kimgp_
 TEST(RszCsc, RoutesGiveTheirReferences) {
   std::mt19937 rng = MakeRng(11);
   const Size2 sizes[][2] = {{{16, 12}, {24, 20}}, {{64, 40}, {40, 26}}, {{33, 17}, {33, 17}},
-                            {{30, 9}, {20, 31}},  {{96, 64}, {64, 64}}};
+                            {{30, 9}, {20, 31}},  {{96, 64}, {64, 64}}, {{300, 200}, {200, 100}},
+                            {{160, 120}, {96, 45}}};
   for (const auto& sz : sizes) {
     for (const Pair& p : kSupported) {
       const int32_t sw = sz[0].w, sh = sz[0].h, dw = sz[1].w, dh = sz[1].h;
