@@ -8,6 +8,7 @@
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
+#include <kimgp_rsz_csc.h>
 
 #include <stddef.h>
 #include <stdio.h>
@@ -58,6 +59,9 @@ int main(void) {
     q.plane[0] = h;
     if (kimgp_rsz(&s, &q) != KIMGP_OK || h[0] != (1 + 2 + 5 + 6) / 4) return 8;
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
+    /* Frames below 8x8 are refused by the resize-and-convert entry. */
+    d.cs = KIMGP_CS_RGB888;
+    if (kimgp_rsz_csc(&s, &d) != KIMGP_ERR_UNSUPPORTED) return 10;
   }
   {
     /* Conversion with rotation: the tables, and a refused code. */
