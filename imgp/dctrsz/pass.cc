@@ -1,0 +1,435 @@
+// DCT-domain downscaler: the per-frame pass. The calling thread prepares the
+// planes the blocks read (pre-shrunk, or chroma split out of an interleaved
+// plane) and releases two workers through unnamed semaphores; the workers
+// take alternate block rows of every plane.
+#include <pthread.h>
+#include <semaphore.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "common/internal/api.h"
+#include "imgp/dctrsz/dctrsz_internal.h"
+#include "kimgp_dctrsz.h"
+
+namespace kelo {
+namespace dctrsz {
+namespace {
+
+// A plane as a block pass reads it: samples beyond w x h read as the nearest
+// edge sample.
+struct SrcPlane {
+  const uint8_t* data;
+  ptrdiff_t stride;
+  int32_t w, h;
+};
+
+// A plane as a block pass writes it: nothing outside w x h.
+struct DstPlane {
+  uint8_t* data;
+  ptrdiff_t stride;
+  int32_t w, h;
+};
+
+struct PlaneJob {
+  SrcPlane src;
+  DstPlane dst;
+  int p;          // settings plane: 0 luma, 1 chroma
+  size_t first;   // the plane's first block entry
+};
+
+struct Scratch {
+  int32_t* acc;
+  uint8_t* buf;
+};
+
+inline int32_t Clamp(int64_t v, int32_t hi) {
+  return static_cast<int32_t>(v < 0 ? 0 : (v > hi ? hi : v));
+}
+
+// One output block at block row r, column c of a plane.
+void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
+           const PlaneJob& job, int64_t r, int64_t c, size_t i, Scratch s) {
+  const int32_t cx = ctx.ceil_x[0], cy = ctx.ceil_y[0];
+  const int32_t win_w = 4 * cx, win_h = 4 * cy;
+  const int k = ctx.blk_class[i];
+  const int m = MatrixClass(k, ctx.n_class[0]);
+  const int64_t xo = ctx.blk_xoff[i], yo = ctx.blk_yoff[i];
+  const SrcPlane& sp = job.src;
+  const uint8_t* pix;
+  ptrdiff_t pitch;
+  if (xo >= 0 && yo >= 0 && xo + win_w <= sp.w && yo + win_h <= sp.h) {
+    pix = sp.data + yo * sp.stride + xo;
+    pitch = sp.stride;
+  } else {
+    for (int32_t y = 0; y < win_h; ++y) {
+      const uint8_t* row = sp.data + Clamp(yo + y, sp.h - 1) * sp.stride;
+      for (int32_t x = 0; x < win_w; ++x) s.buf[y * win_w + x] = row[Clamp(xo + x, sp.w - 1)];
+    }
+    pix = s.buf;
+    pitch = win_w;
+  }
+  std::memset(s.acc, 0, 64);
+  const int32_t ni = cy - (ctx.pad_y[0][m] >= 4 ? 1 : 0);
+  const int32_t nj = cx - (ctx.pad_x[0][m] >= 4 ? 1 : 0);
+  for (int32_t bi = 0; bi < ni; ++bi) {
+    for (int32_t bj = 0; bj < nj; ++bj) {
+      FdctSubBlock(pix + 4 * bi * pitch + 4 * bj, s.acc, vmat[m][bi], hmat[m][bj], pitch);
+    }
+  }
+  const DstPlane& dp = job.dst;
+  const int64_t x0 = 4 * c, y0 = 4 * r;
+  const int32_t* q = ctx.qscale[job.p][k];
+  if (x0 + 4 <= dp.w && y0 + 4 <= dp.h) {
+    IdctDequant(dp.data + y0 * dp.stride + x0, dp.stride, s.acc, q);
+    return;
+  }
+  // Border block: the visible cw x rh pixels through a tight scratch.
+  int16_t coef[16];
+  for (int n = 0; n < 16; ++n) coef[n] = Dequantise(s.acc[n], q[n]);
+  const int32_t cw = static_cast<int32_t>(std::min<int64_t>(4, dp.w - x0));
+  const int32_t rh = static_cast<int32_t>(std::min<int64_t>(4, dp.h - y0));
+  uint8_t tight[16];
+  kimgp_idct_blocknxn_float(tight, 0, 0, coef, cw, rh);
+  for (int32_t y = 0; y < rh; ++y) {
+    std::memcpy(dp.data + (y0 + y) * dp.stride + x0, tight + y * cw, static_cast<size_t>(cw));
+  }
+}
+
+// Block rows r with r % 2 == parity of one plane.
+void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
+               const PlaneJob& job, int parity, Scratch s) {
+  const int p = job.p;
+  const int64_t rows = int64_t{ctx.n_rows_b[p]} + ctx.n_rows_b1[p];
+  const int64_t cols = int64_t{ctx.n_cols_a[p]} + ctx.n_cols_a1[p];
+  for (int64_t r = parity; r < rows && 4 * r < job.dst.h; r += 2) {
+    for (int64_t c = 0; c < cols && 4 * c < job.dst.w; ++c) {
+      Block(ctx, vmat, hmat, job, r, c, job.first + static_cast<size_t>(r * cols + c), s);
+    }
+  }
+}
+
+// Average of f x f samples (sum >> 2 for f = 2, >> 4 for f = 4, the sample
+// for f = 1) of one component (`step` bytes apart) into an out_w x out_h
+// plane of another step; source coordinates clamped to the w x h plane.
+void Average(const SrcPlane& src, int sstep, int f, uint8_t* dst,
+             ptrdiff_t dstride, int dstep, int32_t out_w, int32_t out_h) {
+  const int shift = f == 4 ? 4 : (f == 2 ? 2 : 0);
+  for (int32_t y = 0; y < out_h; ++y) {
+    uint8_t* out = dst + y * dstride;
+    const uint8_t* rows[4];
+    for (int i = 0; i < f; ++i) {
+      rows[i] = src.data + Clamp(int64_t{y} * f + i, src.h - 1) * src.stride;
+    }
+    int32_t x = 0;
+    if (f == 2 && sstep == 1 && dstep == 1) {
+      // Inside the plane without clamping.
+      const int32_t inner = std::min<int32_t>(out_w, src.w / 2);
+      for (; x < inner; ++x) {
+        out[x] = static_cast<uint8_t>((rows[0][2 * x] + rows[0][2 * x + 1] +
+                                       rows[1][2 * x] + rows[1][2 * x + 1]) >> 2);
+      }
+    }
+    for (; x < out_w; ++x) {
+      uint32_t sum = 0;
+      for (int i = 0; i < f; ++i) {
+        for (int j = 0; j < f; ++j) {
+          sum += rows[i][static_cast<ptrdiff_t>(Clamp(int64_t{x} * f + j, src.w - 1)) * sstep];
+        }
+      }
+      out[static_cast<ptrdiff_t>(x) * dstep] = static_cast<uint8_t>(sum >> shift);
+    }
+  }
+}
+
+struct Pass {
+  const kimgp_rsz_new_ctx* ctx;
+  int16_t*** vmat;
+  int16_t*** hmat;
+  PlaneJob jobs[3];
+  int n_jobs;
+  sem_t ready[2];  // luma prepared; chroma prepared
+};
+
+struct WorkerArg {
+  Pass* pass;
+  int parity;
+  Scratch scratch;
+};
+
+void* Worker(void* arg) {
+  auto* w = static_cast<WorkerArg*>(arg);
+  Pass& ps = *w->pass;
+  sem_wait(&ps.ready[0]);
+  PlaneRows(*ps.ctx, ps.vmat, ps.hmat, ps.jobs[0], w->parity, w->scratch);
+  sem_wait(&ps.ready[1]);
+  for (int j = 1; j < ps.n_jobs; ++j) {
+    PlaneRows(*ps.ctx, ps.vmat, ps.hmat, ps.jobs[j], w->parity, w->scratch);
+  }
+  return nullptr;
+}
+
+bool Interleaved(int32_t cs) { return cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21; }
+
+// Sizes of the planes the DCT stage reads, before extension (as the
+// settings take them) and as stored.
+struct Geometry {
+  int32_t sw[2], sh[2];   // settings' source sizes
+  int shrink;             // 1, 2 or 4
+};
+
+Geometry SourceGeometry(const kimgp_img& s, int32_t mode) {
+  Geometry g;
+  g.shrink = mode == 2 ? 2 : (mode == 4 ? 4 : 1);
+  if (mode == 2) {
+    g.sw[0] = (s.width[0] / 2) & ~1;
+    g.sw[1] = (s.width[0] / 2) >> 1;
+    g.sh[0] = s.height[0] >> 1;
+    g.sh[1] = s.height[0] >> 2;
+  } else if (mode == 4) {
+    const int32_t q = s.width[0] / 4;
+    g.sw[0] = q + (q & 1);
+    g.sw[1] = g.sw[0] >> 1;
+    g.sh[0] = s.height[0] >> 2;
+    g.sh[1] = s.height[0] >> 3;
+  } else {
+    g.sw[0] = s.width[0];
+    g.sw[1] = s.width[1];
+    g.sh[0] = s.height[0];
+    g.sh[1] = s.height[1];
+  }
+  return g;
+}
+
+bool PlaneFits(const kimgp_img& m, int i, int bytes_per_sample) {
+  return m.width[i] >= 1 && m.height[i] >= 1 &&
+         int64_t{m.stride[i]} >= int64_t{m.width[i]} * bytes_per_sample &&
+         m.buf_height[i] >= m.height[i];
+}
+
+int32_t Validate(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_ctx& ctx) {
+  const bool ok_cs = s.cs == KIMGP_CS_YUV420 || Interleaved(s.cs);
+  const bool ok_dcs = d.cs == KIMGP_CS_YUV420 || Interleaved(d.cs);
+  if (!ok_cs || !ok_dcs) return KIMGP_ERR_UNSUPPORTED;
+  if (s.cs != d.cs) return KIMGP_ERR_ARGS;
+  if (ctx.mode != 0 && ctx.mode != 2 && ctx.mode != 4) return KIMGP_ERR_ARGS;
+  const int planes = Interleaved(s.cs) ? 2 : 3;
+  const int chroma_bytes = Interleaved(s.cs) ? 2 : 1;
+  for (int i = 0; i < planes; ++i) {
+    if (!PlaneFits(s, i, i ? chroma_bytes : 1) || !PlaneFits(d, i, i ? chroma_bytes : 1)) {
+      return KIMGP_ERR_ARGS;
+    }
+  }
+  if (ctx.pass_src0[0] != s.stride[0] || ctx.pass_src0[1] != s.buf_height[0] ||
+      ctx.pass_src1[0] != s.stride[1] || ctx.pass_src1[1] != s.buf_height[1] ||
+      ctx.pass_dst1[0] != d.stride[1] || ctx.pass_dst1[1] != d.buf_height[1]) {
+    return KIMGP_ERR_ARGS;
+  }
+  if (ctx.direct) {
+    const int64_t f = int64_t{s.width[0]} / d.width[0];
+    if ((f != 2 && f != 4) || s.width[0] != f * d.width[0] || s.height[0] != f * d.height[0]) {
+      return KIMGP_ERR_ARGS;
+    }
+    return KIMGP_OK;
+  }
+  // The settings of these descriptors must be the context's.
+  kimgp_rsz_new_ctx check;
+  std::memset(&check, 0, sizeof(check));
+  check.mode = ctx.mode;
+  const kimgp_img pair[2] = {s, d};
+  algorithm_settings(pair, &check);
+  if (std::memcmp(&check, &ctx, offsetof(kimgp_rsz_new_ctx, reserved)) != 0) {
+    return KIMGP_ERR_ARGS;
+  }
+  const Geometry g = SourceGeometry(s, ctx.mode);
+  if (g.sw[0] < 1 || g.sh[0] < 1 || g.sw[1] < 1 || g.sh[1] < 1) return KIMGP_ERR_ARGS;
+  return KIMGP_OK;
+}
+
+// The direct path: the f x f average straight into the destination.
+void Direct(const kimgp_img& s, const kimgp_img& d) {
+  const int f = s.width[0] / d.width[0];
+  Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, d.plane[0],
+          d.stride[0], 1, d.width[0], d.height[0]);
+  if (Interleaved(s.cs)) {
+    for (int comp = 0; comp < 2; ++comp) {
+      Average(SrcPlane{s.plane[1] + comp, s.stride[1], s.width[1], s.height[1]}, 2, f,
+              d.plane[1] + comp, d.stride[1], 2, d.width[1], d.height[1]);
+    }
+  } else {
+    for (int i = 1; i < 3; ++i) {
+      Average(SrcPlane{s.plane[i], s.stride[i], s.width[i], s.height[i]}, 1, f, d.plane[i],
+              d.stride[i], 1, d.width[i], d.height[i]);
+    }
+  }
+}
+
+bool FitsIn(int64_t pitch, int64_t rows, int64_t planes, int64_t bytes) {
+  return pitch >= 1 && pitch * rows * planes <= bytes;
+}
+
+}  // namespace
+
+// Runs the block pass of a validated, non-direct context.
+int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat,
+                  int16_t*** hmat) {
+  const kimgp_img& s = img[0];
+  kimgp_img& d = img[1];
+  const Geometry g = SourceGeometry(s, ctx->mode);
+  const bool nv = Interleaved(s.cs);
+  const int f = g.shrink;
+  const int64_t src0_bytes = int64_t{s.stride[0]} * s.buf_height[0];
+  const int64_t src1_bytes = int64_t{s.stride[1]} * s.buf_height[1];
+  const int64_t dst1_bytes = int64_t{d.stride[1]} * d.buf_height[1];
+
+  // Where the prepared planes go, and whether they fit their buffers.
+  SrcPlane luma{s.plane[0], s.stride[0], s.width[0], s.height[0]};
+  SrcPlane chroma[2];
+  uint8_t* chroma_buf[2] = {nullptr, nullptr};
+  int64_t chroma_pitch = 0;
+  if (f > 1) {
+    const int64_t pitch0 = ctx->src_stride[0];
+    if (!FitsIn(pitch0, g.sh[0], 1, src0_bytes / (f * f))) return KIMGP_ERR_ARGS;
+    luma = SrcPlane{ctx->pre_y, pitch0, static_cast<int32_t>(std::min<int64_t>(g.sw[0], pitch0)),
+                    g.sh[0]};
+    chroma_pitch = nv ? ctx->src_stride[1] : s.stride[1] / f;
+    const int64_t pre_bytes = src1_bytes / (f * f);
+    if (nv) {
+      if (!FitsIn(chroma_pitch, g.sh[1], 2, pre_bytes)) return KIMGP_ERR_ARGS;
+      chroma_buf[0] = ctx->pre_uv;
+      chroma_buf[1] = ctx->pre_uv + chroma_pitch * g.sh[1];
+    } else {
+      if (!FitsIn(chroma_pitch, g.sh[1], 1, pre_bytes) ||
+          !FitsIn(chroma_pitch, g.sh[1], 1, src1_bytes >> 2)) {
+        return KIMGP_ERR_ARGS;
+      }
+      chroma_buf[0] = ctx->pre_uv;
+      chroma_buf[1] = ctx->uv_src;
+    }
+    for (int comp = 0; comp < 2; ++comp) {
+      chroma[comp] = SrcPlane{chroma_buf[comp], chroma_pitch,
+                              static_cast<int32_t>(std::min<int64_t>(g.sw[1], chroma_pitch)),
+                              g.sh[1]};
+    }
+  } else if (nv) {
+    chroma_pitch = ctx->src_stride[1];
+    if (!FitsIn(chroma_pitch, s.height[1], 2, src1_bytes)) return KIMGP_ERR_ARGS;
+    for (int comp = 0; comp < 2; ++comp) {
+      chroma_buf[comp] = ctx->uv_src + comp * chroma_pitch * s.height[1];
+      chroma[comp] = SrcPlane{chroma_buf[comp], chroma_pitch, s.width[1], s.height[1]};
+    }
+  } else {
+    for (int comp = 0; comp < 2; ++comp) {
+      chroma[comp] = SrcPlane{s.plane[1 + comp], s.stride[1 + comp], s.width[1 + comp],
+                              s.height[1 + comp]};
+    }
+  }
+  DstPlane dchroma[2];
+  const ptrdiff_t uv_pitch = d.stride[1] >> 1;
+  if (nv) {
+    if (!FitsIn(uv_pitch, d.height[1], 2, dst1_bytes)) return KIMGP_ERR_ARGS;
+    for (int comp = 0; comp < 2; ++comp) {
+      dchroma[comp] = DstPlane{ctx->uv_dst + comp * uv_pitch * d.height[1], uv_pitch,
+                               d.width[1], d.height[1]};
+    }
+  } else {
+    for (int comp = 0; comp < 2; ++comp) {
+      dchroma[comp] = DstPlane{d.plane[1 + comp], d.stride[1 + comp], d.width[1 + comp],
+                               d.height[1 + comp]};
+    }
+  }
+
+  Pass ps;
+  ps.ctx = ctx;
+  ps.vmat = vmat;
+  ps.hmat = hmat;
+  const size_t luma_blocks = static_cast<size_t>(
+      (int64_t{ctx->n_rows_b[0]} + ctx->n_rows_b1[0]) * (int64_t{ctx->n_cols_a[0]} + ctx->n_cols_a1[0]));
+  ps.jobs[0] = PlaneJob{luma, DstPlane{d.plane[0], d.stride[0], d.width[0], d.height[0]}, 0, 0};
+  ps.jobs[1] = PlaneJob{chroma[0], dchroma[0], 1, luma_blocks};
+  ps.jobs[2] = PlaneJob{chroma[1], dchroma[1], 1, luma_blocks};
+  ps.n_jobs = 3;
+
+  WorkerArg args[2] = {{&ps, 0, Scratch{ctx->tmp64_a, ctx->blk_buf_a}},
+                       {&ps, 1, Scratch{ctx->tmp64_b, ctx->blk_buf_b}}};
+  pthread_t threads[2];
+  bool started[2] = {false, false};
+  const bool sems = sem_init(&ps.ready[0], 0, 0) == 0;
+  const bool sems2 = sems && sem_init(&ps.ready[1], 0, 0) == 0;
+  if (sems && !sems2) sem_destroy(&ps.ready[0]);
+  if (sems2) {
+    const unsigned fail = FailedThreadsForTest();
+    for (int w = 0; w < 2; ++w) {
+      started[w] = !(fail & (1u << w)) && pthread_create(&threads[w], nullptr, Worker, &args[w]) == 0;
+    }
+  }
+
+  // Luma to read.
+  if (f > 1) {
+    Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, ctx->pre_y,
+            luma.stride, 1, luma.w, luma.h);
+  }
+  if (sems2) {
+    sem_post(&ps.ready[0]);
+    sem_post(&ps.ready[0]);
+  }
+  // Chroma to read.
+  if (nv || f > 1) {
+    for (int comp = 0; comp < 2; ++comp) {
+      const SrcPlane from = nv ? SrcPlane{s.plane[1] + comp, s.stride[1], s.width[1], s.height[1]}
+                               : SrcPlane{s.plane[1 + comp], s.stride[1 + comp], s.width[1 + comp],
+                                          s.height[1 + comp]};
+      Average(from, nv ? 2 : 1, f, chroma_buf[comp], chroma_pitch, 1, chroma[comp].w,
+              chroma[comp].h);
+    }
+  }
+  if (sems2) {
+    sem_post(&ps.ready[1]);
+    sem_post(&ps.ready[1]);
+  }
+  for (int w = 0; w < 2; ++w) {
+    if (!started[w]) {
+      // Its rows are done here; the semaphores are already posted.
+      if (sems2) {
+        Worker(&args[w]);
+      } else {
+        for (int j = 0; j < ps.n_jobs; ++j) PlaneRows(*ctx, vmat, hmat, ps.jobs[j], w, args[w].scratch);
+      }
+    }
+  }
+  for (int w = 0; w < 2; ++w) {
+    if (started[w]) pthread_join(threads[w], nullptr);
+  }
+  if (sems2) {
+    sem_destroy(&ps.ready[0]);
+    sem_destroy(&ps.ready[1]);
+  }
+  if (nv) {
+    for (int32_t y = 0; y < d.height[1]; ++y) {
+      uint8_t* out = d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1];
+      const uint8_t* c0 = dchroma[0].data + y * uv_pitch;
+      const uint8_t* c1 = dchroma[1].data + y * uv_pitch;
+      for (int32_t x = 0; x < d.width[1]; ++x) {
+        out[2 * x] = c0[x];
+        out[2 * x + 1] = c1[x];
+      }
+    }
+  }
+  return KIMGP_OK;
+}
+
+}  // namespace dctrsz
+}  // namespace kelo
+
+KELO_EXPORT int32_t kimgp_rsz_new(kimgp_img* img, kimgp_rsz_new_ctx* ctx,
+                                  int16_t*** vmat, int16_t*** hmat) {
+  const int32_t status = kelo::dctrsz::Validate(img[0], img[1], *ctx);
+  if (status != KIMGP_OK) return status;
+  if (ctx->direct) {
+    kelo::dctrsz::Direct(img[0], img[1]);
+    return KIMGP_OK;
+  }
+  return kelo::dctrsz::BlockPass(img, ctx, vmat, hmat);
+}
