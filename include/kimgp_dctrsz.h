@@ -202,6 +202,32 @@ void kimgp_idct_blocknxn_float(uint8_t *base, int32_t y, int32_t x,
 int32_t kimgp_rsz_new(kimgp_img *img, kimgp_rsz_new_ctx *ctx, int16_t ***vmat,
                       int16_t ***hmat);
 
+/*
+ * The transcoder's resize: a decoder's frame (img[0], KIMGP_CS_NV12, NV21 or
+ * YUV420) to an encoder's frame of another size (img[1], any of those three
+ * codes, not necessarily the source's) in one call, with a context made by
+ * kimgp_rsz_new_init for these two descriptors. Everything else is as
+ * kimgp_rsz_new: the chroma components keep their meaning (U stays U
+ * whatever the interleaving order), so NV12 to YUV420 at the same settings
+ * gives the planes kimgp_rsz_new gives NV12 to NV12, split. Returns 0, -1 or
+ * -3 as kimgp_rsz_new, except that the codes may differ.
+ */
+int32_t kimgp_txc_new(kimgp_img *img, kimgp_rsz_new_ctx *ctx, int16_t ***vmat,
+                      int16_t ***hmat);
+
+/*
+ * The block pass over the four channels of a 4-byte-per-pixel frame
+ * (KIMGP_CS_RGBA8888 .. KIMGP_CS_ABGR8888, both descriptors the same code,
+ * plane 0 only; width[1] and height[1] zero), each channel resized with the
+ * luma settings exactly as a luma plane of those bytes would be (blocks
+ * written through a 4x4 scratch). The context comes from kimgp_rsz_new_init
+ * with these descriptors and mode 0. Returns 0; -1 for differing codes, a
+ * context of another mode or other sizes, strides or buffer heights; -3 for
+ * other codes.
+ */
+int32_t kimgp_rsz_new_rgba8888(kimgp_img *img, kimgp_rsz_new_ctx *ctx,
+                               int16_t ***vmat, int16_t ***hmat);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

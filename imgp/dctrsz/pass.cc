@@ -24,6 +24,7 @@ struct SrcPlane {
   const uint8_t* data;
   ptrdiff_t stride;
   int32_t w, h;
+  int step = 1;  // bytes from one sample to the next
 };
 
 // A plane as a block pass writes it: nothing outside w x h.
@@ -31,6 +32,7 @@ struct DstPlane {
   uint8_t* data;
   ptrdiff_t stride;
   int32_t w, h;
+  int step = 1;
 };
 
 struct PlaneJob {
@@ -60,13 +62,15 @@ void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
   const SrcPlane& sp = job.src;
   const uint8_t* pix;
   ptrdiff_t pitch;
-  if (xo >= 0 && yo >= 0 && xo + win_w <= sp.w && yo + win_h <= sp.h) {
+  if (sp.step == 1 && xo >= 0 && yo >= 0 && xo + win_w <= sp.w && yo + win_h <= sp.h) {
     pix = sp.data + yo * sp.stride + xo;
     pitch = sp.stride;
   } else {
     for (int32_t y = 0; y < win_h; ++y) {
       const uint8_t* row = sp.data + Clamp(yo + y, sp.h - 1) * sp.stride;
-      for (int32_t x = 0; x < win_w; ++x) s.buf[y * win_w + x] = row[Clamp(xo + x, sp.w - 1)];
+      for (int32_t x = 0; x < win_w; ++x) {
+        s.buf[y * win_w + x] = row[static_cast<ptrdiff_t>(Clamp(xo + x, sp.w - 1)) * sp.step];
+      }
     }
     pix = s.buf;
     pitch = win_w;
@@ -82,19 +86,26 @@ void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
   const DstPlane& dp = job.dst;
   const int64_t x0 = 4 * c, y0 = 4 * r;
   const int32_t* q = ctx.qscale[job.p][k];
-  if (x0 + 4 <= dp.w && y0 + 4 <= dp.h) {
+  const bool inside = x0 + 4 <= dp.w && y0 + 4 <= dp.h;
+  if (inside && dp.step == 1) {
     IdctDequant(dp.data + y0 * dp.stride + x0, dp.stride, s.acc, q);
     return;
   }
-  // Border block: the visible cw x rh pixels through a tight scratch.
-  int16_t coef[16];
-  for (int n = 0; n < 16; ++n) coef[n] = Dequantise(s.acc[n], q[n]);
+  // The visible cw x rh pixels through a tight scratch: border blocks by
+  // the border inverse, inner blocks of interleaved planes by the 4x4 one.
   const int32_t cw = static_cast<int32_t>(std::min<int64_t>(4, dp.w - x0));
   const int32_t rh = static_cast<int32_t>(std::min<int64_t>(4, dp.h - y0));
   uint8_t tight[16];
-  kimgp_idct_blocknxn_float(tight, 0, 0, coef, cw, rh);
+  if (inside) {
+    IdctDequant(tight, 4, s.acc, q);
+  } else {
+    int16_t coef[16];
+    for (int n = 0; n < 16; ++n) coef[n] = Dequantise(s.acc[n], q[n]);
+    kimgp_idct_blocknxn_float(tight, 0, 0, coef, cw, rh);
+  }
   for (int32_t y = 0; y < rh; ++y) {
-    std::memcpy(dp.data + (y0 + y) * dp.stride + x0, tight + y * cw, static_cast<size_t>(cw));
+    uint8_t* out = dp.data + (y0 + y) * dp.stride + x0 * dp.step;
+    for (int32_t x = 0; x < cw; ++x) out[x * dp.step] = tight[y * cw + x];
   }
 }
 
@@ -148,9 +159,9 @@ struct Pass {
   const kimgp_rsz_new_ctx* ctx;
   int16_t*** vmat;
   int16_t*** hmat;
-  PlaneJob jobs[3];
+  PlaneJob jobs[4];  // released by ready[0]: jobs[0]; by ready[1]: the rest
   int n_jobs;
-  sem_t ready[2];  // luma prepared; chroma prepared
+  sem_t ready[2];
 };
 
 struct WorkerArg {
@@ -171,13 +182,70 @@ void* Worker(void* arg) {
   return nullptr;
 }
 
-bool Interleaved(int32_t cs) { return cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21; }
+// Runs the jobs of `ps` on two workers. prepare(0) readies jobs[0],
+// prepare(1) the others; both run on the calling thread while the workers
+// wait on the semaphores. A worker that cannot be started is run here.
+template <typename Prepare>
+void RunWorkers(Pass& ps, kimgp_rsz_new_ctx* ctx, const Prepare& prepare) {
+  WorkerArg args[2] = {{&ps, 0, Scratch{ctx->tmp64_a, ctx->blk_buf_a}},
+                       {&ps, 1, Scratch{ctx->tmp64_b, ctx->blk_buf_b}}};
+  pthread_t threads[2];
+  bool started[2] = {false, false};
+  bool sems = sem_init(&ps.ready[0], 0, 0) == 0;
+  if (sems && sem_init(&ps.ready[1], 0, 0) != 0) {
+    sem_destroy(&ps.ready[0]);
+    sems = false;
+  }
+  if (sems) {
+    const unsigned fail = FailedThreadsForTest();
+    for (int w = 0; w < 2; ++w) {
+      started[w] = !(fail & (1u << w)) &&
+                   pthread_create(&threads[w], nullptr, Worker, &args[w]) == 0;
+    }
+  }
+  for (int stage = 0; stage < 2; ++stage) {
+    prepare(stage);
+    if (sems) {
+      sem_post(&ps.ready[stage]);
+      sem_post(&ps.ready[stage]);
+    }
+  }
+  for (int w = 0; w < 2; ++w) {
+    if (started[w]) continue;
+    if (sems) {
+      Worker(&args[w]);  // the semaphores are already posted
+    } else {
+      for (int j = 0; j < ps.n_jobs; ++j) {
+        PlaneRows(*ctx, ps.vmat, ps.hmat, ps.jobs[j], w, args[w].scratch);
+      }
+    }
+  }
+  for (int w = 0; w < 2; ++w) {
+    if (started[w]) pthread_join(threads[w], nullptr);
+  }
+  if (sems) {
+    sem_destroy(&ps.ready[0]);
+    sem_destroy(&ps.ready[1]);
+  }
+}
 
-// Sizes of the planes the DCT stage reads, before extension (as the
-// settings take them) and as stored.
+bool Interleaved(int32_t cs) { return cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21; }
+bool Yuv(int32_t cs) { return cs == KIMGP_CS_YUV420 || Interleaved(cs); }
+
+// Chroma component `comp` (0 U, 1 V) of a descriptor, in place.
+DstPlane ChromaOf(const kimgp_img& m, int comp) {
+  if (Interleaved(m.cs)) {
+    const int offset = m.cs == KIMGP_CS_NV21 ? 1 - comp : comp;
+    return DstPlane{m.plane[1] + offset, m.stride[1], m.width[1], m.height[1], 2};
+  }
+  return DstPlane{m.plane[1 + comp], m.stride[1 + comp], m.width[1 + comp], m.height[1 + comp], 1};
+}
+SrcPlane Readable(const DstPlane& p) { return SrcPlane{p.data, p.stride, p.w, p.h, p.step}; }
+
+// The settings' source sizes of the plane the DCT stage reads.
 struct Geometry {
-  int32_t sw[2], sh[2];   // settings' source sizes
-  int shrink;             // 1, 2 or 4
+  int32_t sw[2], sh[2];
+  int shrink;  // 1, 2 or 4
 };
 
 Geometry SourceGeometry(const kimgp_img& s, int32_t mode) {
@@ -209,42 +277,45 @@ bool PlaneFits(const kimgp_img& m, int i, int bytes_per_sample) {
          m.buf_height[i] >= m.height[i];
 }
 
-int32_t Validate(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_ctx& ctx) {
-  const bool ok_cs = s.cs == KIMGP_CS_YUV420 || Interleaved(s.cs);
-  const bool ok_dcs = d.cs == KIMGP_CS_YUV420 || Interleaved(d.cs);
-  if (!ok_cs || !ok_dcs) return KIMGP_ERR_UNSUPPORTED;
-  if (s.cs != d.cs) return KIMGP_ERR_ARGS;
-  if (ctx.mode != 0 && ctx.mode != 2 && ctx.mode != 4) return KIMGP_ERR_ARGS;
-  const int planes = Interleaved(s.cs) ? 2 : 3;
-  const int chroma_bytes = Interleaved(s.cs) ? 2 : 1;
-  for (int i = 0; i < planes; ++i) {
-    if (!PlaneFits(s, i, i ? chroma_bytes : 1) || !PlaneFits(d, i, i ? chroma_bytes : 1)) {
-      return KIMGP_ERR_ARGS;
-    }
+bool FramesFit(const kimgp_img& m) {
+  if (m.cs >= 500 && m.cs <= 503) return PlaneFits(m, 0, 4);
+  const bool nv = Interleaved(m.cs);
+  for (int i = 0; i < (nv ? 2 : 3); ++i) {
+    if (!PlaneFits(m, i, i && nv ? 2 : 1)) return false;
   }
+  return true;
+}
+
+// Sizes, strides and buffer heights as at init; the settings they give are
+// the context's.
+bool MatchesContext(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_ctx& ctx) {
   if (ctx.pass_src0[0] != s.stride[0] || ctx.pass_src0[1] != s.buf_height[0] ||
       ctx.pass_src1[0] != s.stride[1] || ctx.pass_src1[1] != s.buf_height[1] ||
       ctx.pass_dst1[0] != d.stride[1] || ctx.pass_dst1[1] != d.buf_height[1]) {
-    return KIMGP_ERR_ARGS;
+    return false;
   }
   if (ctx.direct) {
     const int64_t f = int64_t{s.width[0]} / d.width[0];
-    if ((f != 2 && f != 4) || s.width[0] != f * d.width[0] || s.height[0] != f * d.height[0]) {
-      return KIMGP_ERR_ARGS;
-    }
-    return KIMGP_OK;
+    return (f == 2 || f == 4) && s.width[0] == f * d.width[0] && s.height[0] == f * d.height[0];
   }
-  // The settings of these descriptors must be the context's.
   kimgp_rsz_new_ctx check;
   std::memset(&check, 0, sizeof(check));
   check.mode = ctx.mode;
   const kimgp_img pair[2] = {s, d};
   algorithm_settings(pair, &check);
-  if (std::memcmp(&check, &ctx, offsetof(kimgp_rsz_new_ctx, reserved)) != 0) {
-    return KIMGP_ERR_ARGS;
+  return std::memcmp(&check, &ctx, offsetof(kimgp_rsz_new_ctx, reserved)) == 0;
+}
+
+int32_t ValidateYuv(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_ctx& ctx,
+                    bool same_code) {
+  if (!Yuv(s.cs) || !Yuv(d.cs)) return KIMGP_ERR_UNSUPPORTED;
+  if (same_code && s.cs != d.cs) return KIMGP_ERR_ARGS;
+  if (ctx.mode != 0 && ctx.mode != 2 && ctx.mode != 4) return KIMGP_ERR_ARGS;
+  if (!FramesFit(s) || !FramesFit(d) || !MatchesContext(s, d, ctx)) return KIMGP_ERR_ARGS;
+  if (!ctx.direct) {
+    const Geometry g = SourceGeometry(s, ctx.mode);
+    if (g.sw[0] < 1 || g.sh[0] < 1 || g.sw[1] < 1 || g.sh[1] < 1) return KIMGP_ERR_ARGS;
   }
-  const Geometry g = SourceGeometry(s, ctx.mode);
-  if (g.sw[0] < 1 || g.sh[0] < 1 || g.sw[1] < 1 || g.sh[1] < 1) return KIMGP_ERR_ARGS;
   return KIMGP_OK;
 }
 
@@ -253,16 +324,10 @@ void Direct(const kimgp_img& s, const kimgp_img& d) {
   const int f = s.width[0] / d.width[0];
   Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, d.plane[0],
           d.stride[0], 1, d.width[0], d.height[0]);
-  if (Interleaved(s.cs)) {
-    for (int comp = 0; comp < 2; ++comp) {
-      Average(SrcPlane{s.plane[1] + comp, s.stride[1], s.width[1], s.height[1]}, 2, f,
-              d.plane[1] + comp, d.stride[1], 2, d.width[1], d.height[1]);
-    }
-  } else {
-    for (int i = 1; i < 3; ++i) {
-      Average(SrcPlane{s.plane[i], s.stride[i], s.width[i], s.height[i]}, 1, f, d.plane[i],
-              d.stride[i], 1, d.width[i], d.height[i]);
-    }
+  for (int comp = 0; comp < 2; ++comp) {
+    const SrcPlane from = Readable(ChromaOf(s, comp));
+    const DstPlane to = ChromaOf(d, comp);
+    Average(from, from.step, f, to.data, to.stride, to.step, to.w, to.h);
   }
 }
 
@@ -270,74 +335,62 @@ bool FitsIn(int64_t pitch, int64_t rows, int64_t planes, int64_t bytes) {
   return pitch >= 1 && pitch * rows * planes <= bytes;
 }
 
-}  // namespace
-
-// Runs the block pass of a validated, non-direct context.
-int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat,
-                  int16_t*** hmat) {
+// The block pass of a validated, non-direct YUV context.
+int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16_t*** hmat) {
   const kimgp_img& s = img[0];
-  kimgp_img& d = img[1];
+  const kimgp_img& d = img[1];
   const Geometry g = SourceGeometry(s, ctx->mode);
-  const bool nv = Interleaved(s.cs);
+  const bool src_nv = Interleaved(s.cs), dst_nv = Interleaved(d.cs);
   const int f = g.shrink;
   const int64_t src0_bytes = int64_t{s.stride[0]} * s.buf_height[0];
   const int64_t src1_bytes = int64_t{s.stride[1]} * s.buf_height[1];
   const int64_t dst1_bytes = int64_t{d.stride[1]} * d.buf_height[1];
 
-  // Where the prepared planes go, and whether they fit their buffers.
+  // The planes the blocks read: the caller's, or prepared ones (pre-shrunk,
+  // or chroma split out of an interleaved plane), checked against their
+  // buffers before anything is written.
   SrcPlane luma{s.plane[0], s.stride[0], s.width[0], s.height[0]};
-  SrcPlane chroma[2];
-  uint8_t* chroma_buf[2] = {nullptr, nullptr};
-  int64_t chroma_pitch = 0;
+  SrcPlane chroma[2] = {Readable(ChromaOf(s, 0)), Readable(ChromaOf(s, 1))};
+  uint8_t* prepared[2] = {nullptr, nullptr};
+  int64_t pitch = 0;
   if (f > 1) {
     const int64_t pitch0 = ctx->src_stride[0];
     if (!FitsIn(pitch0, g.sh[0], 1, src0_bytes / (f * f))) return KIMGP_ERR_ARGS;
     luma = SrcPlane{ctx->pre_y, pitch0, static_cast<int32_t>(std::min<int64_t>(g.sw[0], pitch0)),
                     g.sh[0]};
-    chroma_pitch = nv ? ctx->src_stride[1] : s.stride[1] / f;
+    pitch = src_nv ? ctx->src_stride[1] : s.stride[1] / f;
     const int64_t pre_bytes = src1_bytes / (f * f);
-    if (nv) {
-      if (!FitsIn(chroma_pitch, g.sh[1], 2, pre_bytes)) return KIMGP_ERR_ARGS;
-      chroma_buf[0] = ctx->pre_uv;
-      chroma_buf[1] = ctx->pre_uv + chroma_pitch * g.sh[1];
+    if (src_nv) {
+      if (!FitsIn(pitch, g.sh[1], 2, pre_bytes)) return KIMGP_ERR_ARGS;
+      prepared[0] = ctx->pre_uv;
+      prepared[1] = ctx->pre_uv + pitch * g.sh[1];
     } else {
-      if (!FitsIn(chroma_pitch, g.sh[1], 1, pre_bytes) ||
-          !FitsIn(chroma_pitch, g.sh[1], 1, src1_bytes >> 2)) {
+      if (!FitsIn(pitch, g.sh[1], 1, pre_bytes) || !FitsIn(pitch, g.sh[1], 1, src1_bytes >> 2)) {
         return KIMGP_ERR_ARGS;
       }
-      chroma_buf[0] = ctx->pre_uv;
-      chroma_buf[1] = ctx->uv_src;
+      prepared[0] = ctx->pre_uv;
+      prepared[1] = ctx->uv_src;
     }
     for (int comp = 0; comp < 2; ++comp) {
-      chroma[comp] = SrcPlane{chroma_buf[comp], chroma_pitch,
-                              static_cast<int32_t>(std::min<int64_t>(g.sw[1], chroma_pitch)),
-                              g.sh[1]};
+      chroma[comp] = SrcPlane{prepared[comp], pitch,
+                              static_cast<int32_t>(std::min<int64_t>(g.sw[1], pitch)), g.sh[1]};
     }
-  } else if (nv) {
-    chroma_pitch = ctx->src_stride[1];
-    if (!FitsIn(chroma_pitch, s.height[1], 2, src1_bytes)) return KIMGP_ERR_ARGS;
+  } else if (src_nv) {
+    pitch = ctx->src_stride[1];
+    if (!FitsIn(pitch, s.height[1], 2, src1_bytes)) return KIMGP_ERR_ARGS;
     for (int comp = 0; comp < 2; ++comp) {
-      chroma_buf[comp] = ctx->uv_src + comp * chroma_pitch * s.height[1];
-      chroma[comp] = SrcPlane{chroma_buf[comp], chroma_pitch, s.width[1], s.height[1]};
-    }
-  } else {
-    for (int comp = 0; comp < 2; ++comp) {
-      chroma[comp] = SrcPlane{s.plane[1 + comp], s.stride[1 + comp], s.width[1 + comp],
-                              s.height[1 + comp]};
+      prepared[comp] = ctx->uv_src + comp * pitch * s.height[1];
+      chroma[comp] = SrcPlane{prepared[comp], pitch, s.width[1], s.height[1]};
     }
   }
-  DstPlane dchroma[2];
+  // NV12/NV21 destinations: planar chroma in uv_dst, interleaved at the end.
+  DstPlane dchroma[2] = {ChromaOf(d, 0), ChromaOf(d, 1)};
   const ptrdiff_t uv_pitch = d.stride[1] >> 1;
-  if (nv) {
+  if (dst_nv) {
     if (!FitsIn(uv_pitch, d.height[1], 2, dst1_bytes)) return KIMGP_ERR_ARGS;
     for (int comp = 0; comp < 2; ++comp) {
       dchroma[comp] = DstPlane{ctx->uv_dst + comp * uv_pitch * d.height[1], uv_pitch,
                                d.width[1], d.height[1]};
-    }
-  } else {
-    for (int comp = 0; comp < 2; ++comp) {
-      dchroma[comp] = DstPlane{d.plane[1 + comp], d.stride[1 + comp], d.width[1 + comp],
-                               d.height[1 + comp]};
     }
   }
 
@@ -351,85 +404,78 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat,
   ps.jobs[1] = PlaneJob{chroma[0], dchroma[0], 1, luma_blocks};
   ps.jobs[2] = PlaneJob{chroma[1], dchroma[1], 1, luma_blocks};
   ps.n_jobs = 3;
-
-  WorkerArg args[2] = {{&ps, 0, Scratch{ctx->tmp64_a, ctx->blk_buf_a}},
-                       {&ps, 1, Scratch{ctx->tmp64_b, ctx->blk_buf_b}}};
-  pthread_t threads[2];
-  bool started[2] = {false, false};
-  const bool sems = sem_init(&ps.ready[0], 0, 0) == 0;
-  const bool sems2 = sems && sem_init(&ps.ready[1], 0, 0) == 0;
-  if (sems && !sems2) sem_destroy(&ps.ready[0]);
-  if (sems2) {
-    const unsigned fail = FailedThreadsForTest();
-    for (int w = 0; w < 2; ++w) {
-      started[w] = !(fail & (1u << w)) && pthread_create(&threads[w], nullptr, Worker, &args[w]) == 0;
-    }
-  }
-
-  // Luma to read.
-  if (f > 1) {
-    Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, ctx->pre_y,
-            luma.stride, 1, luma.w, luma.h);
-  }
-  if (sems2) {
-    sem_post(&ps.ready[0]);
-    sem_post(&ps.ready[0]);
-  }
-  // Chroma to read.
-  if (nv || f > 1) {
-    for (int comp = 0; comp < 2; ++comp) {
-      const SrcPlane from = nv ? SrcPlane{s.plane[1] + comp, s.stride[1], s.width[1], s.height[1]}
-                               : SrcPlane{s.plane[1 + comp], s.stride[1 + comp], s.width[1 + comp],
-                                          s.height[1 + comp]};
-      Average(from, nv ? 2 : 1, f, chroma_buf[comp], chroma_pitch, 1, chroma[comp].w,
-              chroma[comp].h);
-    }
-  }
-  if (sems2) {
-    sem_post(&ps.ready[1]);
-    sem_post(&ps.ready[1]);
-  }
-  for (int w = 0; w < 2; ++w) {
-    if (!started[w]) {
-      // Its rows are done here; the semaphores are already posted.
-      if (sems2) {
-        Worker(&args[w]);
-      } else {
-        for (int j = 0; j < ps.n_jobs; ++j) PlaneRows(*ctx, vmat, hmat, ps.jobs[j], w, args[w].scratch);
+  RunWorkers(ps, ctx, [&](int stage) {
+    if (stage == 0) {
+      if (f > 1) {
+        Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, ctx->pre_y,
+                luma.stride, 1, luma.w, luma.h);
       }
+      return;
     }
-  }
-  for (int w = 0; w < 2; ++w) {
-    if (started[w]) pthread_join(threads[w], nullptr);
-  }
-  if (sems2) {
-    sem_destroy(&ps.ready[0]);
-    sem_destroy(&ps.ready[1]);
-  }
-  if (nv) {
-    for (int32_t y = 0; y < d.height[1]; ++y) {
-      uint8_t* out = d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1];
-      const uint8_t* c0 = dchroma[0].data + y * uv_pitch;
-      const uint8_t* c1 = dchroma[1].data + y * uv_pitch;
-      for (int32_t x = 0; x < d.width[1]; ++x) {
-        out[2 * x] = c0[x];
-        out[2 * x + 1] = c1[x];
+    if (prepared[0] == nullptr) return;
+    for (int comp = 0; comp < 2; ++comp) {
+      const SrcPlane from = Readable(ChromaOf(s, comp));
+      Average(from, from.step, f, prepared[comp], pitch, 1, chroma[comp].w, chroma[comp].h);
+    }
+  });
+  if (dst_nv) {
+    for (int comp = 0; comp < 2; ++comp) {
+      const DstPlane to = ChromaOf(d, comp);
+      for (int32_t y = 0; y < to.h; ++y) {
+        uint8_t* out = to.data + y * to.stride;
+        const uint8_t* in = dchroma[comp].data + y * uv_pitch;
+        for (int32_t x = 0; x < to.w; ++x) out[2 * x] = in[x];
       }
     }
   }
   return KIMGP_OK;
 }
 
+int32_t YuvPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16_t*** hmat,
+                bool same_code) {
+  const int32_t status = ValidateYuv(img[0], img[1], *ctx, same_code);
+  if (status != KIMGP_OK) return status;
+  if (ctx->direct) {
+    Direct(img[0], img[1]);
+    return KIMGP_OK;
+  }
+  return BlockPass(img, ctx, vmat, hmat);
+}
+
+}  // namespace
 }  // namespace dctrsz
 }  // namespace kelo
 
 KELO_EXPORT int32_t kimgp_rsz_new(kimgp_img* img, kimgp_rsz_new_ctx* ctx,
                                   int16_t*** vmat, int16_t*** hmat) {
-  const int32_t status = kelo::dctrsz::Validate(img[0], img[1], *ctx);
-  if (status != KIMGP_OK) return status;
-  if (ctx->direct) {
-    kelo::dctrsz::Direct(img[0], img[1]);
-    return KIMGP_OK;
+  return kelo::dctrsz::YuvPass(img, ctx, vmat, hmat, true);
+}
+
+KELO_EXPORT int32_t kimgp_txc_new(kimgp_img* img, kimgp_rsz_new_ctx* ctx,
+                                  int16_t*** vmat, int16_t*** hmat) {
+  return kelo::dctrsz::YuvPass(img, ctx, vmat, hmat, false);
+}
+
+KELO_EXPORT int32_t kimgp_rsz_new_rgba8888(kimgp_img* img, kimgp_rsz_new_ctx* ctx,
+                                           int16_t*** vmat, int16_t*** hmat) {
+  using namespace kelo::dctrsz;
+  const kimgp_img& s = img[0];
+  const kimgp_img& d = img[1];
+  const auto four = [](int32_t cs) { return cs >= KIMGP_CS_RGBA8888 && cs <= KIMGP_CS_ABGR8888; };
+  if (!four(s.cs) || !four(d.cs)) return KIMGP_ERR_UNSUPPORTED;
+  if (s.cs != d.cs || ctx->mode != 0 || ctx->direct || !FramesFit(s) || !FramesFit(d) ||
+      !MatchesContext(s, d, *ctx)) {
+    return KIMGP_ERR_ARGS;
   }
-  return kelo::dctrsz::BlockPass(img, ctx, vmat, hmat);
+  Pass ps;
+  ps.ctx = ctx;
+  ps.vmat = vmat;
+  ps.hmat = hmat;
+  for (int c = 0; c < 4; ++c) {
+    ps.jobs[c] = PlaneJob{SrcPlane{s.plane[0] + c, s.stride[0], s.width[0], s.height[0], 4},
+                          DstPlane{d.plane[0] + c, d.stride[0], d.width[0], d.height[0], 4}, 0, 0};
+  }
+  ps.n_jobs = 4;
+  RunWorkers(ps, ctx, [](int) {});
+  return KIMGP_OK;
 }

@@ -236,6 +236,87 @@ TEST(DctPass, RefusesWhatTheContextWasNotMadeFor) {
   kimgp_rsz_new_deinit(run, &ctx, vmat, hmat);
 }
 
+
+// Runs one frame through a fresh context; returns the status of the pass.
+int32_t RunOnce(int32_t (*fn)(kimgp_img*, kimgp_rsz_new_ctx*, int16_t***, int16_t***),
+                const kimgp_img& src, kimgp_img& dst, int mode) {
+  kimgp_img io[2] = {src, dst};
+  kimgp_rsz_new_ctx ctx;
+  int16_t ***vmat, ***hmat;
+  if (kimgp_rsz_new_init(io, &ctx, &vmat, &hmat, mode) != 0) return -100;
+  const int32_t status = fn(io, &ctx, vmat, hmat);
+  kimgp_rsz_new_deinit(io, &ctx, vmat, hmat);
+  return status;
+}
+
+// The transcoder's resize gives the planes of the same-code resize, with the
+// chroma components carried across layouts.
+TEST(DctPass, TranscodeMatchesSameCodeResize) {
+  struct Pair {
+    int32_t from, to, mode;
+  };
+  for (const Pair& pr : {Pair{KIMGP_CS_NV12, KIMGP_CS_YUV420, 0}, Pair{KIMGP_CS_YUV420, KIMGP_CS_NV21, 0},
+                         Pair{KIMGP_CS_NV21, KIMGP_CS_NV12, 2}, Pair{KIMGP_CS_NV12, KIMGP_CS_YUV420, 2}}) {
+    SCOPED_TRACE(std::to_string(pr.from) + " to " + std::to_string(pr.to) + " mode " + std::to_string(pr.mode));
+    kimgp_img a[2] = {Descriptor(pr.from, 200, 120), Descriptor(pr.from, 72, 46)};
+    kimgp_img b[2] = {a[0], Descriptor(pr.to, 72, 46)};
+    kimgp_rsz_new_set_img(a);
+    kimgp_rsz_new_set_img(b);
+    if (pr.to == KIMGP_CS_YUV420 && pr.from != KIMGP_CS_YUV420) {
+      for (int i = 1; i < 3; ++i) b[1].width[i] = 36, b[1].height[i] = 23, b[1].stride[i] = 48;
+    }
+    if (pr.from == KIMGP_CS_YUV420 && pr.to != KIMGP_CS_YUV420) {
+      b[1].width[1] = 36, b[1].height[1] = 23;
+    }
+    const int planes_from = pr.from == KIMGP_CS_YUV420 ? 3 : 2;
+    const int planes_to = pr.to == KIMGP_CS_YUV420 ? 3 : 2;
+    TestFrame src(a[0], planes_from), same(a[1], planes_from), other(b[1], planes_to);
+    std::mt19937 rng = MakeRng(7);
+    src.FillRandom(rng);
+    ASSERT_EQ(RunOnce(kimgp_rsz_new, src.img, same.img, pr.mode), 0);
+    ASSERT_EQ(RunOnce(kimgp_txc_new, src.img, other.img, pr.mode), 0);
+    ASSERT_TRUE(other.GuardsIntact());
+    for (int y = 0; y < 46; ++y) {
+      ASSERT_EQ(0, std::memcmp(same.img.plane[0] + y * same.img.stride[0],
+                               other.img.plane[0] + y * other.img.stride[0], 72));
+    }
+    const bool same_nv = pr.from != KIMGP_CS_YUV420, other_nv = pr.to != KIMGP_CS_YUV420;
+    for (int comp = 0; comp < 2; ++comp) {
+      const int comp_same = pr.from == KIMGP_CS_NV21 ? 1 - comp : comp;
+      const int comp_other = pr.to == KIMGP_CS_NV21 ? 1 - comp : comp;
+      const Plane p = Component(same.img, same_nv ? 1 : 1 + comp, same_nv ? 2 : 1, same_nv ? comp_same : 0);
+      const Plane q = Component(other.img, other_nv ? 1 : 1 + comp, other_nv ? 2 : 1, other_nv ? comp_other : 0);
+      ASSERT_EQ(p.px, q.px) << comp;
+    }
+  }
+}
+
+// Each channel of a 4-byte frame is resized as a luma plane of its bytes.
+TEST(DctPass, FourChannelsAsLumaPlanes) {
+  kimgp_img rgba[2] = {Descriptor(KIMGP_CS_RGBA8888, 150, 90), Descriptor(KIMGP_CS_RGBA8888, 62, 37)};
+  rgba[0].stride[0] = 150 * 4 + 12;
+  rgba[1].stride[0] = 62 * 4 + 8;
+  rgba[0].buf_height[0] = 90;
+  rgba[1].buf_height[0] = 37;
+  TestFrame src(rgba[0], 1), dst(rgba[1], 1);
+  std::mt19937 rng = MakeRng(9);
+  src.FillRandom(rng);
+  ASSERT_EQ(RunOnce(kimgp_rsz_new_rgba8888, src.img, dst.img, 0), 0);
+  ASSERT_TRUE(dst.GuardsIntact());
+  for (int c = 0; c < 4; ++c) {
+    kimgp_img y[2] = {Descriptor(KIMGP_CS_YUV420, 150, 90), Descriptor(KIMGP_CS_YUV420, 62, 37)};
+    kimgp_rsz_new_set_img(y);
+    TestFrame ys(y[0], 3), yd(y[1], 3);
+    PutComponent(Component(src.img, 0, 4, c), ys.img, 0, 1, 0);
+    ASSERT_EQ(RunOnce(kimgp_rsz_new, ys.img, yd.img, 0), 0);
+    ASSERT_EQ(Component(yd.img, 0, 1, 0).px, Component(dst.img, 0, 4, c).px) << c;
+  }
+  kimgp_img io[2] = {src.img, dst.img};
+  EXPECT_EQ(RunOnce(kimgp_rsz_new_rgba8888, src.img, dst.img, 2), -1);
+  io[1].cs = KIMGP_CS_RGB888;
+  EXPECT_EQ(RunOnce(kimgp_rsz_new_rgba8888, io[0], io[1], 0), -3);
+}
+
 }  // namespace
 }  // namespace test
 }  // namespace kelo
