@@ -53,6 +53,14 @@ void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
 // saturating store.
 void IdctCoefs(const int16_t* coef, int16_t* out);
 void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef);
+// The coefficients of one block: acc (16 int32) = the sum over sub-blocks
+// (bi < ni, bj < nj) of the forward accumulation with v[bi] and h[bj].
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc);
+// AccumulateBlock, then IdctDequant into dst.
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride);
 
 }  // namespace scalar
 
@@ -62,6 +70,14 @@ void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
 void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
                  const int32_t* q);
 void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef);
+// The coefficients of one block: acc (16 int32) = the sum over sub-blocks
+// (bi < ni, bj < nj) of the forward accumulation with v[bi] and h[bj].
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc);
+// AccumulateBlock, then IdctDequant into dst.
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride);
 
 }  // namespace kelo
 

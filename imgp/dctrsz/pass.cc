@@ -75,22 +75,17 @@ void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
     pix = s.buf;
     pitch = win_w;
   }
-  std::memset(s.acc, 0, 64);
   const int32_t ni = cy - (ctx.pad_y[0][m] >= 4 ? 1 : 0);
   const int32_t nj = cx - (ctx.pad_x[0][m] >= 4 ? 1 : 0);
-  for (int32_t bi = 0; bi < ni; ++bi) {
-    for (int32_t bj = 0; bj < nj; ++bj) {
-      FdctSubBlock(pix + 4 * bi * pitch + 4 * bj, s.acc, vmat[m][bi], hmat[m][bj], pitch);
-    }
-  }
   const DstPlane& dp = job.dst;
   const int64_t x0 = 4 * c, y0 = 4 * r;
   const int32_t* q = ctx.qscale[job.p][k];
   const bool inside = x0 + 4 <= dp.w && y0 + 4 <= dp.h;
   if (inside && dp.step == 1) {
-    IdctDequant(dp.data + y0 * dp.stride + x0, dp.stride, s.acc, q);
+    BlockToBytes(pix, pitch, vmat[m], hmat[m], ni, nj, q, dp.data + y0 * dp.stride + x0, dp.stride);
     return;
   }
+  AccumulateBlock(pix, pitch, vmat[m], hmat[m], ni, nj, s.acc);
   // The visible cw x rh pixels through a tight scratch: border blocks by
   // the border inverse, inner blocks of interleaved planes by the 4x4 one.
   const int32_t cw = static_cast<int32_t>(std::min<int64_t>(4, dp.w - x0));

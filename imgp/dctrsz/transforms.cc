@@ -63,6 +63,14 @@ void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
   }
 }
 
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc) {
+  std::memset(acc, 0, 16 * sizeof(int32_t));
+  for (int bi = 0; bi < ni; ++bi) {
+    for (int bj = 0; bj < nj; ++bj) FdctSubBlock(pix + 4 * bi * stride + 4 * bj, acc, v[bi], h[bj], stride);
+  }
+}
+
 void IdctCoefs(const int16_t* coef, int16_t* out) {
   int32_t rows[16];
   for (int r = 0; r < 4; ++r) {
@@ -92,6 +100,14 @@ void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
   Idct16(dst, stride, d);
 }
 
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride) {
+  int32_t acc[16];
+  AccumulateBlock(pix, stride, v, h, ni, nj, acc);
+  IdctDequant(dst, dst_stride, acc, q);
+}
+
 }  // namespace scalar
 }  // namespace kelo
 #endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
@@ -119,6 +135,15 @@ void IdctDequantVec(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
 }
 void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
   scalar::Idct16(dst, stride, coef);
+}
+void AccumulateBlockVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                        int16_t* const* h, int ni, int nj, int32_t* acc) {
+  scalar::AccumulateBlock(pix, stride, v, h, ni, nj, acc);
+}
+void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                     ptrdiff_t dst_stride) {
+  scalar::BlockToBytes(pix, stride, v, h, ni, nj, q, dst, dst_stride);
 }
 #else
 using DU = hn::FixedTag<uint32_t, 4>;
@@ -186,8 +211,9 @@ HWY_INLINE void InverseStore(VU d0, VU d1, VU d2, VU d3, uint8_t* dst,
   }
 }
 
-void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
-                     const int16_t* h, ptrdiff_t stride) {
+// acc rows a[0..3] += the contribution of the 4x4 bytes at pix.
+HWY_INLINE void SubBlock(const uint8_t* pix, ptrdiff_t stride, const int16_t* v,
+                         const int16_t* h, VU a[4]) {
   const hn::FixedTag<uint8_t, 4> d8;
   const DU du;
   const VU p0 = hn::PromoteTo(du, hn::LoadU(d8, pix));
@@ -204,26 +230,66 @@ void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
     t = hn::Add(t, hn::Mul(hn::Broadcast<2>(vr), p2));
     t = hn::Add(t, hn::Mul(hn::Broadcast<3>(vr), p3));
     t = Sar<4>(t);
-    VU a = hn::LoadU(du, reinterpret_cast<const uint32_t*>(acc + 4 * u));
-    a = hn::Add(a, hn::Mul(hn::Broadcast<0>(t), h0));
-    a = hn::Add(a, hn::Mul(hn::Broadcast<1>(t), h1));
-    a = hn::Add(a, hn::Mul(hn::Broadcast<2>(t), h2));
-    a = hn::Add(a, hn::Mul(hn::Broadcast<3>(t), h3));
-    hn::StoreU(a, du, reinterpret_cast<uint32_t*>(acc + 4 * u));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<0>(t), h0));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<1>(t), h1));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<2>(t), h2));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<3>(t), h3));
   }
+}
+
+void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                     const int16_t* h, ptrdiff_t stride) {
+  const DU du;
+  VU a[4];
+  for (int u = 0; u < 4; ++u) a[u] = hn::LoadU(du, reinterpret_cast<const uint32_t*>(acc + 4 * u));
+  SubBlock(pix, stride, v, h, a);
+  for (int u = 0; u < 4; ++u) hn::StoreU(a[u], du, reinterpret_cast<uint32_t*>(acc + 4 * u));
+}
+
+HWY_INLINE void Accumulate(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                           int16_t* const* h, int ni, int nj, VU a[4]) {
+  for (int u = 0; u < 4; ++u) a[u] = hn::Zero(DU());
+  for (int bi = 0; bi < ni; ++bi) {
+    for (int bj = 0; bj < nj; ++bj) {
+      SubBlock(pix + 4 * bi * stride + 4 * bj, stride, v[bi], h[bj], a);
+    }
+  }
+}
+
+void AccumulateBlockVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                        int16_t* const* h, int ni, int nj, int32_t* acc) {
+  VU a[4];
+  Accumulate(pix, stride, v, h, ni, nj, a);
+  for (int u = 0; u < 4; ++u) hn::StoreU(a[u], DU(), reinterpret_cast<uint32_t*>(acc + 4 * u));
+}
+
+// Dequantised rows, ((acc >> 16) * q) >> 8 kept as 16 bits, inverted and
+// stored.
+HWY_INLINE void DequantiseStore(const VU a[4], const int32_t* q, uint8_t* dst,
+                                ptrdiff_t stride) {
+  const DU du;
+  VU d[4];
+  for (int r = 0; r < 4; ++r) {
+    const VU qs = hn::LoadU(du, reinterpret_cast<const uint32_t*>(q + 4 * r));
+    const VU prod = Sar<8>(hn::Mul(Sar<16>(a[r]), qs));
+    d[r] = Sar<16>(hn::ShiftLeft<16>(prod));
+  }
+  InverseStore(d[0], d[1], d[2], d[3], dst, stride);
 }
 
 void IdctDequantVec(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
                     const int32_t* q) {
-  const DU du;
-  VU d[4];
-  for (int r = 0; r < 4; ++r) {
-    const VU a = Sar<16>(hn::LoadU(du, reinterpret_cast<const uint32_t*>(acc + 4 * r)));
-    const VU qs = hn::LoadU(du, reinterpret_cast<const uint32_t*>(q + 4 * r));
-    const VU prod = Sar<8>(hn::Mul(a, qs));
-    d[r] = Sar<16>(hn::ShiftLeft<16>(prod));
-  }
-  InverseStore(d[0], d[1], d[2], d[3], dst, stride);
+  VU a[4];
+  for (int r = 0; r < 4; ++r) a[r] = hn::LoadU(DU(), reinterpret_cast<const uint32_t*>(acc + 4 * r));
+  DequantiseStore(a, q, dst, stride);
+}
+
+void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                     ptrdiff_t dst_stride) {
+  VU a[4];
+  Accumulate(pix, stride, v, h, ni, nj, a);
+  DequantiseStore(a, q, dst, dst_stride);
 }
 
 void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
@@ -245,6 +311,19 @@ namespace kelo {
 KELO_VEC_EXPORT(FdctSubBlockVec);
 KELO_VEC_EXPORT(IdctDequantVec);
 KELO_VEC_EXPORT(Idct16Vec);
+KELO_VEC_EXPORT(AccumulateBlockVec);
+KELO_VEC_EXPORT(BlockToBytesVec);
+
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc) {
+  KELO_VEC_CALL(AccumulateBlockVec, scalar::AccumulateBlock)(pix, stride, v, h, ni, nj, acc);
+}
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride) {
+  KELO_VEC_CALL(BlockToBytesVec, scalar::BlockToBytes)(pix, stride, v, h, ni, nj, q, dst,
+                                                       dst_stride);
+}
 
 void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
                   const int16_t* h, ptrdiff_t stride) {
