@@ -25,6 +25,11 @@ int FreesForTest();  // non-null blocks freed since then
 void FailThreadsForTest(unsigned mask);
 unsigned FailedThreadsForTest();
 
+// Luma and chroma sizes of the plane the DCT stage reads, before extension:
+// the source's own (mode 0), or after the 2x2 (mode 2) or 4x4 (mode 4)
+// pre-shrink, whose widths round in opposite directions.
+void SourceSizes(const kimgp_img& s, int32_t mode, int32_t sw[2], int32_t sh[2]);
+
 // Dequantisation of one coefficient: ((acc >> 16) * q) >> 8, low 16 bits.
 inline int16_t Dequantise(int32_t acc, int32_t q) {
   const uint32_t prod = static_cast<uint32_t>(acc >> 16) * static_cast<uint32_t>(q);

@@ -246,23 +246,7 @@ struct Geometry {
 Geometry SourceGeometry(const kimgp_img& s, int32_t mode) {
   Geometry g;
   g.shrink = mode == 2 ? 2 : (mode == 4 ? 4 : 1);
-  if (mode == 2) {
-    g.sw[0] = (s.width[0] / 2) & ~1;
-    g.sw[1] = (s.width[0] / 2) >> 1;
-    g.sh[0] = s.height[0] >> 1;
-    g.sh[1] = s.height[0] >> 2;
-  } else if (mode == 4) {
-    const int32_t q = s.width[0] / 4;
-    g.sw[0] = q + (q & 1);
-    g.sw[1] = g.sw[0] >> 1;
-    g.sh[0] = s.height[0] >> 2;
-    g.sh[1] = s.height[0] >> 3;
-  } else {
-    g.sw[0] = s.width[0];
-    g.sw[1] = s.width[1];
-    g.sh[0] = s.height[0];
-    g.sh[1] = s.height[1];
-  }
+  SourceSizes(s, mode, g.sw, g.sh);
   return g;
 }
 

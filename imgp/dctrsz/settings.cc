@@ -91,6 +91,26 @@ int FreesForTest() { return g_frees.load(); }
 void FailThreadsForTest(unsigned mask) { g_fail_threads = mask; }
 unsigned FailedThreadsForTest() { return g_fail_threads.load(); }
 
+void SourceSizes(const kimgp_img& s, int32_t mode, int32_t sw[2], int32_t sh[2]) {
+  if (mode == 2) {
+    sw[0] = (s.width[0] / 2) & ~1;
+    sw[1] = (s.width[0] / 2) >> 1;
+    sh[0] = s.height[0] >> 1;
+    sh[1] = s.height[0] >> 2;
+  } else if (mode == 4) {
+    const int32_t q = s.width[0] / 4;
+    sw[0] = q + (q & 1);
+    sw[1] = sw[0] >> 1;
+    sh[0] = s.height[0] >> 2;
+    sh[1] = s.height[0] >> 3;
+  } else {
+    sw[0] = s.width[0];
+    sw[1] = s.width[1];
+    sh[0] = s.height[0];
+    sh[1] = s.height[1];
+  }
+}
+
 namespace {
 
 // Truncation toward zero, saturated to int32 (NaN gives 0): the settings'
@@ -225,23 +245,7 @@ KELO_EXPORT void algorithm_settings(const kimgp_img* img, kimgp_rsz_new_ctx* ctx
   const kimgp_img& s = img[0];
   const kimgp_img& d = img[1];
   int32_t sw[2], sh[2];
-  if (ctx->mode == 2) {
-    sw[0] = (s.width[0] / 2) & ~1;
-    sw[1] = (s.width[0] / 2) >> 1;
-    sh[0] = s.height[0] >> 1;
-    sh[1] = s.height[0] >> 2;
-  } else if (ctx->mode == 4) {
-    const int32_t q = s.width[0] / 4;
-    sw[0] = q + (q & 1);
-    sw[1] = sw[0] >> 1;
-    sh[0] = s.height[0] >> 2;
-    sh[1] = s.height[0] >> 3;
-  } else {
-    sw[0] = s.width[0];
-    sw[1] = s.width[1];
-    sh[0] = s.height[0];
-    sh[1] = s.height[1];
-  }
+  kelo::dctrsz::SourceSizes(s, ctx->mode, sw, sh);
   if (d.cs == KIMGP_CS_NV12 || d.cs == KIMGP_CS_NV21) {
     ctx->dst_stride[0] = d.stride[0];
     ctx->dst_stride[1] = d.stride[1] >> 1;
