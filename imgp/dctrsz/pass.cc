@@ -13,6 +13,7 @@
 #include "common/internal/api.h"
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kimgp_dctrsz.h"
+#include "kimgp_rsz.h"
 
 namespace kelo {
 namespace dctrsz {
@@ -130,7 +131,11 @@ void Average(const SrcPlane& src, int sstep, int f, uint8_t* dst,
       rows[i] = src.data + Clamp(int64_t{y} * f + i, src.h - 1) * src.stride;
     }
     int32_t x = 0;
-    if (f == 2 && sstep == 1 && dstep == 1) {
+    if (f == 1) {
+      // A copy (or a split of one component) up to the plane's edge.
+      const int32_t inner = std::min<int32_t>(out_w, src.w);
+      for (; x < inner; ++x) out[static_cast<ptrdiff_t>(x) * dstep] = rows[0][static_cast<ptrdiff_t>(x) * sstep];
+    } else if (f == 2 && sstep == 1 && dstep == 1) {
       // Inside the plane without clamping.
       const int32_t inner = std::min<int32_t>(out_w, src.w / 2);
       for (; x < inner; ++x) {
@@ -298,15 +303,37 @@ int32_t ValidateYuv(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_
   return KIMGP_OK;
 }
 
-// The direct path: the f x f average straight into the destination.
+// The direct path: the f x f average straight into the destination. A 2x2
+// average that needs no edge samples is the resizer's whole-ratio kernel
+// (the truncating mean of each 2x2).
+bool Covers(const SrcPlane& s, int32_t w, int32_t h) {
+  return int64_t{s.w} >= 2 * int64_t{w} && int64_t{s.h} >= 2 * int64_t{h};
+}
+
 void Direct(const kimgp_img& s, const kimgp_img& d) {
   const int f = s.width[0] / d.width[0];
-  Average(SrcPlane{s.plane[0], s.stride[0], s.width[0], s.height[0]}, 1, f, d.plane[0],
-          d.stride[0], 1, d.width[0], d.height[0]);
+  const SrcPlane luma{s.plane[0], s.stride[0], s.width[0], s.height[0]};
+  if (f == 2 && Covers(luma, d.width[0], d.height[0])) {
+    kimgp_8b_rsz_down_mult(s.plane[0], d.plane[0], d.width[0], d.height[0], 2, s.stride[0],
+                           2 * s.stride[0], d.stride[0]);
+  } else {
+    Average(luma, 1, f, d.plane[0], d.stride[0], 1, d.width[0], d.height[0]);
+  }
+  if (f == 2 && Interleaved(s.cs) && s.cs == d.cs &&
+      Covers(Readable(ChromaOf(s, 0)), d.width[1], d.height[1])) {
+    kimgp_8b8b_rsz_down_mult(s.plane[1], d.plane[1], d.width[1], d.height[1], 2, s.stride[1],
+                             2 * s.stride[1], d.stride[1]);
+    return;
+  }
   for (int comp = 0; comp < 2; ++comp) {
     const SrcPlane from = Readable(ChromaOf(s, comp));
     const DstPlane to = ChromaOf(d, comp);
-    Average(from, from.step, f, to.data, to.stride, to.step, to.w, to.h);
+    if (f == 2 && from.step == 1 && to.step == 1 && Covers(from, to.w, to.h)) {
+      kimgp_8b_rsz_down_mult(from.data, to.data, to.w, to.h, 2, static_cast<int32_t>(from.stride),
+                             static_cast<int32_t>(2 * from.stride), static_cast<int32_t>(to.stride));
+    } else {
+      Average(from, from.step, f, to.data, to.stride, to.step, to.w, to.h);
+    }
   }
 }
 

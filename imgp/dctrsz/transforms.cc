@@ -118,6 +118,8 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
 namespace HWY_NAMESPACE {
@@ -211,30 +213,61 @@ HWY_INLINE void InverseStore(VU d0, VU d1, VU d2, VU d3, uint8_t* dst,
   }
 }
 
-// acc rows a[0..3] += the contribution of the 4x4 bytes at pix.
-HWY_INLINE void SubBlock(const uint8_t* pix, ptrdiff_t stride, const int16_t* v,
-                         const int16_t* h, VU a[4]) {
+// Rows u of T = (V P) >> 4 for the 4x4 bytes P at pix.
+HWY_INLINE void ProductVP(const uint8_t* pix, ptrdiff_t stride, const int16_t* v, VU t[4]) {
+#if KELO_X86_RAW
+  // Pairs of rows as 16-bit (P[n][c], P[n+1][c]) lanes, pairs of V entries
+  // as 32-bit lanes: one pmaddwd per pair of rows. The sums are far from
+  // 32 bits (bytes times 16-bit entries), so they equal the wrapping ones.
+  int32_t rows[4];
+  for (int n = 0; n < 4; ++n) memcpy(&rows[n], pix + n * stride, 4);
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i w01 =
+      _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(rows[0]), _mm_cvtsi32_si128(rows[1])), zero);
+  const __m128i w23 =
+      _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(rows[2]), _mm_cvtsi32_si128(rows[3])), zero);
+  for (int u = 0; u < 4; ++u) {
+    const __m128i vr = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(v + 4 * u));
+    const __m128i sum = _mm_add_epi32(RawMulAddWords(w01, _mm_shuffle_epi32(vr, 0x00)),
+                                      RawMulAddWords(w23, _mm_shuffle_epi32(vr, 0x55)));
+    t[u] = VU{_mm_srai_epi32(sum, 4)};
+  }
+#else
   const hn::FixedTag<uint8_t, 4> d8;
   const DU du;
   const VU p0 = hn::PromoteTo(du, hn::LoadU(d8, pix));
   const VU p1 = hn::PromoteTo(du, hn::LoadU(d8, pix + stride));
   const VU p2 = hn::PromoteTo(du, hn::LoadU(d8, pix + 2 * stride));
   const VU p3 = hn::PromoteTo(du, hn::LoadU(d8, pix + 3 * stride));
+  for (int u = 0; u < 4; ++u) {
+    const VU vr = LoadRow16(v + 4 * u);
+    VU sum = hn::Mul(hn::Broadcast<0>(vr), p0);
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<1>(vr), p1));
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<2>(vr), p2));
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<3>(vr), p3));
+    t[u] = Sar<4>(sum);
+  }
+#endif
+}
+
+// a[u] += sum over c of t[u][c] * H[c].
+HWY_INLINE void ProductH(const VU t[4], const int16_t* h, VU a[4]) {
   const VU h0 = LoadRow16(h), h1 = LoadRow16(h + 4);
   const VU h2 = LoadRow16(h + 8), h3 = LoadRow16(h + 12);
   for (int u = 0; u < 4; ++u) {
-    const VU vr = LoadRow16(v + 4 * u);
-    // Row u of T: sum over n of V[u][n] * P[n], each lane then >> 4.
-    VU t = hn::Mul(hn::Broadcast<0>(vr), p0);
-    t = hn::Add(t, hn::Mul(hn::Broadcast<1>(vr), p1));
-    t = hn::Add(t, hn::Mul(hn::Broadcast<2>(vr), p2));
-    t = hn::Add(t, hn::Mul(hn::Broadcast<3>(vr), p3));
-    t = Sar<4>(t);
-    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<0>(t), h0));
-    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<1>(t), h1));
-    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<2>(t), h2));
-    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<3>(t), h3));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<0>(t[u]), h0));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<1>(t[u]), h1));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<2>(t[u]), h2));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<3>(t[u]), h3));
   }
+}
+
+// acc rows a[0..3] += the contribution of the 4x4 bytes at pix.
+HWY_INLINE void SubBlock(const uint8_t* pix, ptrdiff_t stride, const int16_t* v,
+                         const int16_t* h, VU a[4]) {
+  VU t[4];
+  ProductVP(pix, stride, v, t);
+  ProductH(t, h, a);
 }
 
 void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
@@ -246,14 +279,33 @@ void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
   for (int u = 0; u < 4; ++u) hn::StoreU(a[u], du, reinterpret_cast<uint32_t*>(acc + 4 * u));
 }
 
+// The block's coefficients. The H product distributes over the wrapping
+// sums, so T of every sub-block column is summed over the sub-block rows
+// first and multiplied by that column's H once.
 HWY_INLINE void Accumulate(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                            int16_t* const* h, int ni, int nj, VU a[4]) {
+  constexpr int kMaxCols = 8;
   for (int u = 0; u < 4; ++u) a[u] = hn::Zero(DU());
+  if (nj > kMaxCols) {
+    for (int bi = 0; bi < ni; ++bi) {
+      for (int bj = 0; bj < nj; ++bj) {
+        SubBlock(pix + 4 * bi * stride + 4 * bj, stride, v[bi], h[bj], a);
+      }
+    }
+    return;
+  }
+  VU sum[kMaxCols][4];
+  for (int bj = 0; bj < nj; ++bj) {
+    for (int u = 0; u < 4; ++u) sum[bj][u] = hn::Zero(DU());
+  }
   for (int bi = 0; bi < ni; ++bi) {
     for (int bj = 0; bj < nj; ++bj) {
-      SubBlock(pix + 4 * bi * stride + 4 * bj, stride, v[bi], h[bj], a);
+      VU t[4];
+      ProductVP(pix + 4 * bi * stride + 4 * bj, stride, v[bi], t);
+      for (int u = 0; u < 4; ++u) sum[bj][u] = hn::Add(sum[bj][u], t[u]);
     }
   }
+  for (int bj = 0; bj < nj; ++bj) ProductH(sum[bj], h[bj], a);
 }
 
 void AccumulateBlockVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
