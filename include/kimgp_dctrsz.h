@@ -168,7 +168,9 @@ void kimgp_idct_blocknxn_float(uint8_t *base, int32_t y, int32_t x,
  * strides or buffer heights differ from those the context was made for, a
  * stride is shorter than its row or a buffer height than its plane, or the
  * context's mode is not 0, 2 or 4; KIMGP_ERR_UNSUPPORTED (-3) for any other
- * code. Nothing is written on -1 or -3.
+ * code, and when the settings leave part of a destination plane without
+ * blocks (a ratio below 1/4, where the block size is 0). Nothing is written
+ * on -1 or -3.
  *
  * - Pre-shrink (modes 2 and 4): luma and chroma are first averaged over 2x2
  *   or 4x4 samples (sum >> 2 or >> 4) into pre_y and pre_uv (YUV420: U into

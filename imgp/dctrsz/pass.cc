@@ -290,6 +290,14 @@ bool MatchesContext(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_
   return std::memcmp(&check, &ctx, offsetof(kimgp_rsz_new_ctx, reserved)) == 0;
 }
 
+// Whether the block grid of plane p covers a w x h destination plane (it
+// does not when a ratio leaves no whole block: growing by more than 4).
+bool BlocksCover(const kimgp_rsz_new_ctx& ctx, int p, int32_t w, int32_t h) {
+  const int64_t rows = int64_t{ctx.n_rows_b[p]} + ctx.n_rows_b1[p];
+  const int64_t cols = int64_t{ctx.n_cols_a[p]} + ctx.n_cols_a1[p];
+  return 4 * cols >= w && 4 * rows >= h;
+}
+
 int32_t ValidateYuv(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_ctx& ctx,
                     bool same_code) {
   if (!Yuv(s.cs) || !Yuv(d.cs)) return KIMGP_ERR_UNSUPPORTED;
@@ -299,6 +307,9 @@ int32_t ValidateYuv(const kimgp_img& s, const kimgp_img& d, const kimgp_rsz_new_
   if (!ctx.direct) {
     const Geometry g = SourceGeometry(s, ctx.mode);
     if (g.sw[0] < 1 || g.sh[0] < 1 || g.sw[1] < 1 || g.sh[1] < 1) return KIMGP_ERR_ARGS;
+    if (!BlocksCover(ctx, 0, d.width[0], d.height[0]) || !BlocksCover(ctx, 1, d.width[1], d.height[1])) {
+      return KIMGP_ERR_UNSUPPORTED;
+    }
   }
   return KIMGP_OK;
 }
@@ -473,6 +484,7 @@ KELO_EXPORT int32_t kimgp_rsz_new_rgba8888(kimgp_img* img, kimgp_rsz_new_ctx* ct
       !MatchesContext(s, d, *ctx)) {
     return KIMGP_ERR_ARGS;
   }
+  if (!BlocksCover(*ctx, 0, d.width[0], d.height[0])) return KIMGP_ERR_UNSUPPORTED;
   Pass ps;
   ps.ctx = ctx;
   ps.vmat = vmat;

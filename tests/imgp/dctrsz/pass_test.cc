@@ -205,6 +205,9 @@ INSTANTIATE_TEST_SUITE_P(
                       PassCase{KIMGP_CS_NV12, 256, 96, 64, 24, 4},
                       PassCase{KIMGP_CS_NV12, 256, 96, 128, 48, 4}));
 
+int32_t RunOnce(int32_t (*fn)(kimgp_img*, kimgp_rsz_new_ctx*, int16_t***, int16_t***),
+                const kimgp_img& src, kimgp_img& dst, int mode);
+
 TEST(DctPass, RefusesWhatTheContextWasNotMadeFor) {
   kimgp_img io[2] = {Descriptor(KIMGP_CS_NV12, 96, 64), Descriptor(KIMGP_CS_NV12, 64, 42)};
   kimgp_rsz_new_set_img(io);
@@ -234,6 +237,13 @@ TEST(DctPass, RefusesWhatTheContextWasNotMadeFor) {
     EXPECT_EQ(FirstDifference(dst.Snapshot(), before), "") << b.field;
   }
   kimgp_rsz_new_deinit(run, &ctx, vmat, hmat);
+  // Growing by more than 4 leaves no blocks: refused, nothing written.
+  kimgp_img grow[2] = {Descriptor(KIMGP_CS_NV12, 16, 16), Descriptor(KIMGP_CS_NV12, 96, 64)};
+  kimgp_rsz_new_set_img(grow);
+  TestFrame small(grow[0], 2), big(grow[1], 2, 0x3C);
+  const std::vector<uint8_t> untouched = big.Snapshot();
+  EXPECT_EQ(RunOnce(kimgp_rsz_new, small.img, big.img, 0), -3);
+  EXPECT_EQ(FirstDifference(big.Snapshot(), untouched), "");
 }
 
 
