@@ -246,15 +246,14 @@ KELO_EXPORT void algorithm_settings(const kimgp_img* img, kimgp_rsz_new_ctx* ctx
   const kimgp_img& d = img[1];
   int32_t sw[2], sh[2];
   kelo::dctrsz::SourceSizes(s, ctx->mode, sw, sh);
-  if (d.cs == KIMGP_CS_NV12 || d.cs == KIMGP_CS_NV21) {
+  // Destination pitches and rows, for the codes the pass writes.
+  const bool nv = d.cs == KIMGP_CS_NV12 || d.cs == KIMGP_CS_NV21;
+  if (nv || d.cs == KIMGP_CS_YUV420) {
     ctx->dst_stride[0] = d.stride[0];
-    ctx->dst_stride[1] = d.stride[1] >> 1;
-  } else if (d.cs == KIMGP_CS_YUV420) {
-    ctx->dst_stride[0] = d.stride[0];
-    ctx->dst_stride[1] = d.stride[1];
+    ctx->dst_stride[1] = nv ? d.stride[1] >> 1 : d.stride[1];
+    ctx->dst_rows[0] = d.buf_height[0];
+    ctx->dst_rows[1] = d.buf_height[1];
   }
-  ctx->dst_rows[0] = d.buf_height[0];
-  ctx->dst_rows[1] = d.buf_height[1];
   if (ctx->mode == 4) {
     ctx->src_stride[0] = s.stride[0] >> 2;
     ctx->src_stride[1] = s.stride[1] >> 3;
