@@ -369,9 +369,9 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
   SrcPlane luma{s.plane[0], s.stride[0], s.width[0], s.height[0]};
   SrcPlane chroma[2] = {Readable(ChromaOf(s, 0)), Readable(ChromaOf(s, 1))};
   uint8_t* prepared[2] = {nullptr, nullptr};
-  int64_t pitch = 0;
+  ptrdiff_t pitch = 0;  // made from int32 strides
   if (f > 1) {
-    const int64_t pitch0 = ctx->src_stride[0];
+    const ptrdiff_t pitch0 = ctx->src_stride[0];
     if (!FitsIn(pitch0, g.sh[0], 1, src0_bytes / (f * f))) return KIMGP_ERR_ARGS;
     luma = SrcPlane{ctx->pre_y, pitch0, static_cast<int32_t>(std::min<int64_t>(g.sw[0], pitch0)),
                     g.sh[0]};
