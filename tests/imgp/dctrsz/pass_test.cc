@@ -7,6 +7,7 @@
 
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kimgp_dctrsz.h"
+#include "tests/imgp/dctrsz/descriptors.h"
 #include "tests/support/guarded.h"
 #include "tests/support/targets.h"
 
@@ -105,19 +106,6 @@ struct PassCase {
 void PrintTo(const PassCase& c, std::ostream* os) {
   *os << "cs" << c.cs << "_" << c.sw << "x" << c.sh << "_to_" << c.dw << "x" << c.dh << "_mode"
       << c.mode;
-}
-
-kimgp_img Descriptor(int32_t cs, int32_t w, int32_t h) {
-  kimgp_img m;
-  std::memset(&m, 0, sizeof(m));
-  m.cs = cs;
-  m.width[0] = w;
-  m.height[0] = h;
-  if (cs == KIMGP_CS_YUV420) {
-    m.width[1] = m.width[2] = (w + 1) / 2;
-    m.height[1] = m.height[2] = (h + 1) / 2;
-  }
-  return m;
 }
 
 class DctPassTest : public ::testing::TestWithParam<PassCase> {};

@@ -8,31 +8,12 @@
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kcmn_mem.h"
 #include "kimgp_dctrsz.h"
+#include "tests/imgp/dctrsz/descriptors.h"
 #include "tests/support/targets.h"
 
 namespace kelo {
 namespace test {
 namespace {
-
-kimgp_img Yuv420(int32_t w, int32_t h) {
-  kimgp_img m;
-  std::memset(&m, 0, sizeof(m));
-  m.cs = KIMGP_CS_YUV420;
-  m.width[0] = w;
-  m.height[0] = h;
-  m.width[1] = m.width[2] = (w + 1) / 2;
-  m.height[1] = m.height[2] = (h + 1) / 2;
-  return m;
-}
-
-kimgp_img Nv12(int32_t w, int32_t h) {
-  kimgp_img m;
-  std::memset(&m, 0, sizeof(m));
-  m.cs = KIMGP_CS_NV12;
-  m.width[0] = w;
-  m.height[0] = h;
-  return m;
-}
 
 struct Context {
   kimgp_img io[2];
