@@ -5,6 +5,7 @@
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
 #include <kimgp_hdr.h>
+#include <kimgp_dctrsz.h>
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
@@ -12,6 +13,7 @@
 
 #include <stddef.h>
 #include <stdio.h>
+#include <string.h>
 
 int main(void) {
   unsigned char src[16] = {1, 2, 3, 4}, dst[16] = {0};
@@ -73,6 +75,30 @@ int main(void) {
         kimgp_csc_rot(&s, KIMGP_ROT_HORI, &d) != KIMGP_ERR_UNSUPPORTED) {
       return 10;
     }
+  }
+  {
+    /* A flat 16x16 YUV420 frame to 8x8 in the DCT domain. */
+    static uint8_t y[256], u[256], v[256], oy[256], ou[256], ov[256];
+    kimgp_img io[2];
+    kimgp_rsz_new_ctx ctx;
+    int16_t ***vm, ***hm;
+    int i;
+    memset(io, 0, sizeof(io));
+    for (i = 0; i < 2; ++i) {
+      io[i].cs = KIMGP_CS_YUV420;
+      io[i].width[0] = io[i].height[0] = 16 >> i;
+      io[i].width[1] = io[i].width[2] = io[i].height[1] = io[i].height[2] = 8 >> i;
+    }
+    kimgp_rsz_new_set_img(io);
+    memset(y, 100, sizeof(y));
+    memset(u, 128, sizeof(u));
+    memset(v, 128, sizeof(v));
+    io[0].plane[0] = y, io[0].plane[1] = u, io[0].plane[2] = v;
+    io[1].plane[0] = oy, io[1].plane[1] = ou, io[1].plane[2] = ov;
+    if (kimgp_rsz_new_init(io, &ctx, &vm, &hm, 0) != 0) return 10;
+    i = kimgp_rsz_new(io, &ctx, vm, hm);
+    kimgp_rsz_new_deinit(io, &ctx, vm, hm);
+    if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 11;
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");

@@ -1,6 +1,7 @@
 // kelo resize: every frame through kimgp_rsz to another size.
 #include "kimgp_rsz.h"
 #include "tools/kelo/command.h"
+#include "tools/kelo/dct_resize.h"
 #include "tools/kelo/demo.h"
 #include "tools/kelo/error.h"
 #include "tools/kelo/input.h"
@@ -51,6 +52,7 @@ int RunResize(const Args& given) {
   out_info.width = w;
   out_info.height = h;
   Image dst(f, w, h);
+  if (DctResize(&args, reader.get(), &dst, out, out_type, out_info, nullptr)) return 0;
   TransformFrames("resize", reader.get(), &dst, out, out_type, out_info,
                   [mode](const Image& src, Image* d) { ResizeInto(src, d, mode); });
   return 0;
@@ -81,12 +83,15 @@ void ResizeDemo(DemoContext* ctx) {
     ResizeInto(PatternImage(f, w, h), &dst, c.mode);
     ctx->Emit(c.file, dst, c.what);
   }
+  DctResize(nullptr, nullptr, nullptr, "", FileType::kPng, StreamInfo(), ctx);
 }
 
 std::vector<OptionSpec> ResizeOptions() {
   std::vector<OptionSpec> o = FrameCommandOptions(
       {{"in-size", "WxH", "size of raw input or of the pattern"},
-       {"mode", "MODE", "mod1: grow along a linear ramp"}});
+       {"mode", "MODE", "mod1: grow along a linear ramp"},
+       {"dct", nullptr, "shrink in the DCT domain (kimgp_rsz_new)"},
+       {"pre", "2|4", "with --dct: halve or quarter by averaging first"}});
   // --size names the output size here.
   for (OptionSpec& s : o) {
     if (std::string(s.name) == "size") s.help = "size to scale to (required)";

@@ -1,0 +1,89 @@
+// Internals of the DCT-domain downscaler shared by its settings, transforms
+// and pass, and the hooks its tests use.
+#ifndef KELO_IMGP_DCTRSZ_DCTRSZ_INTERNAL_H_
+#define KELO_IMGP_DCTRSZ_DCTRSZ_INTERNAL_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kimgp_dctrsz.h"
+
+namespace kelo {
+namespace dctrsz {
+
+// kcmn_malloc_align32 / kcmn_mfree_align32, counted for the tests.
+void* Alloc(uint32_t bytes);
+void Free(void* p);
+
+// Test hooks. FailAllocationForTest(n): the n-th allocation from now on
+// (1-based) returns null; 0 turns it off. AllocationsForTest(): allocations
+// since the last FailAllocationForTest call. FailThreadsForTest(mask): worker
+// i (bit i) of the resize pass is reported as not started.
+void FailAllocationForTest(int n);
+int AllocationsForTest();
+int FreesForTest();  // non-null blocks freed since then
+void FailThreadsForTest(unsigned mask);
+unsigned FailedThreadsForTest();
+
+// Luma and chroma sizes of the plane the DCT stage reads, before extension:
+// the source's own (mode 0), or after the 2x2 (mode 2) or 4x4 (mode 4)
+// pre-shrink, whose widths round in opposite directions.
+void SourceSizes(const kimgp_img& s, int32_t mode, int32_t sw[2], int32_t sh[2]);
+
+// Dequantisation of one coefficient: ((acc >> 16) * q) >> 8, low 16 bits.
+inline int16_t Dequantise(int32_t acc, int32_t q) {
+  const uint32_t prod = static_cast<uint32_t>(acc >> 16) * static_cast<uint32_t>(q);
+  return static_cast<int16_t>(static_cast<uint16_t>(static_cast<int32_t>(prod) >> 8));
+}
+
+// The matrix class a block of class k uses: k itself when the luma settings
+// made matrices for it, else k restricted to the bits the luma classes vary
+// in (width for two classes, height for three).
+inline int MatrixClass(int k, int n_class0) {
+  static const int kMask[5] = {0, 0, 1, 2, 3};
+  if (k < n_class0) return k;
+  return k & kMask[n_class0 < 0 ? 0 : (n_class0 > 4 ? 4 : n_class0)];
+}
+
+}  // namespace dctrsz
+
+namespace scalar {
+
+// The per-block definitions (stride in bytes).
+void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                  const int16_t* h, ptrdiff_t stride);
+void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                 const int32_t* q);
+// Inverse of 16-bit coefficients into out[16] (row order), before the
+// saturating store.
+void IdctCoefs(const int16_t* coef, int16_t* out);
+void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef);
+// The coefficients of one block: acc (16 int32) = the sum over sub-blocks
+// (bi < ni, bj < nj) of the forward accumulation with v[bi] and h[bj].
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc);
+// AccumulateBlock, then IdctDequant into dst.
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride);
+
+}  // namespace scalar
+
+// Dispatched per-block kernels (the best vector path, or the scalar one).
+void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                  const int16_t* h, ptrdiff_t stride);
+void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                 const int32_t* q);
+void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef);
+// The coefficients of one block: acc (16 int32) = the sum over sub-blocks
+// (bi < ni, bj < nj) of the forward accumulation with v[bi] and h[bj].
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc);
+// AccumulateBlock, then IdctDequant into dst.
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride);
+
+}  // namespace kelo
+
+#endif  // KELO_IMGP_DCTRSZ_DCTRSZ_INTERNAL_H_

@@ -1,0 +1,427 @@
+// DCT-domain downscaler: the per-block forward accumulation and the
+// dequantising 4-point inverse. A 4x4 block is four 4-lane vectors of 32-bit
+// lanes; products and sums wrap (unsigned lanes), shifts are arithmetic.
+#include "common/internal/simd.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "imgp/dctrsz/dctrsz_internal.h"
+
+// The scalar definitions, once (foreach_target includes this file per target).
+#ifndef KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
+#define KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
+namespace kelo {
+namespace scalar {
+namespace {
+
+inline int32_t Wrap(uint32_t v) { return static_cast<int32_t>(v); }
+inline int16_t Low16(int32_t v) {
+  return static_cast<int16_t>(static_cast<uint16_t>(static_cast<uint32_t>(v)));
+}
+inline uint8_t Saturate(int16_t v) {
+  return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
+}
+
+// The butterfly of both passes: e0 = (x0 + x2) * 128, e1 = (x0 - x2) * 128,
+// o0 = x1 * 128 + x3 * 53, o1 = x1 * 53 - x3 * 128, then y0 = e0 + o0,
+// y1 = e1 + o1, y2 = e1 - o1, y3 = e0 - o0, shifted right by `shift`.
+inline void Butterfly(const int32_t x[4], int shift, int32_t y[4]) {
+  const uint32_t x0 = static_cast<uint32_t>(x[0]), x1 = static_cast<uint32_t>(x[1]);
+  const uint32_t x2 = static_cast<uint32_t>(x[2]), x3 = static_cast<uint32_t>(x[3]);
+  const uint32_t e0 = (x0 + x2) * 128u, e1 = (x0 - x2) * 128u;
+  const uint32_t o0 = x1 * 128u + x3 * 53u, o1 = x1 * 53u - x3 * 128u;
+  y[0] = Wrap(e0 + o0) >> shift;
+  y[1] = Wrap(e1 + o1) >> shift;
+  y[2] = Wrap(e1 - o1) >> shift;
+  y[3] = Wrap(e0 - o0) >> shift;
+}
+
+}  // namespace
+
+void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                  const int16_t* h, ptrdiff_t stride) {
+  int32_t t[16];
+  for (int u = 0; u < 4; ++u) {
+    for (int c = 0; c < 4; ++c) {
+      uint32_t sum = 0;
+      for (int n = 0; n < 4; ++n) {
+        sum += static_cast<uint32_t>(v[4 * u + n]) * pix[n * stride + c];
+      }
+      t[4 * u + c] = Wrap(sum) >> 4;
+    }
+  }
+  for (int u = 0; u < 4; ++u) {
+    for (int w = 0; w < 4; ++w) {
+      uint32_t sum = static_cast<uint32_t>(acc[4 * u + w]);
+      for (int c = 0; c < 4; ++c) {
+        sum += static_cast<uint32_t>(t[4 * u + c]) * static_cast<uint32_t>(h[4 * c + w]);
+      }
+      acc[4 * u + w] = Wrap(sum);
+    }
+  }
+}
+
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc) {
+  std::memset(acc, 0, 16 * sizeof(int32_t));
+  for (int bi = 0; bi < ni; ++bi) {
+    for (int bj = 0; bj < nj; ++bj) FdctSubBlock(pix + 4 * bi * stride + 4 * bj, acc, v[bi], h[bj], stride);
+  }
+}
+
+void IdctCoefs(const int16_t* coef, int16_t* out) {
+  int32_t rows[16];
+  for (int r = 0; r < 4; ++r) {
+    const int32_t x[4] = {coef[4 * r], coef[4 * r + 1], coef[4 * r + 2], coef[4 * r + 3]};
+    Butterfly(x, 7, rows + 4 * r);
+  }
+  for (int c = 0; c < 4; ++c) {
+    const int32_t x[4] = {rows[c], rows[4 + c], rows[8 + c], rows[12 + c]};
+    int32_t y[4];
+    Butterfly(x, 14, y);
+    for (int k = 0; k < 4; ++k) out[4 * k + c] = Low16(y[k]);
+  }
+}
+
+void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
+  int16_t out[16];
+  IdctCoefs(coef, out);
+  for (int k = 0; k < 4; ++k) {
+    for (int c = 0; c < 4; ++c) dst[k * stride + c] = Saturate(out[4 * k + c]);
+  }
+}
+
+void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                 const int32_t* q) {
+  int16_t d[16];
+  for (int i = 0; i < 16; ++i) d[i] = dctrsz::Dequantise(acc[i], q[i]);
+  Idct16(dst, stride, d);
+}
+
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride) {
+  int32_t acc[16];
+  AccumulateBlock(pix, stride, v, h, ni, nj, acc);
+  IdctDequant(dst, dst_stride, acc, q);
+}
+
+}  // namespace scalar
+}  // namespace kelo
+#endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/dctrsz/transforms.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "common/internal/x86_raw-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET == HWY_SCALAR
+// One lane cannot hold a block row: the scalar definitions serve.
+void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                     const int16_t* h, ptrdiff_t stride) {
+  scalar::FdctSubBlock(pix, acc, v, h, stride);
+}
+void IdctDequantVec(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                    const int32_t* q) {
+  scalar::IdctDequant(dst, stride, acc, q);
+}
+void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
+  scalar::Idct16(dst, stride, coef);
+}
+void AccumulateBlockVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                        int16_t* const* h, int ni, int nj, int32_t* acc) {
+  scalar::AccumulateBlock(pix, stride, v, h, ni, nj, acc);
+}
+void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                     ptrdiff_t dst_stride) {
+  scalar::BlockToBytes(pix, stride, v, h, ni, nj, q, dst, dst_stride);
+}
+#else
+using DU = hn::FixedTag<uint32_t, 4>;
+using DI = hn::FixedTag<int32_t, 4>;
+using VU = hn::Vec<DU>;
+using VI = hn::Vec<DI>;
+
+// Row `r` of a 4x4 int16 matrix, widened (sign-extended) to 32-bit lanes.
+HWY_INLINE VU LoadRow16(const int16_t* m) {
+  const hn::FixedTag<int16_t, 4> d16;
+  return hn::BitCast(DU(), hn::PromoteTo(DI(), hn::LoadU(d16, m)));
+}
+
+template <int kShift>
+HWY_INLINE VU Sar(VU v) {
+  return hn::BitCast(DU(), hn::ShiftRight<kShift>(hn::BitCast(DI(), v)));
+}
+
+// Rows to columns in registers.
+HWY_INLINE void Transpose(VU& r0, VU& r1, VU& r2, VU& r3) {
+  const hn::Repartition<uint64_t, DU> d64;
+  const VU t0 = hn::InterleaveLower(DU(), r0, r1);
+  const VU t1 = hn::InterleaveLower(DU(), r2, r3);
+  const VU t2 = hn::InterleaveUpper(DU(), r0, r1);
+  const VU t3 = hn::InterleaveUpper(DU(), r2, r3);
+  r0 = hn::BitCast(DU(), hn::InterleaveLower(d64, hn::BitCast(d64, t0), hn::BitCast(d64, t1)));
+  r1 = hn::BitCast(DU(), hn::InterleaveUpper(d64, hn::BitCast(d64, t0), hn::BitCast(d64, t1)));
+  r2 = hn::BitCast(DU(), hn::InterleaveLower(d64, hn::BitCast(d64, t2), hn::BitCast(d64, t3)));
+  r3 = hn::BitCast(DU(), hn::InterleaveUpper(d64, hn::BitCast(d64, t2), hn::BitCast(d64, t3)));
+}
+
+// The butterfly on four vectors x0..x3 (lane i of each is one line).
+template <int kShift>
+HWY_INLINE void Butterfly(VU x0, VU x1, VU x2, VU x3, VU& y0, VU& y1, VU& y2,
+                          VU& y3) {
+  const VU k128 = hn::Set(DU(), 128u), k53 = hn::Set(DU(), 53u);
+  const VU e0 = hn::Mul(hn::Add(x0, x2), k128);
+  const VU e1 = hn::Mul(hn::Sub(x0, x2), k128);
+  const VU o0 = hn::Add(hn::Mul(x1, k128), hn::Mul(x3, k53));
+  const VU o1 = hn::Sub(hn::Mul(x1, k53), hn::Mul(x3, k128));
+  y0 = Sar<kShift>(hn::Add(e0, o0));
+  y1 = Sar<kShift>(hn::Add(e1, o1));
+  y2 = Sar<kShift>(hn::Sub(e1, o1));
+  y3 = Sar<kShift>(hn::Sub(e0, o0));
+}
+
+// Rows d0..d3 of 16-bit coefficients (sign-extended in 32-bit lanes) to the
+// stored 4x4 bytes.
+HWY_INLINE void InverseStore(VU d0, VU d1, VU d2, VU d3, uint8_t* dst,
+                             ptrdiff_t stride) {
+  // Horizontal pass: lane r of column vector k is d[r][k].
+  Transpose(d0, d1, d2, d3);
+  VU y0, y1, y2, y3;
+  Butterfly<7>(d0, d1, d2, d3, y0, y1, y2, y3);
+  // y_k lane r = row result [r][k]; the vertical pass needs lane c = [k][c].
+  Transpose(y0, y1, y2, y3);
+  VU o0, o1, o2, o3;
+  Butterfly<14>(y0, y1, y2, y3, o0, o1, o2, o3);
+  const hn::FixedTag<uint8_t, 4> d8;
+  const VU rows[4] = {o0, o1, o2, o3};
+  for (int k = 0; k < 4; ++k) {
+    // Keep the low 16 bits (sign-extended), then saturate to bytes.
+    const VI narrow = hn::ShiftRight<16>(hn::BitCast(DI(), hn::ShiftLeft<16>(rows[k])));
+    hn::StoreU(hn::DemoteTo(d8, narrow), d8, dst + k * stride);
+  }
+}
+
+// Rows u of T = (V P) >> 4 for the 4x4 bytes P at pix.
+HWY_INLINE void ProductVP(const uint8_t* pix, ptrdiff_t stride, const int16_t* v, VU t[4]) {
+#if KELO_X86_RAW
+  // Pairs of rows as 16-bit (P[n][c], P[n+1][c]) lanes, pairs of V entries
+  // as 32-bit lanes: one pmaddwd per pair of rows. The sums are far from
+  // 32 bits (bytes times 16-bit entries), so they equal the wrapping ones.
+  int32_t rows[4];
+  for (int n = 0; n < 4; ++n) memcpy(&rows[n], pix + n * stride, 4);
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i w01 =
+      _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(rows[0]), _mm_cvtsi32_si128(rows[1])), zero);
+  const __m128i w23 =
+      _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(rows[2]), _mm_cvtsi32_si128(rows[3])), zero);
+  for (int u = 0; u < 4; ++u) {
+    const __m128i vr = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(v + 4 * u));
+    const __m128i sum = _mm_add_epi32(RawMulAddWords(w01, _mm_shuffle_epi32(vr, 0x00)),
+                                      RawMulAddWords(w23, _mm_shuffle_epi32(vr, 0x55)));
+    t[u] = VU{_mm_srai_epi32(sum, 4)};
+  }
+#else
+  const hn::FixedTag<uint8_t, 4> d8;
+  const DU du;
+  const VU p0 = hn::PromoteTo(du, hn::LoadU(d8, pix));
+  const VU p1 = hn::PromoteTo(du, hn::LoadU(d8, pix + stride));
+  const VU p2 = hn::PromoteTo(du, hn::LoadU(d8, pix + 2 * stride));
+  const VU p3 = hn::PromoteTo(du, hn::LoadU(d8, pix + 3 * stride));
+  for (int u = 0; u < 4; ++u) {
+    const VU vr = LoadRow16(v + 4 * u);
+    VU sum = hn::Mul(hn::Broadcast<0>(vr), p0);
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<1>(vr), p1));
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<2>(vr), p2));
+    sum = hn::Add(sum, hn::Mul(hn::Broadcast<3>(vr), p3));
+    t[u] = Sar<4>(sum);
+  }
+#endif
+}
+
+// a[u] += sum over c of t[u][c] * H[c].
+HWY_INLINE void ProductH(const VU t[4], const int16_t* h, VU a[4]) {
+  const VU h0 = LoadRow16(h), h1 = LoadRow16(h + 4);
+  const VU h2 = LoadRow16(h + 8), h3 = LoadRow16(h + 12);
+  for (int u = 0; u < 4; ++u) {
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<0>(t[u]), h0));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<1>(t[u]), h1));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<2>(t[u]), h2));
+    a[u] = hn::Add(a[u], hn::Mul(hn::Broadcast<3>(t[u]), h3));
+  }
+}
+
+// acc rows a[0..3] += the contribution of the 4x4 bytes at pix.
+HWY_INLINE void SubBlock(const uint8_t* pix, ptrdiff_t stride, const int16_t* v,
+                         const int16_t* h, VU a[4]) {
+  VU t[4];
+  ProductVP(pix, stride, v, t);
+  ProductH(t, h, a);
+}
+
+void FdctSubBlockVec(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                     const int16_t* h, ptrdiff_t stride) {
+  const DU du;
+  VU a[4];
+  for (int u = 0; u < 4; ++u) a[u] = hn::LoadU(du, reinterpret_cast<const uint32_t*>(acc + 4 * u));
+  SubBlock(pix, stride, v, h, a);
+  for (int u = 0; u < 4; ++u) hn::StoreU(a[u], du, reinterpret_cast<uint32_t*>(acc + 4 * u));
+}
+
+// The block's coefficients. The H product distributes over the wrapping
+// sums, so T of every sub-block column is summed over the sub-block rows
+// first and multiplied by that column's H once.
+HWY_INLINE void Accumulate(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                           int16_t* const* h, int ni, int nj, VU a[4]) {
+  constexpr int kMaxCols = 8;
+  for (int u = 0; u < 4; ++u) a[u] = hn::Zero(DU());
+  if (nj > kMaxCols) {
+    for (int bi = 0; bi < ni; ++bi) {
+      for (int bj = 0; bj < nj; ++bj) {
+        SubBlock(pix + 4 * bi * stride + 4 * bj, stride, v[bi], h[bj], a);
+      }
+    }
+    return;
+  }
+  VU sum[kMaxCols][4];
+  for (int bj = 0; bj < nj; ++bj) {
+    for (int u = 0; u < 4; ++u) sum[bj][u] = hn::Zero(DU());
+  }
+  for (int bi = 0; bi < ni; ++bi) {
+    for (int bj = 0; bj < nj; ++bj) {
+      VU t[4];
+      ProductVP(pix + 4 * bi * stride + 4 * bj, stride, v[bi], t);
+      for (int u = 0; u < 4; ++u) sum[bj][u] = hn::Add(sum[bj][u], t[u]);
+    }
+  }
+  for (int bj = 0; bj < nj; ++bj) ProductH(sum[bj], h[bj], a);
+}
+
+void AccumulateBlockVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                        int16_t* const* h, int ni, int nj, int32_t* acc) {
+  VU a[4];
+  Accumulate(pix, stride, v, h, ni, nj, a);
+  for (int u = 0; u < 4; ++u) hn::StoreU(a[u], DU(), reinterpret_cast<uint32_t*>(acc + 4 * u));
+}
+
+// Dequantised rows, ((acc >> 16) * q) >> 8 kept as 16 bits, inverted and
+// stored.
+HWY_INLINE void DequantiseStore(const VU a[4], const int32_t* q, uint8_t* dst,
+                                ptrdiff_t stride) {
+  const DU du;
+  VU d[4];
+  for (int r = 0; r < 4; ++r) {
+    const VU qs = hn::LoadU(du, reinterpret_cast<const uint32_t*>(q + 4 * r));
+    const VU prod = Sar<8>(hn::Mul(Sar<16>(a[r]), qs));
+    d[r] = Sar<16>(hn::ShiftLeft<16>(prod));
+  }
+  InverseStore(d[0], d[1], d[2], d[3], dst, stride);
+}
+
+void IdctDequantVec(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                    const int32_t* q) {
+  VU a[4];
+  for (int r = 0; r < 4; ++r) a[r] = hn::LoadU(DU(), reinterpret_cast<const uint32_t*>(acc + 4 * r));
+  DequantiseStore(a, q, dst, stride);
+}
+
+void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                     ptrdiff_t dst_stride) {
+  VU a[4];
+  Accumulate(pix, stride, v, h, ni, nj, a);
+  DequantiseStore(a, q, dst, dst_stride);
+}
+
+void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
+  InverseStore(LoadRow16(coef), LoadRow16(coef + 4), LoadRow16(coef + 8),
+               LoadRow16(coef + 12), dst, stride);
+}
+#endif  // HWY_TARGET == HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include "common/internal/api.h"
+
+namespace kelo {
+
+KELO_VEC_EXPORT(FdctSubBlockVec);
+KELO_VEC_EXPORT(IdctDequantVec);
+KELO_VEC_EXPORT(Idct16Vec);
+KELO_VEC_EXPORT(AccumulateBlockVec);
+KELO_VEC_EXPORT(BlockToBytesVec);
+
+void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                     int16_t* const* h, int ni, int nj, int32_t* acc) {
+  KELO_VEC_CALL(AccumulateBlockVec, scalar::AccumulateBlock)(pix, stride, v, h, ni, nj, acc);
+}
+void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
+                  int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
+                  ptrdiff_t dst_stride) {
+  KELO_VEC_CALL(BlockToBytesVec, scalar::BlockToBytes)(pix, stride, v, h, ni, nj, q, dst,
+                                                       dst_stride);
+}
+
+void FdctSubBlock(const uint8_t* pix, int32_t* acc, const int16_t* v,
+                  const int16_t* h, ptrdiff_t stride) {
+  KELO_VEC_CALL(FdctSubBlockVec, scalar::FdctSubBlock)(pix, acc, v, h, stride);
+}
+void IdctDequant(uint8_t* dst, ptrdiff_t stride, const int32_t* acc,
+                 const int32_t* q) {
+  KELO_VEC_CALL(IdctDequantVec, scalar::IdctDequant)(dst, stride, acc, q);
+}
+void Idct16(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
+  KELO_VEC_CALL(Idct16Vec, scalar::Idct16)(dst, stride, coef);
+}
+
+}  // namespace kelo
+
+KELO_EXPORT void kimgp_fdct_blocknxn_full_compute(const uint8_t* pix, int32_t* acc,
+                                                  const int16_t* vmat,
+                                                  const int16_t* hmat,
+                                                  int32_t stride) {
+  kelo::FdctSubBlock(pix, acc, vmat, hmat, stride);
+}
+
+KELO_EXPORT void kimgp_idct_block4x4(uint8_t* base, int32_t y, int32_t x,
+                                     int32_t stride, const int32_t* acc,
+                                     const int32_t* qscale) {
+  kelo::IdctDequant(base + static_cast<ptrdiff_t>(y) * stride + x, stride, acc, qscale);
+}
+
+KELO_EXPORT void kimgp_idct_block4x4_float(uint8_t* base, int32_t y, int32_t x,
+                                           const int16_t* coef, int32_t stride) {
+  kelo::Idct16(base + static_cast<ptrdiff_t>(y) * stride + x, stride, coef);
+}
+
+KELO_EXPORT void kimgp_idct_blocknxn_float(uint8_t* base, int32_t y, int32_t x,
+                                           const int16_t* coef, int32_t stride,
+                                           int32_t row_limit) {
+  int16_t out[16];
+  kelo::scalar::IdctCoefs(coef, out);
+  for (int r = 0; r < 4; ++r) {
+    if (int64_t{y} + r >= row_limit) break;
+    uint8_t* row = base + (static_cast<ptrdiff_t>(y) + r) * stride + x;
+    for (int c = 0; c < 4; ++c) {
+      if (int64_t{x} + c >= stride) break;
+      const int16_t v = out[4 * r + c];
+      row[c] = static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
+    }
+  }
+}
+#endif
