@@ -4,8 +4,8 @@
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
-#include <kimgp_hdr.h>
 #include <kimgp_dctrsz.h>
+#include <kimgp_hdr.h>
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
@@ -23,7 +23,7 @@ int main(void) {
   a.plane[0] = src;
   b.plane[0] = dst;
   if (kimgp_cpy(&a, &b) != KIMGP_OK || dst[3] != 4) return 1;
-  if (kimgp_hdr_to_sdr(&a, &b, 3) != KIMGP_ERR_ARGS || LUT_Y10[940] != 1024) return 9;
+  if (kimgp_hdr_to_sdr(&a, &b, 3) != KIMGP_ERR_ARGS || LUT_Y10[940] != 1024) return 12;
   p = kcmn_malloc_align32(100);
   if (p == NULL || ((size_t)p & 31u) != 0) return 2;
   kcmn_mfree_align32(p);
@@ -63,7 +63,7 @@ int main(void) {
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
     /* Frames below 8x8 are refused by the resize-and-convert entry. */
     d.cs = KIMGP_CS_RGB888;
-    if (kimgp_rsz_csc(&s, &d) != KIMGP_ERR_UNSUPPORTED) return 10;
+    if (kimgp_rsz_csc(&s, &d) != KIMGP_ERR_UNSUPPORTED) return 13;
   }
   {
     /* Conversion with rotation: the tables, and a refused code. */
@@ -73,7 +73,7 @@ int main(void) {
     if (kimgp_csc_rot_yuyv2bgra8888[KIMGP_ROT_90R] != kimgp_csc_yuyv_to_bgra8888_90r ||
         kimgp_tbl_fn_csc_1x2_to_1x1_rot[KIMGP_ROT_180] != NULL ||
         kimgp_csc_rot(&s, KIMGP_ROT_HORI, &d) != KIMGP_ERR_UNSUPPORTED) {
-      return 10;
+      return 14;
     }
   }
   {
@@ -95,10 +95,10 @@ int main(void) {
     memset(v, 128, sizeof(v));
     io[0].plane[0] = y, io[0].plane[1] = u, io[0].plane[2] = v;
     io[1].plane[0] = oy, io[1].plane[1] = ou, io[1].plane[2] = ov;
-    if (kimgp_rsz_new_init(io, &ctx, &vm, &hm, 0) != 0) return 10;
+    if (kimgp_rsz_new_init(io, &ctx, &vm, &hm, 0) != 0) return 15;
     i = kimgp_rsz_new(io, &ctx, vm, hm);
     kimgp_rsz_new_deinit(io, &ctx, vm, hm);
-    if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 11;
+    if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 16;
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");
