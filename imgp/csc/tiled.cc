@@ -113,6 +113,7 @@ HWY_AFTER_NAMESPACE();
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
 #include "imgp/csc/layout_rows.h"
+#include "imgp/csc/tiled.h"
 #include "imgp/csc/yuv_to_rgb.h"
 #include "kimgp_csc.h"
 
@@ -205,6 +206,11 @@ void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const
 [[maybe_unused]] void P010ScalarRow(const YuvRow& row, uint8_t* dst, int n) { p010::Row(row, dst, 0, n); }
 
 }  // namespace
+
+void DetileRow64x32(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out) {
+  DetileRow(plane, stride, kT64x32, y, n, out);
+}
+
 }  // namespace csc
 
 KELO_VEC_EXPORT(P010RowVec);

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "common/internal/api.h"
+#include "imgp/csc/tiled.h"
 #include "imgp/csc/yuv_to_rgb.h"
 #include "imgp/geometry/resize_down_kernels.h"
 #include "kimgp_csc.h"
@@ -23,19 +24,6 @@ namespace {
 
 // ---------------------------------------------------------------------------
 // Tiled planes.
-
-// Bytes [0, n) of row y of a 64 x 32 tiled plane into out: the row seen as
-// the only row of a plane that starts at its first byte.
-void DetileRow(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out) {
-  uint8_t* sp[4] = {const_cast<uint8_t*>(plane) + (ptrdiff_t{y} / 32) * stride * 32 +
-                        (y % 32) * 64,
-                    nullptr, nullptr, nullptr};
-  const int32_t sw[4] = {n, 0, 0, 0}, sh[4] = {1, 0, 0, 0};
-  int32_t ss[4] = {stride, 0, 0, 0};
-  const int32_t ds[4] = {n, 0, 0, 0};
-  uint8_t* dp[4] = {out, nullptr, nullptr, nullptr};
-  kimgp_csc_t64x32_to_nv12(sp, sw, sh, ss, ds, dp);
-}
 
 // The kernels of one tiled plane: bytes (8b) or chroma pairs (8b8b).
 struct PlaneKernels {
@@ -78,7 +66,7 @@ void TiledRows(const PlaneKernels& k, const void* src, int32_t ss, int32_t sw, i
   auto* r = static_cast<uint8_t*>(row);
   auto* t = static_cast<uint8_t*>(tmp);
   for (int32_t y = 0; y < sh; ++y) {
-    DetileRow(static_cast<const uint8_t*>(src), ss, y, sw * k.bytes, r);
+    csc::DetileRow64x32(static_cast<const uint8_t*>(src), ss, y, sw * k.bytes, r);
     pass(r, t + ptrdiff_t{y} * dw * k.bytes, sw * k.bytes);
   }
 }
@@ -134,8 +122,8 @@ void ResizeTiled(const PlaneKernels& k, const uint8_t* src, int32_t ss, int32_t 
   for (int32_t y = 0; y < dh; ++y) {
     const rsz::RowTap t = rows.Next(&rs);
     const auto r = static_cast<int32_t>(t.off);
-    DetileRow(src, ss, r, n, row);
-    if (t.two) DetileRow(src, ss, r + 1, n, row + n);
+    csc::DetileRow64x32(src, ss, r, n, row);
+    if (t.two) csc::DetileRow64x32(src, ss, r + 1, n, row + n);
     uint8_t* out = dst + ptrdiff_t{y} * ds;
     if (mult) {
       k.down_mult(row, out, dw, 1, fw, n, 0, ds);
