@@ -1,0 +1,203 @@
+// Crop, padding and stereo frame packing: whole rows through the library's
+// block copy and fill; the anaglyph row kernel blends two views' bytes.
+#include "common/internal/simd.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/geometry/crop_pad.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/geometry/frame_pack.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Three vectors (a multiple of three bytes) per step: bytes whose offset in
+// the row is a multiple of 3 (red) from the red view, the others from the
+// green-blue view. The remaining pixels go to the scalar row.
+void PackAnaglyphRowVec(const uint8_t* red, const uint8_t* gb, uint8_t* dst,
+                        size_t pixels) {
+  const hn::ScalableTag<uint8_t> d;
+  const size_t N = hn::Lanes(d);
+  const size_t bytes = 3 * pixels;
+  size_t i = 0;
+  if (bytes >= 3 * N) {
+    HWY_ALIGN uint8_t phase[3 * HWY_MAX_BYTES];
+    for (size_t j = 0; j < 3 * N; ++j) phase[j] = static_cast<uint8_t>(j % 3);
+    const auto zero = hn::Zero(d);
+    const auto m0 = hn::Eq(hn::Load(d, phase), zero);
+    const auto m1 = hn::Eq(hn::LoadU(d, phase + N), zero);
+    const auto m2 = hn::Eq(hn::LoadU(d, phase + 2 * N), zero);
+    for (; i <= bytes - 3 * N; i += 3 * N) {
+      const auto r0 = hn::LoadU(d, red + i);
+      const auto r1 = hn::LoadU(d, red + i + N);
+      const auto r2 = hn::LoadU(d, red + i + 2 * N);
+      const auto g0 = hn::LoadU(d, gb + i);
+      const auto g1 = hn::LoadU(d, gb + i + N);
+      const auto g2 = hn::LoadU(d, gb + i + 2 * N);
+      hn::StoreU(hn::IfThenElse(m0, r0, g0), d, dst + i);
+      hn::StoreU(hn::IfThenElse(m1, r1, g1), d, dst + i + N);
+      hn::StoreU(hn::IfThenElse(m2, r2, g2), d, dst + i + 2 * N);
+    }
+  }
+  scalar::PackAnaglyphRow(red + i, gb + i, dst + i, pixels - i / 3);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include "common/fill_rows.h"
+#include "common/internal/api.h"
+#include "imgp/core/copy_rows.h"
+#include "imgp/geometry/frame_pack.h"
+#include "kimgp_frame.h"
+
+namespace kelo {
+
+KELO_VEC_EXPORT(PackAnaglyphRowVec);
+
+void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst,
+                     size_t pixels) {
+  KELO_VEC_CALL(PackAnaglyphRowVec, scalar::PackAnaglyphRow)(red, gb, dst, pixels);
+}
+
+namespace {
+
+// Byte x_bytes of row `row` of a plane.
+uint8_t* At(uint8_t* plane, int32_t stride, int64_t row, int64_t x_bytes) {
+  return plane + row * stride + x_bytes;
+}
+
+// `rows` rows of `row_bytes` bytes from byte sx of row sy of source plane i
+// to byte dx of row dy of destination plane i.
+void CopyRegion(const kimgp_img* src, int i, int64_t sx, int64_t sy, kimgp_img* dst,
+                int64_t dx, int64_t dy, int64_t row_bytes, int32_t rows) {
+  CopyRows(At(src->plane[i], src->stride[i], sy, sx), src->stride[i],
+           At(dst->plane[i], dst->stride[i], dy, dx), dst->stride[i], row_bytes, rows);
+}
+
+// The whole buffer of plane i, buf_height x stride bytes, set to `value`.
+void FillPlane(kimgp_img* dst, int i, uint8_t value) {
+  const int64_t bytes = int64_t{dst->buf_height[i]} * dst->stride[i];
+  if (bytes > 0) FillWord(dst->plane[i], value * 0x01010101u, static_cast<size_t>(bytes));
+}
+
+// Bytes per pixel of packed RGB codes that crop (all of 5xx) and padding
+// (500 and 501 only) take; 0 for the rest.
+int RgbPixelBytes(int32_t cs, bool padding) {
+  switch (cs) {
+    case KIMGP_CS_RGB888:
+    case KIMGP_CS_BGR888:
+      return 3;
+    case KIMGP_CS_RGBA8888:
+    case KIMGP_CS_BGRA8888:
+      return 4;
+    case KIMGP_CS_ARGB8888:
+    case KIMGP_CS_ABGR8888:
+      return padding ? 0 : 4;
+    default:
+      return 0;
+  }
+}
+
+int64_t ChromaOffset(int32_t v) { return (int64_t{v} + 1) >> 1; }
+
+}  // namespace
+}  // namespace kelo
+
+using kelo::ChromaOffset;
+using kelo::CopyRegion;
+
+KELO_EXPORT int32_t kimgp_crop(const kimgp_img* src, kimgp_img* dst) {
+  const int32_t cs = src->cs;
+  const int64_t x = src->x, y = src->y;
+  if (const int n = kelo::RgbPixelBytes(cs, false)) {
+    CopyRegion(src, 0, n * x, y, dst, 0, 0, int64_t{n} * dst->width[0], dst->height[0]);
+    return KIMGP_OK;
+  }
+  switch (cs) {
+    case KIMGP_CS_NV12:
+    case KIMGP_CS_NV21:
+      CopyRegion(src, 0, x, y, dst, 0, 0, dst->width[0], dst->height[0]);
+      CopyRegion(src, 1, x, ChromaOffset(src->y), dst, 0, 0, dst->width[0], dst->height[1]);
+      return KIMGP_OK;
+    case KIMGP_CS_YUV420:
+      CopyRegion(src, 0, x, y, dst, 0, 0, dst->width[0], dst->height[0]);
+      for (int i = 1; i < 3; ++i) {
+        CopyRegion(src, i, ChromaOffset(src->x), ChromaOffset(src->y), dst, 0, 0,
+                   dst->width[i], dst->height[i]);
+      }
+      return KIMGP_OK;
+    default:
+      return KIMGP_ERR_UNSUPPORTED;
+  }
+}
+
+KELO_EXPORT int32_t kimgp_padding(const kimgp_img* src, kimgp_img* dst) {
+  const int64_t x = src->x, y = src->y;
+  if (dst->width[0] < x + src->width[0] || dst->height[0] < y + src->height[0]) {
+    return KIMGP_ERR_ARGS;
+  }
+  const int32_t cs = src->cs;
+  if (const int n = kelo::RgbPixelBytes(cs, true)) {
+    kelo::FillPlane(dst, 0, 0);
+    CopyRegion(src, 0, 0, 0, dst, n * x, y, int64_t{n} * src->width[0], src->height[0]);
+    return KIMGP_OK;
+  }
+  switch (cs) {
+    case KIMGP_CS_NV12:
+    case KIMGP_CS_NV21:
+      kelo::FillPlane(dst, 0, 16);
+      kelo::FillPlane(dst, 1, 128);
+      CopyRegion(src, 0, 0, 0, dst, x, y, src->width[0], src->height[0]);
+      CopyRegion(src, 1, 0, 0, dst, x, ChromaOffset(src->y), src->width[0], src->height[1]);
+      return KIMGP_OK;
+    case KIMGP_CS_YUV420:
+      kelo::FillPlane(dst, 0, 16);
+      kelo::FillPlane(dst, 1, 128);
+      kelo::FillPlane(dst, 2, 128);
+      CopyRegion(src, 0, 0, 0, dst, x, y, src->width[0], src->height[0]);
+      for (int i = 1; i < 3; ++i) {
+        CopyRegion(src, i, 0, 0, dst, ChromaOffset(src->x), ChromaOffset(src->y),
+                   src->width[i], src->height[i]);
+      }
+      return KIMGP_OK;
+    default:
+      return KIMGP_ERR_UNSUPPORTED;
+  }
+}
+
+KELO_EXPORT void kimgp_fpa_frm_pack(const uint8_t* red_view, const uint8_t* gb_view,
+                                    uint8_t* dst, int32_t width, int32_t height,
+                                    int32_t src_stride, int32_t dst_stride) {
+  if (width < 1) return;
+  for (int32_t r = 0; r < height; ++r) {
+    kelo::PackAnaglyphRow(red_view + int64_t{r} * src_stride,
+                          gb_view + int64_t{r} * src_stride,
+                          dst + int64_t{r} * dst_stride, static_cast<size_t>(width));
+  }
+}
+
+KELO_EXPORT int32_t kimgp_fpa(const kimgp_img* src, kimgp_img* dst, int32_t order) {
+  if (src->cs != KIMGP_CS_RGB888 || dst->cs != src->cs) return KIMGP_ERR_ARGS;
+  if (int64_t{src->width[0]} != 2 * int64_t{dst->width[0]}) return KIMGP_ERR_ARGS;
+  if (src->height[0] != dst->height[0]) return KIMGP_ERR_ARGS;
+  if (int64_t{src->stride[0]} != 3 * int64_t{src->width[0]}) return KIMGP_ERR_ARGS;
+  if (int64_t{src->stride[0]} != 2 * int64_t{dst->stride[0]}) return KIMGP_ERR_ARGS;
+  const uint8_t* left = src->plane[0];
+  const uint8_t* right = left + dst->stride[0];
+  if (order != 1 && order != 2) return KIMGP_ERR_ARGS;
+  const uint8_t* red = order == 1 ? left : right;
+  const uint8_t* gb = order == 1 ? right : left;
+  kimgp_fpa_frm_pack(red, gb, dst->plane[0], dst->width[0], src->height[0], src->stride[0],
+                     dst->stride[0]);
+  return KIMGP_OK;
+}
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE
