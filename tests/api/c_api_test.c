@@ -4,6 +4,7 @@
 #include <kcmn_mem.h>
 #include <kimgp_copy.h>
 #include <kimgp_csc.h>
+#include <kimgp_enhance.h>
 #include <kimgp_frame.h>
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
