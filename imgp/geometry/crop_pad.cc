@@ -82,10 +82,30 @@ void CopyRegion(const kimgp_img* src, int i, int64_t sx, int64_t sy, kimgp_img* 
            At(dst->plane[i], dst->stride[i], dy, dx), dst->stride[i], row_bytes, rows);
 }
 
-// The whole buffer of plane i, buf_height x stride bytes, set to `value`.
-void FillPlane(kimgp_img* dst, int i, uint8_t value) {
-  const int64_t bytes = int64_t{dst->buf_height[i]} * dst->stride[i];
-  if (bytes > 0) FillWord(dst->plane[i], value * 0x01010101u, static_cast<size_t>(bytes));
+// Plane i of dst, buf_height x stride bytes, set to `value` except where the
+// copy that follows writes: the rows [y, y + rows) from byte x for w bytes.
+// The bytes end as a fill of the whole buffer followed by the copy would
+// leave them, with less memory traffic: the bytes between one row's copied
+// run and the next row's are one run of the fill. A rectangle outside the
+// buffer (which only a caller's negative offsets make) fills everything.
+void FillAround(kimgp_img* dst, int i, uint8_t value, int64_t x, int64_t y, int64_t w,
+                int64_t rows) {
+  const int64_t stride = dst->stride[i], total = stride * dst->buf_height[i];
+  if (total <= 0) return;
+  uint8_t* p = dst->plane[i];
+  const uint32_t word = value * 0x01010101u;
+  auto fill = [&](int64_t from, int64_t to) {
+    if (to > from) FillWord(p + from, word, static_cast<size_t>(to - from));
+  };
+  if (x < 0 || y < 0 || w < 1 || rows < 1 || x + w > stride || (y + rows) * stride > total) {
+    return fill(0, total);
+  }
+  int64_t from = 0;
+  for (int64_t r = y; r < y + rows; ++r) {
+    fill(from, r * stride + x);
+    from = r * stride + x + w;
+  }
+  fill(from, total);
 }
 
 // Bytes per pixel of packed RGB codes that crop (all of 5xx) and padding
@@ -146,24 +166,24 @@ KELO_EXPORT int32_t kimgp_padding(const kimgp_img* src, kimgp_img* dst) {
   }
   const int32_t cs = src->cs;
   if (const int n = kelo::RgbPixelBytes(cs, true)) {
-    kelo::FillPlane(dst, 0, 0);
+    kelo::FillAround(dst, 0, 0, n * x, y, int64_t{n} * src->width[0], src->height[0]);
     CopyRegion(src, 0, 0, 0, dst, n * x, y, int64_t{n} * src->width[0], src->height[0]);
     return KIMGP_OK;
   }
   switch (cs) {
     case KIMGP_CS_NV12:
     case KIMGP_CS_NV21:
-      kelo::FillPlane(dst, 0, 16);
-      kelo::FillPlane(dst, 1, 128);
+      kelo::FillAround(dst, 0, 16, x, y, src->width[0], src->height[0]);
+      kelo::FillAround(dst, 1, 128, x, ChromaOffset(src->y), src->width[0], src->height[1]);
       CopyRegion(src, 0, 0, 0, dst, x, y, src->width[0], src->height[0]);
       CopyRegion(src, 1, 0, 0, dst, x, ChromaOffset(src->y), src->width[0], src->height[1]);
       return KIMGP_OK;
     case KIMGP_CS_YUV420:
-      kelo::FillPlane(dst, 0, 16);
-      kelo::FillPlane(dst, 1, 128);
-      kelo::FillPlane(dst, 2, 128);
+      kelo::FillAround(dst, 0, 16, x, y, src->width[0], src->height[0]);
       CopyRegion(src, 0, 0, 0, dst, x, y, src->width[0], src->height[0]);
       for (int i = 1; i < 3; ++i) {
+        kelo::FillAround(dst, i, 128, ChromaOffset(src->x), ChromaOffset(src->y), src->width[i],
+                         src->height[i]);
         CopyRegion(src, i, 0, 0, dst, ChromaOffset(src->x), ChromaOffset(src->y),
                    src->width[i], src->height[i]);
       }
