@@ -66,42 +66,81 @@ void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t heig
   }
 }
 
-// Vertical edges, row by row. Read from column 8k - 2, a row is a run of
-// 8-byte groups whose first four bytes are the A, B, C, D of edge k, k + 1,
-// ...; a four-way deinterleave (the in-register transpose of 4-byte units)
-// puts each of them in a lane of its own vector. Even lanes hold edges and
-// odd lanes bytes 4..7 of the groups, which keep their values.
+#if HWY_TARGET == HWY_SCALAR
 void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
                    int16_t strength) {
-  const D16 d;
-  const hn::Rebind<uint8_t, D16> d8;
-  const int32_t N = static_cast<int32_t>(hn::Lanes(d));
+  scalar::DeblockVer(plane, stride, width, height, strength);
+}
+#else
+using D8 = hn::ScalableTag<uint8_t>;
+using V8 = hn::Vec<D8>;
+
+// The edge filter on byte lanes: both halves widened to 16 bits.
+HWY_INLINE void FilterEdgeBytes(V8& a, V8& b, V8& c, V8& e, V16 strength) {
+  const D8 d8;
+  const hn::Half<D8> dh;
+  const hn::Repartition<int16_t, D8> d16;
+  auto lo = [&](V8 v) { return hn::PromoteTo(d16, hn::LowerHalf(dh, v)); };
+  auto hi = [&](V8 v) { return hn::PromoteTo(d16, hn::UpperHalf(dh, v)); };
+  auto a0 = lo(a), b0 = lo(b), c0 = lo(c), e0 = lo(e);
+  auto a1 = hi(a), b1 = hi(b), c1 = hi(c), e1 = hi(e);
+  FilterEdges(d16, a0, b0, c0, e0, strength);
+  FilterEdges(d16, a1, b1, c1, e1, strength);
+  auto join = [&](hn::Vec<decltype(d16)> l, hn::Vec<decltype(d16)> h) {
+    return hn::Combine(d8, hn::DemoteTo(dh, h), hn::DemoteTo(dh, l));
+  };
+  a = join(a0, a1);
+  b = join(b0, b1);
+  c = join(c0, c1);
+  e = join(e0, e1);
+}
+
+// Vertical edges, two rows at a time. Read from column 8k - 2, a row is a run
+// of 8-byte groups whose first four bytes are the A, B, C, D of edges k,
+// k + 1, ...; a four-way deinterleave (an in-register transpose of 4-byte
+// units) gives vectors whose even lanes are edges and whose odd lanes are
+// bytes 4..7 of the groups, which no edge touches. The second row's edges
+// move into those odd lanes (a one-lane shift within each block), so every
+// lane of the filter works; the results go back to their rows and the odd
+// lanes keep their bytes. Edges share no pixel, so the result is that of
+// the edges one after another.
+void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+                   int16_t strength) {
+  const D8 d8;
+  const int32_t N = static_cast<int32_t>(hn::Lanes(d8));
   const int32_t n = BlockEdges(width);
-  if (N < 2) return scalar::DeblockVer(plane, stride, width, height, strength);
-  const int32_t per_step = N / 2;  // edges per vector
-  const auto vs = hn::Set(d, strength);
-  const auto edge_lane = hn::Eq(hn::And(hn::Iota(d, 0), hn::Set(d, 1)), hn::Zero(d));
-  for (int32_t y = 0; y < height && n > 0; ++y) {
-    uint8_t* row = plane + y * stride;
+  if (N < 4) return scalar::DeblockVer(plane, stride, width, height, strength);
+  const int32_t per_step = N / 2;  // edges per vector and row
+  const auto vs = hn::Set(hn::Repartition<int16_t, D8>(), strength);
+  for (int32_t y = 0; y < height && n > 0; y += 2) {
+    uint8_t* r0 = plane + y * stride;
+    // An odd last row pairs with itself: both halves then hold its edges.
+    uint8_t* r1 = y + 1 < height ? r0 + stride : r0;
     int32_t k = 1;
     for (; k + per_step - 1 <= n; k += per_step) {
-      uint8_t* p = row + 8 * k - 2;
-      hn::Vec<decltype(d8)> a8, b8, c8, e8;
-      hn::LoadInterleaved4(d8, p, a8, b8, c8, e8);
-      const auto a0 = hn::PromoteTo(d, a8), b0 = hn::PromoteTo(d, b8);
-      const auto c0 = hn::PromoteTo(d, c8), e0 = hn::PromoteTo(d, e8);
-      auto a = a0, b = b0, c = c0, e = e0;
-      FilterEdges(d, a, b, c, e, vs);
-      a = hn::IfThenElse(edge_lane, a, a0);
-      b = hn::IfThenElse(edge_lane, b, b0);
-      c = hn::IfThenElse(edge_lane, c, c0);
-      e = hn::IfThenElse(edge_lane, e, e0);
-      hn::StoreInterleaved4(hn::DemoteTo(d8, a), hn::DemoteTo(d8, b), hn::DemoteTo(d8, c),
-                            hn::DemoteTo(d8, e), d8, p);
+      V8 a0, b0, c0, e0, a1, b1, c1, e1;
+      hn::LoadInterleaved4(d8, r0 + 8 * k - 2, a0, b0, c0, e0);
+      hn::LoadInterleaved4(d8, r1 + 8 * k - 2, a1, b1, c1, e1);
+      auto a = hn::OddEven(hn::ShiftLeftLanes<1>(d8, a1), a0);
+      auto b = hn::OddEven(hn::ShiftLeftLanes<1>(d8, b1), b0);
+      auto c = hn::OddEven(hn::ShiftLeftLanes<1>(d8, c1), c0);
+      auto e = hn::OddEven(hn::ShiftLeftLanes<1>(d8, e1), e0);
+      FilterEdgeBytes(a, b, c, e, vs);
+      hn::StoreInterleaved4(hn::OddEven(a0, a), hn::OddEven(b0, b), hn::OddEven(c0, c),
+                            hn::OddEven(e0, e), d8, r0 + 8 * k - 2);
+      hn::StoreInterleaved4(hn::OddEven(a1, hn::ShiftRightLanes<1>(d8, a)),
+                            hn::OddEven(b1, hn::ShiftRightLanes<1>(d8, b)),
+                            hn::OddEven(c1, hn::ShiftRightLanes<1>(d8, c)),
+                            hn::OddEven(e1, hn::ShiftRightLanes<1>(d8, e)), d8,
+                            r1 + 8 * k - 2);
     }
-    if (k <= n) scalar::DeblockVerRow(row, k, n, strength);
+    if (k <= n) {
+      scalar::DeblockVerRow(r0, k, n, strength);
+      if (r1 != r0) scalar::DeblockVerRow(r1, k, n, strength);
+    }
   }
 }
+#endif  // HWY_TARGET == HWY_SCALAR
 
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
