@@ -37,15 +37,15 @@ HWY_INLINE void FilterEdges(D16 d, V16& a, V16& b, V16& c, V16& dd, V16 strength
   dd = hn::Add(dd, d2);
 }
 
-// Horizontal edges: one vector of columns of the four rows at a time.
-void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+// Horizontal edges k0 .. k1: one vector of columns of the four rows at a
+// time.
+void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
                    int16_t strength) {
   const D16 d;
   const hn::Rebind<uint8_t, D16> d8;
   const int32_t N = static_cast<int32_t>(hn::Lanes(d));
   const auto vs = hn::Set(d, strength);
-  const int32_t n = BlockEdges(height);
-  for (int32_t k = 1; k <= n; ++k) {
+  for (int32_t k = k0; k <= k1; ++k) {
     uint8_t* r0 = plane + (8 * k - 2) * stride;
     uint8_t* r1 = r0 + stride;
     uint8_t* r2 = r1 + stride;
@@ -66,81 +66,43 @@ void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t heig
   }
 }
 
-#if HWY_TARGET == HWY_SCALAR
-void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+// Vertical edges, row by row. Read from column 8k - 2 as 16-bit words, a
+// row is a run of 8-byte groups of four words: AB, CD of edges k, k + 1, ...
+// and two words of columns 8k + 2 .. 8k + 5, which no edge touches. A
+// four-way deinterleave of words (an in-register transpose of 2-byte units)
+// puts the AB and CD words of consecutive edges in two vectors; their low
+// and high bytes are A, B, C, D, one edge per 16-bit lane. The other two
+// vectors are stored back as they were. Edges share no pixel, so the result
+// is that of the edges one after another.
+void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
                    int16_t strength) {
-  scalar::DeblockVer(plane, stride, width, height, strength);
-}
-#else
-using D8 = hn::ScalableTag<uint8_t>;
-using V8 = hn::Vec<D8>;
-
-// The edge filter on byte lanes: both halves widened to 16 bits.
-HWY_INLINE void FilterEdgeBytes(V8& a, V8& b, V8& c, V8& e, V16 strength) {
-  const D8 d8;
-  const hn::Half<D8> dh;
-  const hn::Repartition<int16_t, D8> d16;
-  auto lo = [&](V8 v) { return hn::PromoteTo(d16, hn::LowerHalf(dh, v)); };
-  auto hi = [&](V8 v) { return hn::PromoteTo(d16, hn::UpperHalf(dh, v)); };
-  auto a0 = lo(a), b0 = lo(b), c0 = lo(c), e0 = lo(e);
-  auto a1 = hi(a), b1 = hi(b), c1 = hi(c), e1 = hi(e);
-  FilterEdges(d16, a0, b0, c0, e0, strength);
-  FilterEdges(d16, a1, b1, c1, e1, strength);
-  auto join = [&](hn::Vec<decltype(d16)> l, hn::Vec<decltype(d16)> h) {
-    return hn::Combine(d8, hn::DemoteTo(dh, h), hn::DemoteTo(dh, l));
-  };
-  a = join(a0, a1);
-  b = join(b0, b1);
-  c = join(c0, c1);
-  e = join(e0, e1);
-}
-
-// Vertical edges, two rows at a time. Read from column 8k - 2, a row is a run
-// of 8-byte groups whose first four bytes are the A, B, C, D of edges k,
-// k + 1, ...; a four-way deinterleave (an in-register transpose of 4-byte
-// units) gives vectors whose even lanes are edges and whose odd lanes are
-// bytes 4..7 of the groups, which no edge touches. The second row's edges
-// move into those odd lanes (a one-lane shift within each block), so every
-// lane of the filter works; the results go back to their rows and the odd
-// lanes keep their bytes. Edges share no pixel, so the result is that of
-// the edges one after another.
-void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                   int16_t strength) {
-  const D8 d8;
-  const int32_t N = static_cast<int32_t>(hn::Lanes(d8));
+  const D16 d;
+  const hn::RebindToUnsigned<D16> du;
+  const int32_t N = static_cast<int32_t>(hn::Lanes(d));
   const int32_t n = BlockEdges(width);
-  if (N < 4) return scalar::DeblockVer(plane, stride, width, height, strength);
-  const int32_t per_step = N / 2;  // edges per vector and row
-  const auto vs = hn::Set(hn::Repartition<int16_t, D8>(), strength);
-  for (int32_t y = 0; y < height && n > 0; y += 2) {
-    uint8_t* r0 = plane + y * stride;
-    // An odd last row pairs with itself: both halves then hold its edges.
-    uint8_t* r1 = y + 1 < height ? r0 + stride : r0;
+  const auto vs = hn::Set(d, strength);
+  const auto low = hn::Set(du, 0xFF);
+  for (int32_t y = y0; y < y1 && n > 0; ++y) {
+    uint8_t* row = plane + y * stride;
     int32_t k = 1;
-    for (; k + per_step - 1 <= n; k += per_step) {
-      V8 a0, b0, c0, e0, a1, b1, c1, e1;
-      hn::LoadInterleaved4(d8, r0 + 8 * k - 2, a0, b0, c0, e0);
-      hn::LoadInterleaved4(d8, r1 + 8 * k - 2, a1, b1, c1, e1);
-      auto a = hn::OddEven(hn::ShiftLeftLanes<1>(d8, a1), a0);
-      auto b = hn::OddEven(hn::ShiftLeftLanes<1>(d8, b1), b0);
-      auto c = hn::OddEven(hn::ShiftLeftLanes<1>(d8, c1), c0);
-      auto e = hn::OddEven(hn::ShiftLeftLanes<1>(d8, e1), e0);
-      FilterEdgeBytes(a, b, c, e, vs);
-      hn::StoreInterleaved4(hn::OddEven(a0, a), hn::OddEven(b0, b), hn::OddEven(c0, c),
-                            hn::OddEven(e0, e), d8, r0 + 8 * k - 2);
-      hn::StoreInterleaved4(hn::OddEven(a1, hn::ShiftRightLanes<1>(d8, a)),
-                            hn::OddEven(b1, hn::ShiftRightLanes<1>(d8, b)),
-                            hn::OddEven(c1, hn::ShiftRightLanes<1>(d8, c)),
-                            hn::OddEven(e1, hn::ShiftRightLanes<1>(d8, e)), d8,
-                            r1 + 8 * k - 2);
+    for (; k + N - 1 <= n; k += N) {
+      // Word loads through the byte pointer: rows need not be 2-byte aligned.
+      uint16_t* p = reinterpret_cast<uint16_t*>(row + 8 * k - 2);
+      hn::Vec<decltype(du)> ab, cd, w2, w3;
+      hn::LoadInterleaved4(du, p, ab, cd, w2, w3);
+      auto a = hn::BitCast(d, hn::And(ab, low));
+      auto b = hn::BitCast(d, hn::ShiftRight<8>(ab));
+      auto c = hn::BitCast(d, hn::And(cd, low));
+      auto e = hn::BitCast(d, hn::ShiftRight<8>(cd));
+      FilterEdges(d, a, b, c, e, vs);
+      ab = hn::Or(hn::BitCast(du, a), hn::ShiftLeft<8>(hn::BitCast(du, b)));
+      cd = hn::Or(hn::BitCast(du, c), hn::ShiftLeft<8>(hn::BitCast(du, e)));
+      hn::StoreInterleaved4(ab, cd, w2, w3, du, p);
     }
-    if (k <= n) {
-      scalar::DeblockVerRow(r0, k, n, strength);
-      if (r1 != r0) scalar::DeblockVerRow(r1, k, n, strength);
-    }
+    if (k <= n) scalar::DeblockVerRow(row, k, n, strength);
   }
 }
-#endif  // HWY_TARGET == HWY_SCALAR
+
 
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
@@ -157,33 +119,44 @@ namespace kelo {
 KELO_VEC_EXPORT(DeblockHorVec);
 KELO_VEC_EXPORT(DeblockVerVec);
 
-void DeblockHor(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                int16_t strength) {
-  KELO_VEC_CALL(DeblockHorVec, scalar::DeblockHor)(plane, stride, width, height, strength);
+void DeblockHorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+                     int16_t strength) {
+  KELO_VEC_CALL(DeblockHorVec, scalar::DeblockHorEdges)(plane, stride, width, k0, k1, strength);
 }
 
-void DeblockVer(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                int16_t strength) {
-  KELO_VEC_CALL(DeblockVerVec, scalar::DeblockVer)(plane, stride, width, height, strength);
+void DeblockVerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+                    int16_t strength) {
+  KELO_VEC_CALL(DeblockVerVec, scalar::DeblockVerRows)(plane, stride, width, y0, y1, strength);
+}
+
+void DeblockPlane(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+                  int16_t strength) {
+  int32_t done = 0;  // rows whose vertical edges are filtered
+  for (int32_t k = 1; k <= BlockEdges(height); ++k) {
+    DeblockHorEdges(plane, stride, width, k, k, strength);
+    DeblockVerRows(plane, stride, width, done, 8 * k - 2, strength);
+    done = 8 * k - 2;
+  }
+  DeblockVerRows(plane, stride, width, done, height, strength);
 }
 
 }  // namespace kelo
 
 KELO_EXPORT void kimgp_dbf8x8_h263_hor(uint8_t* plane, int32_t strength, int32_t stride,
                                        int32_t width, int32_t height) {
-  kelo::DeblockHor(plane, stride, width, height, kelo::Low16(strength));
+  kelo::DeblockHorEdges(plane, stride, width, 1, kelo::BlockEdges(height), kelo::Low16(strength));
 }
 
 KELO_EXPORT void kimgp_dbf8x8_h263_ver(uint8_t* plane, int32_t strength, int32_t stride,
                                        int32_t width, int32_t height) {
-  kelo::DeblockVer(plane, stride, width, height, kelo::Low16(strength));
+  kelo::DeblockVerRows(plane, stride, width, 0, height, kelo::Low16(strength));
 }
 
+// Horizontal edges, then vertical edges (in strips; see DeblockPlane).
 KELO_EXPORT void kimgp_dbf8x8(uint8_t* plane, int32_t strength, int32_t stride, int32_t width,
                               int32_t height) {
   const int32_t s = strength < 12 ? strength : 12;
-  kimgp_dbf8x8_h263_hor(plane, s, stride, width, height);
-  kimgp_dbf8x8_h263_ver(plane, s, stride, width, height);
+  kelo::DeblockPlane(plane, stride, width, height, kelo::Low16(s));
 }
 
 KELO_EXPORT int32_t kimgp_dbf8x8_yuv(kimgp_img* img, uint32_t strength) {
@@ -191,8 +164,8 @@ KELO_EXPORT int32_t kimgp_dbf8x8_yuv(kimgp_img* img, uint32_t strength) {
   const auto s = static_cast<int32_t>(strength);
   for (int i = 0; i < 3; ++i) {
     if (img->plane[i] == nullptr) continue;
-    kimgp_dbf8x8_h263_hor(img->plane[i], s, img->stride[i], img->width[i], img->height[i]);
-    kimgp_dbf8x8_h263_ver(img->plane[i], s, img->stride[i], img->width[i], img->height[i]);
+    kelo::DeblockPlane(img->plane[i], img->stride[i], img->width[i], img->height[i],
+                       kelo::Low16(s));
   }
   return KIMGP_OK;
 }

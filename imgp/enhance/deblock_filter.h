@@ -59,30 +59,47 @@ inline void DeblockVerRow(uint8_t* row, int32_t k0, int32_t k1, int16_t strength
   for (int32_t k = k0; k <= k1; ++k) FilterEdge(row + 8 * k, 1, strength);
 }
 
-// Every horizontal edge, top to bottom. Edges lie 8 rows apart and each
-// touches 4 rows, so no edge reads a pixel that another writes.
-inline void DeblockHor(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                       int16_t strength) {
-  DeblockHorSpan(plane, stride, 0, width, 1, BlockEdges(height), strength);
+// Horizontal edges k0 .. k1 across the whole width, top to bottom. Edges lie
+// 8 rows apart and each touches 4 rows, so no edge reads a pixel that
+// another writes.
+inline void DeblockHorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0,
+                            int32_t k1, int16_t strength) {
+  DeblockHorSpan(plane, stride, 0, width, k0, k1, strength);
 }
 
-// Every vertical edge, left to right; as for the horizontal edges, no two
-// share a pixel, so going row by row gives the same bytes.
+// Vertical edges of rows y0 .. y1 - 1, left to right in each row; as for
+// the horizontal edges, no two share a pixel, so going row by row gives the
+// bytes of going edge by edge.
+inline void DeblockVerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0,
+                           int32_t y1, int16_t strength) {
+  const int32_t n = BlockEdges(width);
+  for (int32_t y = y0; y < y1 && n > 0; ++y) DeblockVerRow(plane + y * stride, 1, n, strength);
+}
+
+inline void DeblockHor(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+                       int16_t strength) {
+  DeblockHorEdges(plane, stride, width, 1, BlockEdges(height), strength);
+}
+
 inline void DeblockVer(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
                        int16_t strength) {
-  const int32_t n = BlockEdges(width);
-  for (int32_t y = 0; y < height && n > 0; ++y) {
-    DeblockVerRow(plane + y * stride, 1, n, strength);
-  }
+  DeblockVerRows(plane, stride, width, 0, height, strength);
 }
 
 }  // namespace scalar
 
 // The passes with the best vector path of the running CPU.
-void DeblockHor(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                int16_t strength);
-void DeblockVer(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
-                int16_t strength);
+void DeblockHorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+                     int16_t strength);
+void DeblockVerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+                    int16_t strength);
+
+// The horizontal-edge pass, then the vertical-edge pass, in strips: once
+// edge k is done, rows above 8k - 2 are final for the first pass (edge k + 1
+// starts at row 8k + 6) and take their vertical edges while still in cache.
+// The bytes are those of the two passes one after the other.
+void DeblockPlane(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+                  int16_t strength);
 
 }  // namespace kelo
 

@@ -65,7 +65,9 @@ TEST(Deblock, EdgesOnlyBetweenWholeBlocks) {
       for (int32_t x = 0; x < p.w; ++x) {
         changed |= p.at(x, y) != before[kGuardBytes + y * p.stride + x];
       }
-      if (y < 6 || y > 9 || h < 16) EXPECT_FALSE(changed) << "h=" << h << " row " << y;
+      if (y < 6 || y > 9 || h < 16) {
+        EXPECT_FALSE(changed) << "h=" << h << " row " << y;
+      }
     }
     EXPECT_TRUE(p.buf.GuardsIntact());
   }
