@@ -160,6 +160,24 @@ TEST(Deblock, VectorPassesMatchScalarOnEveryTarget) {
   });
 }
 
+// The plane entry (both passes, in strips) on every target against the two
+// scalar passes one after the other.
+TEST(Deblock, PlaneEntryMatchesTwoPassesOnEveryTarget) {
+  std::mt19937 rng = MakeRng(24);
+  ForEachTarget([&](const std::string& target) {
+    for (const Size2& s : TestSizes(rng, 20, 300, 80)) {
+      Plane p(s.w + 7, s.h + 9, RandomPad(rng));
+      for (size_t i = 0; i < p.buf.size(); ++i) {
+        p.buf.data()[i] = static_cast<uint8_t>(((i % p.stride) >> 3) * 29 + rng() % 12);
+      }
+      const int32_t strength = static_cast<int32_t>(rng() % 16);
+      const std::vector<uint8_t> want = HorThenVer(p, static_cast<int16_t>(strength < 12 ? strength : 12));
+      kimgp_dbf8x8(p.buf.data(), strength, p.stride, p.w, p.h);
+      ASSERT_EQ(FirstDifference(p.buf.raw(), want), "") << target << " " << p.w << "x" << p.h;
+    }
+  });
+}
+
 }  // namespace
 }  // namespace test
 }  // namespace kelo
