@@ -43,13 +43,8 @@ void PackInto(const Image& src, Image* dst, int32_t order) {
 
 int RunAnaglyph(const Args& args) {
   const auto order = static_cast<int32_t>(args.GetInt("order", 1, 1, 2));
-  args.ExpectPositional(1, 2);
-  const auto& pos = args.positional();
-  const std::string in = pos.size() == 2 ? pos[0] : "";
-  const std::string out = pos.back();
-  const FileType out_type = OutputType(args, out);
-  RefuseSameFile(args, in, out);
-  std::unique_ptr<FrameReader> reader = OpenInput(args, in, "rgb888");
+  const InOut io = FramePositionals(args);
+  std::unique_ptr<FrameReader> reader = OpenInput(args, io.in, "rgb888");
   const StreamInfo& info = reader->info();
   RequireLibraryFormat(*info.format, "kimgp_fpa");
   if (info.width % 2 != 0) {
@@ -61,7 +56,7 @@ int RunAnaglyph(const Args& args) {
   out_info.width = info.width / 2;
   out_info.y4m_tags.clear();
   Image dst(Rgb888(), out_info.width, info.height);
-  TransformFrames("anaglyph", reader.get(), &dst, out, out_type, out_info,
+  TransformFrames("anaglyph", reader.get(), &dst, io.out, io.out_type, out_info,
                   [order](const Image& src, Image* d) { PackInto(src, d, order); });
   return 0;
 }

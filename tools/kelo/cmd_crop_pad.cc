@@ -90,22 +90,9 @@ void PadInto(const Image& src, Image* dst, int32_t x, int32_t y) {
   if (status != KIMGP_OK) throw RunError(StatusMessage("kimgp_padding", status, src.format()));
 }
 
-struct Io {
-  std::string in, out;
-  FileType out_type;
-};
-
-Io Positionals(const Args& args) {
-  args.ExpectPositional(1, 2);
-  const auto& pos = args.positional();
-  Io io{pos.size() == 2 ? pos[0] : "", pos.back(), OutputType(args, pos.back())};
-  RefuseSameFile(args, io.in, io.out);
-  return io;
-}
-
 int RunCrop(const Args& args) {
   const Rect r = ParseRect(args);
-  const Io io = Positionals(args);
+  const InOut io = FramePositionals(args);
   std::unique_ptr<FrameReader> reader = OpenInput(args, io.in, "yuv420");
   const StreamInfo& info = reader->info();
   const FormatInfo& f = *info.format;
@@ -128,7 +115,7 @@ int RunPad(const Args& given) {
   given.GetSize("size", &w, &h);
   ParseAt(given, &r.x, &r.y);
   const Args args = given.Renamed("in-size", "size");
-  const Io io = Positionals(args);
+  const InOut io = FramePositionals(args);
   std::unique_ptr<FrameReader> reader = OpenInput(args, io.in, "yuv420");
   const StreamInfo& info = reader->info();
   const FormatInfo& f = *info.format;

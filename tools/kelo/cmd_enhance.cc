@@ -60,19 +60,6 @@ void DeblockImage(Image* im, uint32_t strength, bool luma_only) {
 
 namespace {
 
-struct Io {
-  std::string in, out;
-  FileType out_type;
-};
-
-Io Positionals(const Args& args) {
-  args.ExpectPositional(1, 2);
-  const auto& pos = args.positional();
-  Io io{pos.size() == 2 ? pos[0] : "", pos.back(), OutputType(args, pos.back())};
-  RefuseSameFile(args, io.in, io.out);
-  return io;
-}
-
 void CopyInto(const Image& src, Image* dst) {
   const int32_t status = CopyWithLibrary(src, dst);
   if (status != KIMGP_OK) throw RunError(StatusMessage("kimgp_cpy", status, src.format()));
@@ -81,7 +68,7 @@ void CopyInto(const Image& src, Image* dst) {
 int RunDeblock(const Args& args) {
   const auto strength = static_cast<uint32_t>(args.GetInt("strength", 8, 0, 15));
   const bool luma_only = args.Has("plane");
-  const Io io = Positionals(args);
+  const InOut io = FramePositionals(args);
   std::unique_ptr<FrameReader> reader = OpenInput(args, io.in, "yuv420");
   const StreamInfo& info = reader->info();
   RequireLibraryFormat(*info.format, "kimgp_dbf8x8");
@@ -125,7 +112,7 @@ int RunEnhance(const Args& args) {
   const bool detail = args.Has("detail");
   const auto gain = static_cast<int32_t>(args.GetInt("saturation", -1, 0, 32767));
   if (!detail && gain < 0) throw UsageError("enhance: give --detail, --saturation GAIN or both");
-  const Io io = Positionals(args);
+  const InOut io = FramePositionals(args);
   std::unique_ptr<FrameReader> reader = OpenInput(args, io.in, "yuv420");
   const StreamInfo& info = reader->info();
   if (info.format->cs != KIMGP_CS_YUV420) {

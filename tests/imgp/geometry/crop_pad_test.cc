@@ -21,6 +21,32 @@ void Region(const TestFrame& src, int i, int64_t sx, int64_t sy, TestFrame* want
                     want->img.stride[i], bytes, rows);
 }
 
+int PixelBytes(int32_t cs) { return cs >= 500 ? 4 : cs >= 400 ? 3 : 1; }
+
+// The copies of crop (from the source's (x, y) to the destination's start)
+// or of padding (the other way round) into the expected frame; `size` gives
+// the rectangle's plane sizes.
+void ExpectRegions(const TestFrame& src, TestFrame* want, const kimgp_img& size, bool crop) {
+  const int32_t cs = src.img.cs;
+  const int64_t x = src.img.x, y = src.img.y;
+  auto place = [&](int i, int64_t ox, int64_t oy, int64_t bytes, int32_t rows) {
+    if (crop) {
+      Region(src, i, ox, oy, want, 0, 0, bytes, rows);
+    } else {
+      Region(src, i, 0, 0, want, ox, oy, bytes, rows);
+    }
+  };
+  const int n = PixelBytes(cs);
+  place(0, n * x, y, int64_t{n} * size.width[0], size.height[0]);
+  if (cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21) {
+    place(1, x, (y + 1) >> 1, size.width[0], size.height[1]);
+  } else if (cs == KIMGP_CS_YUV420) {
+    for (int i = 1; i < 3; ++i) {
+      place(i, (x + 1) >> 1, (y + 1) >> 1, size.width[i], size.height[i]);
+    }
+  }
+}
+
 void FillPlane(TestFrame* f, int i, uint8_t v) {
   memset(f->buffer(i).data(), v, f->buffer(i).size());
 }
@@ -31,8 +57,6 @@ const int32_t kCropCodes[] = {KIMGP_CS_YUV420, KIMGP_CS_NV12, KIMGP_CS_NV21,
 const int32_t kRefused[] = {KIMGP_CS_YUV400, KIMGP_CS_YUV422N, KIMGP_CS_YUV444, KIMGP_CS_YV12,
                             KIMGP_CS_T64X32, KIMGP_CS_UYVY,    KIMGP_CS_RGB565, 504,
                             KIMGP_CS_P010LE};
-
-int PixelBytes(int32_t cs) { return cs >= 500 ? 4 : cs >= 400 ? 3 : 1; }
 
 // Random rectangles of every accepted code, with padded strides; the whole
 // destination (guards and row padding too) is compared.
@@ -47,18 +71,8 @@ TEST(Crop, RectangleOfEveryCode) {
       dst.FillRandom(rng);
       src.img.x = rng() % (sw - dw + 1);
       src.img.y = rng() % (sh - dh + 1);
-      const int64_t x = src.img.x, y = src.img.y;
       TestFrame want(dst);
-      const int n = PixelBytes(cs);
-      Region(src, 0, n * x, y, &want, 0, 0, int64_t{n} * dw, dh);
-      if (cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21) {
-        Region(src, 1, x, (y + 1) >> 1, &want, 0, 0, dw, dst.img.height[1]);
-      } else if (cs == KIMGP_CS_YUV420) {
-        for (int i = 1; i < 3; ++i) {
-          Region(src, i, (x + 1) >> 1, (y + 1) >> 1, &want, 0, 0, dst.img.width[i],
-                 dst.img.height[i]);
-        }
-      }
+      ExpectRegions(src, &want, dst.img, true);
       SCOPED_TRACE(std::to_string(cs) + " " + std::to_string(sw) + "x" + std::to_string(sh));
       ASSERT_EQ(kimgp_crop(&src.img, &dst.img), KIMGP_OK);
       ASSERT_EQ(FirstDifference(dst.Snapshot(), want.Snapshot()), "");
@@ -132,19 +146,9 @@ TEST(Padding, PlacementOfEveryCode) {
       dst.FillRandom(rng);
       src.img.x = rng() % (dw - sw + 1);
       src.img.y = rng() % (dh - sh + 1);
-      const int64_t x = src.img.x, y = src.img.y;
       TestFrame want(dst);
-      const int n = PixelBytes(cs);
       for (int i = 0; i < want.planes(); ++i) FillPlane(&want, i, cs > 99 ? 0 : i ? 128 : 16);
-      Region(src, 0, 0, 0, &want, n * x, y, int64_t{n} * sw, sh);
-      if (cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21) {
-        Region(src, 1, 0, 0, &want, x, (y + 1) >> 1, sw, src.img.height[1]);
-      } else if (cs == KIMGP_CS_YUV420) {
-        for (int i = 1; i < 3; ++i) {
-          Region(src, i, 0, 0, &want, (x + 1) >> 1, (y + 1) >> 1, src.img.width[i],
-                 src.img.height[i]);
-        }
-      }
+      ExpectRegions(src, &want, src.img, false);
       SCOPED_TRACE(std::to_string(cs) + " " + std::to_string(dw) + "x" + std::to_string(dh));
       ASSERT_EQ(kimgp_padding(&src.img, &dst.img), KIMGP_OK);
       ASSERT_EQ(FirstDifference(dst.Snapshot(), want.Snapshot()), "");
