@@ -47,15 +47,17 @@ void MapChromaVec(const uint8_t* table, size_t n, const uint8_t* su, const uint8
   scalar::MapChroma(table, n - i, su + i, sv + i, du + i, dv + i);
 }
 
-// One vector of pixels at a time on 16-bit lanes; the rest of the span is
-// the scalar row's.
+// One vector of pixels at a time on 16-bit lanes. A last part shorter than a
+// vector is one more vector ending at the span's end, which computes some
+// pixels again to the same values (the source is not the destination); a
+// span shorter than a vector is the scalar row's.
 void SharpenSpanVec(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t x0, ptrdiff_t x1) {
   const hn::ScalableTag<int16_t> d16;
   const hn::Rebind<uint8_t, decltype(d16)> d8;
   const ptrdiff_t N = static_cast<ptrdiff_t>(hn::Lanes(d16));
+  if (x1 - x0 < N) return scalar::SharpenSpan(s, w, d, x0, x1);
   auto at = [&](const uint8_t* p) { return hn::PromoteTo(d16, hn::LoadU(d8, p)); };
-  ptrdiff_t x = x0;
-  for (; x + N <= x1; x += N) {
+  auto group = [&](ptrdiff_t x) {
     const uint8_t* c = s + x;
     const auto near = hn::Add(hn::Add(at(c - 1), at(c + 1)), hn::Add(at(c - w), at(c + w)));
     const auto far =
@@ -66,8 +68,10 @@ void SharpenSpanVec(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t x0, ptr
     const auto p = at(c);
     const auto v = hn::Add(p, hn::ShiftRight<4>(hn::Sub(hn::ShiftLeft<4>(p), sum)));
     hn::StoreU(hn::DemoteTo(d8, v), d8, d + x);
-  }
-  scalar::SharpenSpan(s, w, d, x, x1);
+  };
+  ptrdiff_t x = x0;
+  for (; x + N <= x1; x += N) group(x);
+  if (x < x1) group(x1 - N);
 }
 
 }  // namespace HWY_NAMESPACE
@@ -149,7 +153,7 @@ KELO_EXPORT int32_t kimgp_vqe_cs(const kimgp_img* src, kimgp_img* dst) {
   uint8_t table[256];
   memset(table, 0, sizeof(table));
   if (src->cs != KIMGP_CS_YUV420 || dst->cs != KIMGP_CS_YUV420) return KIMGP_ERR_ARGS;
-  const int32_t n = src->width[1] * src->height[1];
+  const auto n = static_cast<int32_t>(int64_t{src->width[1]} * src->height[1]);
   color_sat(table, n, src->plane[1], src->plane[2], dst->plane[1], dst->plane[2]);
   return KIMGP_OK;
 }
