@@ -60,6 +60,10 @@ int main(void) {
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
+  /* A YUV400 pair is no RGB888 stereo pair; nothing to pad it into. */
+  if (kimgp_fpa(&a, &b, 1) != KIMGP_ERR_ARGS || kimgp_padding(&a, &b) != KIMGP_ERR_UNSUPPORTED)
+    return 10;
+  if (kimgp_vqe_cs_init(1024) != 0 || lut[254] != 127 || kimgp_vqe_dejagging() != 0) return 11;
   puts("C API ok");
   return 0;
 }
