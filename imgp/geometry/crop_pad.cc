@@ -17,30 +17,40 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 // Three vectors (a multiple of three bytes) per step: bytes whose offset in
 // the row is a multiple of 3 (red) from the red view, the others from the
-// green-blue view. The remaining pixels go to the scalar row.
-void PackAnaglyphRowVec(const uint8_t* red, const uint8_t* gb, uint8_t* dst,
-                        size_t pixels) {
+// green-blue view. With `stream`, the first pixels go one by one until the
+// destination is vector-aligned and the bulk is stored past the caches. The
+// remaining pixels go to the scalar row.
+void PackAnaglyphRowVec(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
+                        bool stream) {
   const hn::ScalableTag<uint8_t> d;
   const size_t N = hn::Lanes(d);
   const size_t bytes = 3 * pixels;
-  size_t i = 0;
-  if (bytes >= 3 * N) {
+  size_t head = 0;
+  // 3 and a power-of-two N are coprime: some head below N aligns the store.
+  while (stream && head < pixels && reinterpret_cast<uintptr_t>(dst + 3 * head) % N != 0) ++head;
+  scalar::PackAnaglyphRow(red, gb, dst, head);
+  size_t i = 3 * head;
+  if (bytes - i >= 3 * N) {
     HWY_ALIGN uint8_t phase[3 * HWY_MAX_BYTES];
     for (size_t j = 0; j < 3 * N; ++j) phase[j] = static_cast<uint8_t>(j % 3);
     const auto zero = hn::Zero(d);
     const auto m0 = hn::Eq(hn::Load(d, phase), zero);
     const auto m1 = hn::Eq(hn::LoadU(d, phase + N), zero);
     const auto m2 = hn::Eq(hn::LoadU(d, phase + 2 * N), zero);
-    for (; i <= bytes - 3 * N; i += 3 * N) {
-      const auto r0 = hn::LoadU(d, red + i);
-      const auto r1 = hn::LoadU(d, red + i + N);
-      const auto r2 = hn::LoadU(d, red + i + 2 * N);
-      const auto g0 = hn::LoadU(d, gb + i);
-      const auto g1 = hn::LoadU(d, gb + i + N);
-      const auto g2 = hn::LoadU(d, gb + i + 2 * N);
-      hn::StoreU(hn::IfThenElse(m0, r0, g0), d, dst + i);
-      hn::StoreU(hn::IfThenElse(m1, r1, g1), d, dst + i + N);
-      hn::StoreU(hn::IfThenElse(m2, r2, g2), d, dst + i + 2 * N);
+    for (; i + 3 * N <= bytes; i += 3 * N) {
+      const auto o0 = hn::IfThenElse(m0, hn::LoadU(d, red + i), hn::LoadU(d, gb + i));
+      const auto o1 = hn::IfThenElse(m1, hn::LoadU(d, red + i + N), hn::LoadU(d, gb + i + N));
+      const auto o2 =
+          hn::IfThenElse(m2, hn::LoadU(d, red + i + 2 * N), hn::LoadU(d, gb + i + 2 * N));
+      if (stream) {
+        hn::Stream(o0, d, dst + i);
+        hn::Stream(o1, d, dst + i + N);
+        hn::Stream(o2, d, dst + i + 2 * N);
+      } else {
+        hn::StoreU(o0, d, dst + i);
+        hn::StoreU(o1, d, dst + i + N);
+        hn::StoreU(o2, d, dst + i + 2 * N);
+      }
     }
   }
   scalar::PackAnaglyphRow(red + i, gb + i, dst + i, pixels - i / 3);
@@ -52,6 +62,8 @@ HWY_AFTER_NAMESPACE();
 #endif  // KELO_HAVE_HWY
 
 #if !KELO_HAVE_HWY || HWY_ONCE
+#include <atomic>
+
 #include "common/fill_rows.h"
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
@@ -62,9 +74,19 @@ namespace kelo {
 
 KELO_VEC_EXPORT(PackAnaglyphRowVec);
 
-void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst,
-                     size_t pixels) {
-  KELO_VEC_CALL(PackAnaglyphRowVec, scalar::PackAnaglyphRow)(red, gb, dst, pixels);
+namespace {
+
+// The scalar row; it has no streaming stores.
+[[maybe_unused]] void PackAnaglyphRowScalar(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
+                           bool /*stream*/) {
+  scalar::PackAnaglyphRow(red, gb, dst, pixels);
+}
+
+}  // namespace
+
+void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
+                     bool stream) {
+  KELO_VEC_CALL(PackAnaglyphRowVec, PackAnaglyphRowScalar)(red, gb, dst, pixels, stream);
 }
 
 namespace {
@@ -193,15 +215,20 @@ KELO_EXPORT int32_t kimgp_padding(const kimgp_img* src, kimgp_img* dst) {
   }
 }
 
+// Outputs larger than kelo::kStreamBytes are written past the caches: a
+// frame that size is not read back from them anyway.
 KELO_EXPORT void kimgp_fpa_frm_pack(const uint8_t* red_view, const uint8_t* gb_view,
                                     uint8_t* dst, int32_t width, int32_t height,
                                     int32_t src_stride, int32_t dst_stride) {
-  if (width < 1) return;
+  if (width < 1 || height < 1) return;
+  const bool stream = int64_t{3} * width * height >= kelo::kStreamBytes;
   for (int32_t r = 0; r < height; ++r) {
     kelo::PackAnaglyphRow(red_view + int64_t{r} * src_stride,
                           gb_view + int64_t{r} * src_stride,
-                          dst + int64_t{r} * dst_stride, static_cast<size_t>(width));
+                          dst + int64_t{r} * dst_stride, static_cast<size_t>(width), stream);
   }
+  // Streaming stores are weakly ordered: complete them before returning.
+  if (stream) std::atomic_thread_fence(std::memory_order_seq_cst);
 }
 
 KELO_EXPORT int32_t kimgp_fpa(const kimgp_img* src, kimgp_img* dst, int32_t order) {

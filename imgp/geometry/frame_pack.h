@@ -21,8 +21,14 @@ inline void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst,
 
 }  // namespace scalar
 
-// PackAnaglyphRow with the best vector path of the running CPU.
-void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels);
+// Output bytes from which kimgp_fpa_frm_pack streams its stores past the
+// caches (2 MiB).
+constexpr int64_t kStreamBytes = int64_t{1} << 21;
+
+// PackAnaglyphRow with the best vector path of the running CPU; with
+// `stream`, the bulk of the row is stored past the caches (same bytes).
+void PackAnaglyphRow(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
+                     bool stream);
 
 }  // namespace kelo
 

@@ -240,6 +240,25 @@ TEST(FramePacking, RowKernelKeepsRowPadding) {
   });
 }
 
+// Frames past the size from which the stores are streamed, with rows that
+// start at every alignment: the same exact rows.
+TEST(FramePacking, LargeFramesOnEveryTarget) {
+  std::mt19937 rng = MakeRng(15);
+  ForEachTarget([&](const std::string& target) {
+    const int32_t w = 1201, h = static_cast<int32_t>(kStreamBytes / (3 * 1201)) + 2;
+    const int32_t ss = 6 * w + 5, ds = 3 * w + 3;
+    GuardedBuffer src(static_cast<size_t>(ss) * h), dst(static_cast<size_t>(ds) * h);
+    for (size_t i = 0; i < src.size(); ++i) src.data()[i] = static_cast<uint8_t>(rng());
+    std::vector<uint8_t> want = dst.raw();
+    for (int32_t r = 0; r < h; ++r) {
+      scalar::PackAnaglyphRow(src.data() + r * ss, src.data() + r * ss + 3 * w,
+                              want.data() + kGuardBytes + r * ds, w);
+    }
+    kimgp_fpa_frm_pack(src.data(), src.data() + 3 * w, dst.data(), w, h, ss, ds);
+    ASSERT_EQ(FirstDifference(dst.raw(), want), "") << target;
+  });
+}
+
 // Each check fails on its own with -1, the packing order only after the
 // size checks; nothing is written.
 TEST(FramePacking, ChecksInOrder) {
