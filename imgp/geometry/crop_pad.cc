@@ -77,8 +77,8 @@ KELO_VEC_EXPORT(PackAnaglyphRowVec);
 namespace {
 
 // The scalar row; it has no streaming stores.
-[[maybe_unused]] void PackAnaglyphRowScalar(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
-                           bool /*stream*/) {
+[[maybe_unused]] void PackAnaglyphRowScalar(const uint8_t* red, const uint8_t* gb,
+                                             uint8_t* dst, size_t pixels, bool /*stream*/) {
   scalar::PackAnaglyphRow(red, gb, dst, pixels);
 }
 
