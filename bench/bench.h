@@ -17,6 +17,9 @@ struct Row {
   std::function<void()> ours;
   std::function<void()> libyuv;  // may be empty
   size_t output_bytes;       // what memcpy moves for the baseline
+  // False when the peer is not libyuv (a scalar build, OpenCV): the row is
+  // left out of the geometric mean over libyuv.
+  bool libyuv_peer = true;
 };
 
 // Called during static initialisation by each family's file.

@@ -89,7 +89,7 @@ void PrintRatios(const std::map<std::string, double>& t) {
     if (std::isnan(k)) continue;  // filtered out
     std::printf("%-36s %10.1f %10.1f %10.1f %12.2f %12.2f  %s\n", row.name.c_str(), k, y,
                 m, y / k, k / m, row.peer.c_str());
-    if (!std::isnan(y)) {
+    if (!std::isnan(y) && row.libyuv_peer) {
       log_sum += std::log(y / k);
       ++n;
     }

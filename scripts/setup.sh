@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # Installs the Debian packages the build needs, only those that are missing.
 #   scripts/setup.sh          compiler, CMake, Highway, libpng, GoogleTest,
-#                             Google Benchmark, libyuv
+#                             Google Benchmark, libyuv, OpenCV imgproc (a
+#                             benchmark peer)
 #   scripts/setup.sh --cross  also the 32-bit ARM cross compiler, qemu-user
 #                             and the 32-bit x86 multilib compiler
 #   scripts/setup.sh --fuzz   also clang and its sanitizer/libFuzzer runtimes
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config libhwy-dev libpng-dev googletest
-          libgtest-dev libbenchmark-dev libyuv-dev)
+          libgtest-dev libbenchmark-dev libyuv-dev libopencv-imgproc-dev)
 for arg in "$@"; do
   case "$arg" in
     # g++-12-multilib, not g++-multilib: the latter conflicts with the cross

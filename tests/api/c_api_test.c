@@ -6,6 +6,8 @@
 #include <kimgp_csc.h>
 #include <kimgp_dctrsz.h>
 #include <kimgp_hdr.h>
+#include <kimgp_enhance.h>
+#include <kimgp_frame.h>
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
@@ -101,6 +103,10 @@ int main(void) {
     if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 16;
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
+  /* A YUV400 pair is no RGB888 stereo pair; nothing to pad it into. */
+  if (kimgp_fpa(&a, &b, 1) != KIMGP_ERR_ARGS || kimgp_padding(&a, &b) != KIMGP_ERR_UNSUPPORTED)
+    return 10;
+  if (kimgp_vqe_cs_init(1024) != 0 || lut[254] != 127 || kimgp_vqe_dejagging() != 0) return 11;
   puts("C API ok");
   return 0;
 }

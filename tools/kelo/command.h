@@ -32,12 +32,17 @@ struct Command {
   void (*demo)(DemoContext* ctx);
 };
 
+Command AnaglyphCommand();
 Command ConvertCommand();
 Command CopyCommand();
+Command CropCommand();
+Command DeblockCommand();
 Command DemoCommand();
+Command EnhanceCommand();
 Command FourccCommand();
 Command HelpCommand();
 Command InfoCommand();
+Command PadCommand();
 Command ProbeCommand();
 Command ResizeCommand();
 Command RotateCommand();

@@ -128,5 +128,13 @@ std::vector<OptionSpec> FrameCommandOptions(const std::vector<OptionSpec>& own) 
   return o;
 }
 
+InOut FramePositionals(const Args& args) {
+  args.ExpectPositional(1, 2);
+  const auto& pos = args.positional();
+  InOut io{pos.size() == 2 ? pos[0] : "", pos.back(), OutputType(args, pos.back())};
+  RefuseSameFile(args, io.in, io.out);
+  return io;
+}
+
 }  // namespace cli
 }  // namespace kelo

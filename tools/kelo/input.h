@@ -39,6 +39,14 @@ FileType OutputType(const Args& args, const std::string& path);
 void RefuseSameFile(const Args& args, const std::string& in,
                     const std::string& out);
 
+// The positionals of a frame command, [IN] OUT (no IN: the pattern), and
+// OUT's file type; throws a UsageError when OUT names IN.
+struct InOut {
+  std::string in, out;
+  FileType out_type;
+};
+InOut FramePositionals(const Args& args);
+
 // Runs op(src, dst) on every frame of `reader` and writes each result to
 // `out` as `like` describes it. The first frame goes through op before the
 // output is created, so that a refusal (op throws) leaves no file behind.

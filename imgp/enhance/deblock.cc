@@ -1,0 +1,274 @@
+// 8x8 deblocking: the exported passes and entries, and their vector paths.
+#include "common/internal/simd.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/enhance/deblock.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/enhance/deblock_filter.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+using D16 = hn::ScalableTag<int16_t>;
+using V16 = hn::Vec<D16>;
+
+// Strengths for which the ramp's 16-bit steps cannot wrap (|m| <= 255):
+// there, "m - 2(m - S) when m >= S" is min(m, 2S - m).
+constexpr int16_t kPlainStrength = 16000;
+
+// The edge filter on 16-bit lanes, each lane one line of A, B, C, D across
+// an edge: the same steps as scalar::FilterEdge, lane by lane. With kPlain
+// the strength is within +-kPlainStrength; `twice` is 2S. Without kClamp,
+// B' and C' are left for a saturating narrowing to clip.
+template <bool kPlain, bool kClamp, class D, class V>
+HWY_INLINE void FilterEdges(D d, V& a, V& b, V& c, V& dd, V strength, V twice) {
+  const auto zero = hn::Zero(d);
+  const auto s = hn::Add(hn::Sub(a, dd), hn::ShiftLeft<2>(hn::Sub(c, b)));
+  auto m = hn::Abs(hn::ShiftRight<3>(s));
+  if (kPlain) {
+    m = hn::Min(m, hn::Sub(twice, m));
+  } else {
+    const auto over = hn::Sub(m, strength);
+    m = hn::IfThenElse(hn::Lt(over, zero), m, hn::Sub(m, hn::Add(over, over)));
+  }
+  m = hn::Max(m, zero);
+  const auto d1 = hn::IfThenElse(hn::Lt(s, zero), hn::Neg(m), m);
+  const auto h = hn::ShiftRight<1>(m);
+  const auto d2 = hn::Min(hn::Max(hn::ShiftRight<2>(hn::Sub(a, dd)), hn::Neg(h)), h);
+  // Saturating steps keep B + d1 and C - d1 ordered like the exact sums.
+  b = hn::SaturatedAdd(b, d1);
+  c = hn::SaturatedSub(c, d1);
+  if (kClamp) {
+    const auto k255 = hn::Set(d, 255);
+    b = hn::Min(hn::Max(b, zero), k255);
+    c = hn::Min(hn::Max(c, zero), k255);
+  }
+  a = hn::Sub(a, d2);
+  dd = hn::Add(dd, d2);
+}
+
+bool IsPlain(int16_t strength) {
+  return strength >= -kPlainStrength && strength <= kPlainStrength;
+}
+
+// Horizontal edges k0 .. k1: one vector of columns of the four rows at a
+// time; the narrowing to bytes clips B' and C'.
+template <bool kPlain>
+void HorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+              int16_t strength) {
+  const D16 d;
+  const hn::Rebind<uint8_t, D16> d8;
+  const int32_t N = static_cast<int32_t>(hn::Lanes(d));
+  const auto vs = hn::Set(d, strength);
+  const auto twice = hn::Add(vs, vs);
+  for (int32_t k = k0; k <= k1; ++k) {
+    uint8_t* r0 = plane + (8 * k - 2) * stride;
+    uint8_t* r1 = r0 + stride;
+    uint8_t* r2 = r1 + stride;
+    uint8_t* r3 = r2 + stride;
+    int32_t x = 0;
+    for (; x + N <= width; x += N) {
+      auto a = hn::PromoteTo(d, hn::LoadU(d8, r0 + x));
+      auto b = hn::PromoteTo(d, hn::LoadU(d8, r1 + x));
+      auto c = hn::PromoteTo(d, hn::LoadU(d8, r2 + x));
+      auto e = hn::PromoteTo(d, hn::LoadU(d8, r3 + x));
+      FilterEdges<kPlain, false>(d, a, b, c, e, vs, twice);
+      hn::StoreU(hn::DemoteTo(d8, a), d8, r0 + x);
+      hn::StoreU(hn::DemoteTo(d8, b), d8, r1 + x);
+      hn::StoreU(hn::DemoteTo(d8, c), d8, r2 + x);
+      hn::StoreU(hn::DemoteTo(d8, e), d8, r3 + x);
+    }
+    scalar::DeblockHorSpan(plane, stride, x, width, k, k, strength);
+  }
+}
+
+void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+                   int16_t strength) {
+  if (IsPlain(strength)) return HorEdges<true>(plane, stride, width, k0, k1, strength);
+  HorEdges<false>(plane, stride, width, k0, k1, strength);
+}
+
+// Four-way deinterleave of 16-bit words and its inverse. The filter works
+// lane by lane, so lanes may come in any order as long as the store undoes
+// the load: on x86 vectors wider than a block, each 128-bit block is
+// deinterleaved on its own, without the block transposes that keep lanes in
+// memory order. Elsewhere (NEON has four-way loads) Highway's own.
+using DU16 = hn::RebindToUnsigned<D16>;
+using VU16 = hn::Vec<DU16>;
+
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
+HWY_INLINE void LoadWords4(DU16 d, const uint16_t* p, VU16& v0, VU16& v1, VU16& v2, VU16& v3) {
+  const hn::Repartition<uint64_t, DU16> d64;
+  const size_t N = hn::Lanes(d);
+  const auto A = hn::LoadU(d, p), B = hn::LoadU(d, p + N);
+  const auto C = hn::LoadU(d, p + 2 * N), D = hn::LoadU(d, p + 3 * N);
+  const auto ab_lo = hn::InterleaveLower(d, A, B), cd_lo = hn::InterleaveLower(d, C, D);
+  const auto ab_hi = hn::InterleaveUpper(d, A, B), cd_hi = hn::InterleaveUpper(d, C, D);
+  const auto w10a = hn::BitCast(d64, hn::InterleaveLower(d, ab_lo, ab_hi));
+  const auto w10c = hn::BitCast(d64, hn::InterleaveLower(d, cd_lo, cd_hi));
+  const auto w32a = hn::BitCast(d64, hn::InterleaveUpper(d, ab_lo, ab_hi));
+  const auto w32c = hn::BitCast(d64, hn::InterleaveUpper(d, cd_lo, cd_hi));
+  v0 = hn::BitCast(d, hn::InterleaveLower(d64, w10a, w10c));
+  v1 = hn::BitCast(d, hn::InterleaveUpper(d64, w10a, w10c));
+  v2 = hn::BitCast(d, hn::InterleaveLower(d64, w32a, w32c));
+  v3 = hn::BitCast(d, hn::InterleaveUpper(d64, w32a, w32c));
+}
+
+HWY_INLINE void StoreWords4(DU16 d, VU16 v0, VU16 v1, VU16 v2, VU16 v3, uint16_t* p) {
+  const hn::RepartitionToWide<DU16> dw;
+  const size_t N = hn::Lanes(d);
+  const auto v10L = hn::ZipLower(dw, v0, v1), v32L = hn::ZipLower(dw, v2, v3);
+  const auto v10U = hn::ZipUpper(dw, v0, v1), v32U = hn::ZipUpper(dw, v2, v3);
+  hn::StoreU(hn::BitCast(d, hn::InterleaveLower(dw, v10L, v32L)), d, p);
+  hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(dw, v10L, v32L)), d, p + N);
+  hn::StoreU(hn::BitCast(d, hn::InterleaveLower(dw, v10U, v32U)), d, p + 2 * N);
+  hn::StoreU(hn::BitCast(d, hn::InterleaveUpper(dw, v10U, v32U)), d, p + 3 * N);
+}
+#else
+HWY_INLINE void LoadWords4(DU16 d, const uint16_t* p, VU16& v0, VU16& v1, VU16& v2, VU16& v3) {
+  hn::LoadInterleaved4(d, p, v0, v1, v2, v3);
+}
+
+HWY_INLINE void StoreWords4(DU16 d, VU16 v0, VU16 v1, VU16 v2, VU16 v3, uint16_t* p) {
+  hn::StoreInterleaved4(v0, v1, v2, v3, d, p);
+}
+#endif
+
+// Narrower vectors (the last edges of a row) keep lanes in memory order.
+template <class D, class V>
+HWY_INLINE void LoadWords4(D d, const uint16_t* p, V& v0, V& v1, V& v2, V& v3) {
+  hn::LoadInterleaved4(d, p, v0, v1, v2, v3);
+}
+
+template <class D, class V>
+HWY_INLINE void StoreWords4(D d, V v0, V v1, V v2, V v3, uint16_t* p) {
+  hn::StoreInterleaved4(v0, v1, v2, v3, d, p);
+}
+
+// Vertical edges, row by row. Read from column 8k - 2 as 16-bit words, a
+// row is a run of 8-byte groups of four words: AB, CD of edges k, k + 1, ...
+// and two words of columns 8k + 2 .. 8k + 5, which no edge touches. A
+// four-way deinterleave of words (an in-register transpose of 2-byte units)
+// puts the AB and CD words of N edges in two vectors; their low
+// and high bytes are A, B, C, D, one edge per 16-bit lane. The other two
+// vectors are stored back as they were. Edges share no pixel, so the result
+// is that of the edges one after another.
+// Edges k .. of one row, as many whole vectors of D as fit before edge n;
+// returns the first edge left.
+template <bool kPlain, class D>
+HWY_INLINE int32_t VerEdges(D d, uint8_t* row, int32_t k, int32_t n, int16_t strength) {
+  const hn::RebindToUnsigned<D> du;
+  const int32_t N = static_cast<int32_t>(hn::Lanes(d));
+  const auto vs = hn::Set(d, strength);
+  const auto twice = hn::Add(vs, vs);
+  const auto low = hn::Set(du, 0xFF);
+  for (; k + N - 1 <= n; k += N) {
+    // Word loads through the byte pointer: rows need not be 2-byte aligned.
+    uint16_t* p = reinterpret_cast<uint16_t*>(row + 8 * k - 2);
+    hn::Vec<decltype(du)> ab, cd, w2, w3;
+    LoadWords4(du, p, ab, cd, w2, w3);
+    auto a = hn::BitCast(d, hn::And(ab, low));
+    auto b = hn::BitCast(d, hn::ShiftRight<8>(ab));
+    auto c = hn::BitCast(d, hn::And(cd, low));
+    auto e = hn::BitCast(d, hn::ShiftRight<8>(cd));
+    FilterEdges<kPlain, true>(d, a, b, c, e, vs, twice);
+    ab = hn::Or(hn::BitCast(du, a), hn::ShiftLeft<8>(hn::BitCast(du, b)));
+    cd = hn::Or(hn::BitCast(du, c), hn::ShiftLeft<8>(hn::BitCast(du, e)));
+    StoreWords4(du, ab, cd, w2, w3, p);
+  }
+  return k;
+}
+
+// Whole vectors, then 8 and 4 edges at a time, then the scalar row.
+template <bool kPlain>
+void VerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+             int16_t strength) {
+  const int32_t n = BlockEdges(width);
+  for (int32_t y = y0; y < y1 && n > 0; ++y) {
+    uint8_t* row = plane + y * stride;
+    int32_t k = VerEdges<kPlain>(D16(), row, 1, n, strength);
+    k = VerEdges<kPlain>(hn::CappedTag<int16_t, 8>(), row, k, n, strength);
+    k = VerEdges<kPlain>(hn::CappedTag<int16_t, 4>(), row, k, n, strength);
+    if (k <= n) scalar::DeblockVerRow(row, k, n, strength);
+  }
+}
+
+void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+                   int16_t strength) {
+  if (IsPlain(strength)) return VerRows<true>(plane, stride, width, y0, y1, strength);
+  VerRows<false>(plane, stride, width, y0, y1, strength);
+}
+
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+#include "common/internal/api.h"
+#include "imgp/enhance/deblock_filter.h"
+#include "kimgp_enhance.h"
+
+namespace kelo {
+
+KELO_VEC_EXPORT(DeblockHorVec);
+KELO_VEC_EXPORT(DeblockVerVec);
+
+void DeblockHorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+                     int16_t strength) {
+  KELO_VEC_CALL(DeblockHorVec, scalar::DeblockHorEdges)(plane, stride, width, k0, k1, strength);
+}
+
+void DeblockVerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+                    int16_t strength) {
+  KELO_VEC_CALL(DeblockVerVec, scalar::DeblockVerRows)(plane, stride, width, y0, y1, strength);
+}
+
+void DeblockPlane(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t height,
+                  int16_t strength) {
+  int32_t done = 0;  // rows whose vertical edges are filtered
+  for (int32_t k = 1; k <= BlockEdges(height); ++k) {
+    DeblockHorEdges(plane, stride, width, k, k, strength);
+    DeblockVerRows(plane, stride, width, done, 8 * k - 2, strength);
+    done = 8 * k - 2;
+  }
+  DeblockVerRows(plane, stride, width, done, height, strength);
+}
+
+}  // namespace kelo
+
+KELO_EXPORT void kimgp_dbf8x8_h263_hor(uint8_t* plane, int32_t strength, int32_t stride,
+                                       int32_t width, int32_t height) {
+  kelo::DeblockHorEdges(plane, stride, width, 1, kelo::BlockEdges(height), kelo::Low16(strength));
+}
+
+KELO_EXPORT void kimgp_dbf8x8_h263_ver(uint8_t* plane, int32_t strength, int32_t stride,
+                                       int32_t width, int32_t height) {
+  kelo::DeblockVerRows(plane, stride, width, 0, height, kelo::Low16(strength));
+}
+
+// Horizontal edges, then vertical edges (in strips; see DeblockPlane).
+KELO_EXPORT void kimgp_dbf8x8(uint8_t* plane, int32_t strength, int32_t stride, int32_t width,
+                              int32_t height) {
+  const int32_t s = strength < 12 ? strength : 12;
+  kelo::DeblockPlane(plane, stride, width, height, kelo::Low16(s));
+}
+
+KELO_EXPORT int32_t kimgp_dbf8x8_yuv(kimgp_img* img, uint32_t strength) {
+  if (strength > 15) return KIMGP_ERR_ARGS;
+  const auto s = static_cast<int32_t>(strength);
+  for (int i = 0; i < 3; ++i) {
+    if (img->plane[i] == nullptr) continue;
+    kelo::DeblockPlane(img->plane[i], img->stride[i], img->width[i], img->height[i],
+                       kelo::Low16(s));
+  }
+  return KIMGP_OK;
+}
+
+#endif  // !KELO_HAVE_HWY || HWY_ONCE
