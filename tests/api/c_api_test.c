@@ -105,8 +105,8 @@ int main(void) {
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   /* A YUV400 pair is no RGB888 stereo pair; nothing to pad it into. */
   if (kimgp_fpa(&a, &b, 1) != KIMGP_ERR_ARGS || kimgp_padding(&a, &b) != KIMGP_ERR_UNSUPPORTED)
-    return 10;
-  if (kimgp_vqe_cs_init(1024) != 0 || lut[254] != 127 || kimgp_vqe_dejagging() != 0) return 11;
+    return 17;
+  if (kimgp_vqe_cs_init(1024) != 0 || lut[254] != 127 || kimgp_vqe_dejagging() != 0) return 18;
   puts("C API ok");
   return 0;
 }
