@@ -315,11 +315,11 @@ class PeriodRow {
   const uint8_t* s1_;
 };
 
+// n groups from s0 and s1 on.
 template <bool kTwo, bool kShuffle>
 HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d,
-                             hn::Vec<D16x8> idx) {
+                             ptrdiff_t n, hn::Vec<D16x8> idx) {
   const PeriodRow<kTwo, kShuffle> row(p, s0, s1);
-  const ptrdiff_t n = p.groups;
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
   if (n >= 4) {
     const __m256i idx2 = _mm256_broadcastsi128_si256(idx.raw);
@@ -354,33 +354,40 @@ HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* 
   hn::StoreU(hn::LowerHalf(dh, Narrow(lo, lo)), dh, d);
 }
 
-// The late groups of a row.
+// The late groups of a row among groups g0 .. g1 - 1; d is group g0's.
 template <bool kTwo>
-HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d) {
+HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d,
+                           int32_t g0, int32_t g1) {
   const D16x8 d8;
   const D16x8Half dh;
   for (int j = 0; j < p.late; ++j) {
+    const int32_t k = p.groups + j;
+    if (k < g0 || k >= g1) continue;
     const PeriodRow<kTwo, true> row(p, s0 + p.late_src[j], s1 + p.late_src[j]);
     const auto v = row.Sums(0, hn::LoadU(d8, p.late_idx[j]));
-    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (p.groups + j));
+    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (k - g0));
   }
 }
 
+// Groups g0 .. g1 - 1 of the job's rows.
 template <bool kShuffle>
-void RunPeriod(const ShrinkJob& job, const Period& p) {
+void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   const D16x8 d8;
   const auto idx = hn::LoadU(d8, p.idx);
+  const ptrdiff_t off = ptrdiff_t{g0} * (kShuffle ? p.step : 16);
+  const ptrdiff_t n = (g1 < p.groups ? g1 : p.groups) - g0;
   RowState rs = job.row0;
   uint8_t* d = job.dst;
   for (int32_t y = 0; y < job.nrows; ++y, d += job.dst_step) {
     const RowTap t = job.rows.Next(&rs);
     const uint8_t* s0 = job.src + t.off;
+    const uint8_t* s1 = t.two ? s0 + job.rows.next : s0;
     if (t.two) {
-      PeriodRowRun<true, kShuffle>(p, s0, s0 + job.rows.next, d, idx);
-      LateGroups<true>(p, s0, s0 + job.rows.next, d);
+      if (n > 0) PeriodRowRun<true, kShuffle>(p, s0 + off, s1 + off, d, n, idx);
+      LateGroups<true>(p, s0, s1, d, g0, g1);
     } else {
-      PeriodRowRun<false, kShuffle>(p, s0, s0, d, idx);
-      LateGroups<false>(p, s0, s0, d);
+      if (n > 0) PeriodRowRun<false, kShuffle>(p, s0 + off, s1 + off, d, n, idx);
+      LateGroups<false>(p, s0, s1, d, g0, g1);
     }
   }
 }
@@ -389,17 +396,23 @@ void ShrinkVec(const ShrinkJob& job, ColState* st) {
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
   Period period;
-  // The period path runs whole rows only.
-  if (job.WholeRows() && FindPeriod(job, &period)) {
-    if (period.shuffle) {
-      RunPeriod<true>(job, period);
-    } else {
-      RunPeriod<false>(job, period);
+  // The period path runs the whole groups of the range; a range that starts
+  // inside a group goes to the plan.
+  if (FindPeriod(job, &period) && job.col0.x % (8 / B) == 0) {
+    const int32_t G = 8 / B, g0 = job.col0.x / G;
+    const int32_t all = period.groups + period.late;
+    const int32_t g1 = job.col_end / G < all ? job.col_end / G : all;
+    if (g1 > g0) {
+      if (period.shuffle) {
+        RunPeriod<true>(job, period, g0, g1);
+      } else {
+        RunPeriod<false>(job, period, g0, g1);
+      }
+      st->x = g1 * G;
+      st->c = static_cast<int32_t>(int64_t{g1} * period.step / B);
+      st->ex = 0;
+      return;
     }
-    const int32_t done = period.groups + period.late;
-    st->x = done * (8 / B);
-    st->c = static_cast<int32_t>(int64_t{done} * period.step / B);
-    return;
   }
   if (cols.kind != Cols::kFixed16x9 && (int64_t{cols.fw} + 1) * B > 16) return;
   const int64_t row_bytes = cols.NeededUnits() * B;

@@ -158,8 +158,6 @@ struct ShrinkJob {
   int32_t nrows;
   ColState col0;
   int32_t col_end;
-
-  bool WholeRows() const { return col0.x == 0 && col_end == cols.dw; }
 };
 
 namespace scalar {

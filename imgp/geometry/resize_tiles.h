@@ -51,7 +51,8 @@ struct RowSink {
   }
 };
 
-// Bytes of one tile: 16 rows of up to 2048 bytes, or 8 rows of 2048 pairs.
+// Bytes of one tile: 16 rows of up to 2048 bytes, or 8 rows of 2048 pairs
+// (taller tiles of narrower chunks measured slower on 1080p sources).
 constexpr int32_t kTileBytes = 32768;
 
 // The tiles of a rotating kernel over a plain w x h result of `unit`-byte
