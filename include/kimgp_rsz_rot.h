@@ -29,17 +29,16 @@ extern "C" {
 /*
  * Resizes src to dst's sizes and rotates it by rot (a KIMGP_ROT_* code).
  * Returns:
- *   KIMGP_ERR_ARGS (-1) when the colour-space codes differ, when a plane size
- *     is below 1, or when the intermediate buffer cannot be allocated (nothing
- *     is written then);
+ *   KIMGP_ERR_ARGS (-1), nothing written, when the colour-space codes differ
+ *     or when the intermediate buffer cannot be allocated;
  *   otherwise, with nothing to scale (for 90L and 90R the source width equals
  *     the destination height and the source height the destination width; for
  *     every other code both sizes are equal, plane 0 decides) the status of
  *     kimgp_rot(src, rot, dst): the only way packed RGB frames pass;
  *   KIMGP_ERR_UNSUPPORTED (-3), nothing written, for a colour space outside
  *     0..99 and for KIMGP_CS_T64X32 when scaling is needed;
- *   KIMGP_OK, or the first failing plane's status (earlier planes stay
- *     written).
+ *   KIMGP_OK, or the first failing plane's status: KIMGP_ERR_ARGS from a
+ *     resizer for a plane size below 1 (earlier planes stay written).
  *
  * With scaling, each plane (plane 0 only for KIMGP_CS_YUV400, planes 0 and 1
  * for NV12/NV21, else planes 0, 1 and 2) goes through the rotating resizer of
