@@ -7,6 +7,7 @@
 #include <kimgp_img.h>
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
+#include <kimgp_rsz_rot.h>
 
 #include <stddef.h>
 #include <stdio.h>
@@ -56,6 +57,16 @@ int main(void) {
     q.plane[0] = h;
     if (kimgp_rsz(&s, &q) != KIMGP_OK || h[0] != (1 + 2 + 5 + 6) / 4) return 8;
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
+    {
+      /* Halved and turned left: 3 and 5 in a 1x2 column, bottom up. */
+      uint8_t g[2] = {0};
+      kimgp_img e = q;
+      e.width[0] = 1;
+      e.height[0] = 2;
+      e.stride[0] = 1;
+      e.plane[0] = g;
+      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 10;
+    }
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   puts("C API ok");
