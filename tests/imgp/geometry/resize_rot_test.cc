@@ -183,7 +183,7 @@ TEST_P(RotResizers, KernelsMatchPlainKernelThenRotate) {
       // The horizontal kinds write the plain kernels' unrotated rows.
       Planes f(k, p.sw, p.sh, p.w, p.h, rng);
       std::vector<uint8_t> a(static_cast<size_t>(p.sh) * row + 64, 0x11), b(a);
-      if (fw >= 1) {
+      if (p.w < p.sw) {
         k.plain.down_w(f.src.data(), a.data(), f.ss, p.w, p.sh, fw, rw);
         k.rot.down_w(f.src.data(), b.data(), f.ss, p.w, p.sh, fw, rw);
       } else {
