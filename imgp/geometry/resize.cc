@@ -6,6 +6,7 @@
 #include "common/internal/api.h"
 #include "kimgp_copy.h"
 #include "kimgp_rsz.h"
+#include "kimgp_rsz_rot.h"
 
 namespace kelo {
 namespace {
@@ -45,6 +46,24 @@ constexpr Resizer k5b6b5b = KELO_RESIZER(5b6b5b, 5b6b5b, 1, 2);
 constexpr Resizer k8b8b8b = KELO_RESIZER(8b8b8b, 8b, 3, 1);
 constexpr Resizer k8b8b8b8b = KELO_RESIZER(8b8b8b8b, 8b, 4, 1);
 #undef KELO_RESIZER
+
+// The rotating kernels of a layout and a turn. They take the plain kernels'
+// arguments (sizes of the unrotated result), so the plain selection runs
+// them; none of them is in kFixedSizes.
+#define KELO_ROT_RESIZER(name, op)                                                         \
+  Resizer {                                                                               \
+    kimgp_##name##_rsz_rot_##op##_down_mult, kimgp_##name##_rsz_rot_##op##_down_non_mult, \
+        kimgp_##name##_rsz_rot_##op##_down_w, kimgp_##name##_rsz_rot_##op##_up,           \
+        kimgp_##name##_rsz_rot_##op##_up_mode1, kimgp_##name##_rsz_rot_##op##_down_h,     \
+        kimgp_##name##_rsz_rot_##op##_up_h, kimgp_##name##_rsz_rot_##op##_up_h_mode1, 1, 1 \
+  }
+constexpr Resizer k8b_rot_90l = KELO_ROT_RESIZER(8b, 90l);
+constexpr Resizer k8b_rot_90r = KELO_ROT_RESIZER(8b, 90r);
+constexpr Resizer k8b_rot_180 = KELO_ROT_RESIZER(8b, 180);
+constexpr Resizer k8b8b_rot_90l = KELO_ROT_RESIZER(8b8b, 90l);
+constexpr Resizer k8b8b_rot_90r = KELO_ROT_RESIZER(8b8b, 90r);
+constexpr Resizer k8b8b_rot_180 = KELO_ROT_RESIZER(8b8b, 180);
+#undef KELO_ROT_RESIZER
 
 // The fixed-size 16-to-9 paths. The chroma entries ask for a source height
 // of 360 in both rows, so the 640x290 chroma of a 1280x580 frame takes the
@@ -224,6 +243,25 @@ KELO_RESIZER_EXPORT(5b6b5b)
 KELO_RESIZER_EXPORT(8b8b8b)
 KELO_RESIZER_EXPORT(8b8b8b8b)
 #undef KELO_RESIZER_EXPORT
+
+// Rotating resizers: the plain selection over the unrotated result, which is
+// dst_height x dst_width for the quarter turns.
+#define KELO_ROT_RESIZER_EXPORT(name, op, quarter)                                         \
+  KELO_EXPORT int32_t kimgp_rsz_##name##_rot_##op(                                         \
+      const void* src, int32_t src_width, int32_t src_height, int32_t dst_width,           \
+      int32_t dst_height, void* dst, void* tmp, int32_t src_stride, int32_t dst_stride,    \
+      int32_t mode) {                                                                      \
+    return kelo::Resize(kelo::k##name##_rot_##op, src, src_width, src_height,              \
+                        quarter ? dst_height : dst_width, quarter ? dst_width : dst_height, \
+                        dst, tmp, src_stride, dst_stride, mode);                           \
+  }
+KELO_ROT_RESIZER_EXPORT(8b, 90l, true)
+KELO_ROT_RESIZER_EXPORT(8b, 90r, true)
+KELO_ROT_RESIZER_EXPORT(8b, 180, false)
+KELO_ROT_RESIZER_EXPORT(8b8b, 90l, true)
+KELO_ROT_RESIZER_EXPORT(8b8b, 90r, true)
+KELO_ROT_RESIZER_EXPORT(8b8b, 180, false)
+#undef KELO_ROT_RESIZER_EXPORT
 
 KELO_EXPORT int32_t kimgp_rsz_16b(const void* src, int32_t src_width, int32_t src_height,
                                   int32_t dst_width, int32_t dst_height, void* dst,

@@ -65,11 +65,13 @@ struct Chunk {
 };
 constexpr int kPlanChunks = 128;
 
-// Up to kPlanChunks chunks of outputs from *st on; advances *st past them.
+// Up to kPlanChunks chunks of outputs from *st on, before output unit x_end;
+// advances *st past them. Chunk offsets count from output unit `origin`.
 // A chunk ends where 16 output bytes or a 32-byte window are full; the window
 // ends at the last byte the chunk reads, so it never passes the row.
-int BuildPlan(const Cols& cols, int32_t B, int64_t row_bytes, ColState* st, Chunk* plan) {
-  const int64_t out_bytes = int64_t{cols.dw} * B;
+int BuildPlan(const Cols& cols, int32_t B, int64_t row_bytes, int32_t x_end, int32_t origin,
+              ColState* st, Chunk* plan) {
+  const int64_t out_bytes = int64_t{x_end} * B;
   if (row_bytes < 32) return 0;
   int n = 0;
   while (n < kPlanChunks && int64_t{st->x} * B + 16 <= out_bytes) {
@@ -77,7 +79,7 @@ int BuildPlan(const Cols& cols, int32_t B, int64_t row_bytes, ColState* st, Chun
     int k = 0;
     int64_t first = 0, end = 0;
     ColState s = *st;
-    while ((k + 1) * B <= 16 && s.x < cols.dw) {
+    while ((k + 1) * B <= 16 && s.x < x_end) {
       ColState s2 = s;
       const ColTap t = cols.Next(&s2);
       const int64_t a = int64_t{t.c} * B;
@@ -90,7 +92,7 @@ int BuildPlan(const Cols& cols, int32_t B, int64_t row_bytes, ColState* st, Chun
     }
     const int64_t lo = end > 32 ? end - 32 : 0;
     Chunk& ch = plan[n++];
-    ch.out = st->x * B;
+    ch.out = (st->x - origin) * B;
     ch.src = static_cast<int32_t>(lo);
     for (int i = 0; i < 16; ++i) {
       uint8_t ia = 0x80, ib = 0x80;
@@ -127,8 +129,8 @@ void RunPlan(const ShrinkJob& job, const Chunk* plan, int n) {
   const D16x16 du;
   const auto half = hn::Set(du, job.half);
   const auto low = hn::Set(du, job.low);
-  RowState rs;
-  for (int32_t y = 0; y < job.rows.dh; ++y) {
+  RowState rs = job.row0;
+  for (int32_t y = 0; y < job.nrows; ++y) {
     const RowTap t = job.rows.Next(&rs);
     const uint8_t* s0 = job.src + t.off;
     uint8_t* d = job.dst + y * job.dst_step;
@@ -313,11 +315,11 @@ class PeriodRow {
   const uint8_t* s1_;
 };
 
+// n groups from s0 and s1 on.
 template <bool kTwo, bool kShuffle>
 HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d,
-                             hn::Vec<D16x8> idx) {
+                             ptrdiff_t n, hn::Vec<D16x8> idx) {
   const PeriodRow<kTwo, kShuffle> row(p, s0, s1);
-  const ptrdiff_t n = p.groups;
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
   if (n >= 4) {
     const __m256i idx2 = _mm256_broadcastsi128_si256(idx.raw);
@@ -352,33 +354,40 @@ HWY_INLINE void PeriodRowRun(const Period& p, const uint8_t* s0, const uint8_t* 
   hn::StoreU(hn::LowerHalf(dh, Narrow(lo, lo)), dh, d);
 }
 
-// The late groups of a row.
+// The late groups of a row among groups g0 .. g1 - 1; d is group g0's.
 template <bool kTwo>
-HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d) {
+HWY_INLINE void LateGroups(const Period& p, const uint8_t* s0, const uint8_t* s1, uint8_t* d,
+                           int32_t g0, int32_t g1) {
   const D16x8 d8;
   const D16x8Half dh;
   for (int j = 0; j < p.late; ++j) {
+    const int32_t k = p.groups + j;
+    if (k < g0 || k >= g1) continue;
     const PeriodRow<kTwo, true> row(p, s0 + p.late_src[j], s1 + p.late_src[j]);
     const auto v = row.Sums(0, hn::LoadU(d8, p.late_idx[j]));
-    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (p.groups + j));
+    hn::StoreU(hn::LowerHalf(dh, Narrow(v, v)), dh, d + 8 * (k - g0));
   }
 }
 
+// Groups g0 .. g1 - 1 of the job's rows.
 template <bool kShuffle>
-void RunPeriod(const ShrinkJob& job, const Period& p) {
+void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   const D16x8 d8;
   const auto idx = hn::LoadU(d8, p.idx);
-  RowState rs;
+  const ptrdiff_t off = ptrdiff_t{g0} * (kShuffle ? p.step : 16);
+  const ptrdiff_t n = (g1 < p.groups ? g1 : p.groups) - g0;
+  RowState rs = job.row0;
   uint8_t* d = job.dst;
-  for (int32_t y = 0; y < job.rows.dh; ++y, d += job.dst_step) {
+  for (int32_t y = 0; y < job.nrows; ++y, d += job.dst_step) {
     const RowTap t = job.rows.Next(&rs);
     const uint8_t* s0 = job.src + t.off;
+    const uint8_t* s1 = t.two ? s0 + job.rows.next : s0;
     if (t.two) {
-      PeriodRowRun<true, kShuffle>(p, s0, s0 + job.rows.next, d, idx);
-      LateGroups<true>(p, s0, s0 + job.rows.next, d);
+      if (n > 0) PeriodRowRun<true, kShuffle>(p, s0 + off, s1 + off, d, n, idx);
+      LateGroups<true>(p, s0, s1, d, g0, g1);
     } else {
-      PeriodRowRun<false, kShuffle>(p, s0, s0, d, idx);
-      LateGroups<false>(p, s0, s0, d);
+      if (n > 0) PeriodRowRun<false, kShuffle>(p, s0 + off, s1 + off, d, n, idx);
+      LateGroups<false>(p, s0, s1, d, g0, g1);
     }
   }
 }
@@ -387,22 +396,29 @@ void ShrinkVec(const ShrinkJob& job, ColState* st) {
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
   Period period;
-  if (FindPeriod(job, &period)) {
-    if (period.shuffle) {
-      RunPeriod<true>(job, period);
-    } else {
-      RunPeriod<false>(job, period);
+  // The period path runs the whole groups of the range; a range that starts
+  // inside a group goes to the plan.
+  if (FindPeriod(job, &period) && job.col0.x % (8 / B) == 0) {
+    const int32_t G = 8 / B, g0 = job.col0.x / G;
+    const int32_t all = period.groups + period.late;
+    const int32_t g1 = job.col_end / G < all ? job.col_end / G : all;
+    if (g1 > g0) {
+      if (period.shuffle) {
+        RunPeriod<true>(job, period, g0, g1);
+      } else {
+        RunPeriod<false>(job, period, g0, g1);
+      }
+      st->x = g1 * G;
+      st->c = static_cast<int32_t>(int64_t{g1} * period.step / B);
+      st->ex = 0;
+      return;
     }
-    const int32_t done = period.groups + period.late;
-    st->x = done * (8 / B);
-    st->c = static_cast<int32_t>(int64_t{done} * period.step / B);
-    return;
   }
   if (cols.kind != Cols::kFixed16x9 && (int64_t{cols.fw} + 1) * B > 16) return;
   const int64_t row_bytes = cols.NeededUnits() * B;
   Chunk plan[kPlanChunks];
   for (;;) {
-    const int n = BuildPlan(cols, B, row_bytes, st, plan);
+    const int n = BuildPlan(cols, B, row_bytes, job.col_end, job.col0.x, st, plan);
     if (n == 0) return;
     RunPlan(job, plan, n);
     if (n < kPlanChunks) return;
@@ -438,7 +454,9 @@ HWY_AFTER_NAMESPACE();
 #if !KELO_HAVE_HWY || HWY_ONCE
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
+#include "imgp/geometry/resize_tiles.h"
 #include "kimgp_rsz.h"
+#include "kimgp_rsz_rot.h"
 
 namespace kelo {
 namespace rsz {
@@ -490,29 +508,98 @@ void DownW(const void* src, void* tmp, int32_t ss, int32_t dw, int32_t sh, int32
             &ShrinkBest);
 }
 
-// Rows of dw units from the packed intermediate: with rh = 0 and fh >= 2 the
-// average of rows fh*y and fh*y + 1, else the row accumulator.
+// Output rows of dw units from intermediate rows tstep bytes apart, through
+// the sink: with rh = 0 and fh >= 2 the average of rows fh*y and fh*y + 1,
+// else the row accumulator.
+template <class L>
+void DownRows(const uint8_t* t, ptrdiff_t tstep, int32_t dw, RowSink* sink, int32_t dh,
+              int32_t fh, int32_t rh) {
+  const ptrdiff_t row = ptrdiff_t{dw} * L::kBytes;
+  const Rows rows = rh == 0 && fh >= 2 ? Rows{Rows::kPairs, fh * tstep, tstep, 0, dh}
+                                       : Rows{Rows::kAccum, fh * tstep, tstep, rh, dh};
+  RowState rs;
+  for (int32_t y = 0; y < dh; ++y) {
+    const RowTap tap = rows.Next(&rs);
+    const uint8_t* s0 = t + tap.off;
+    uint8_t* d = sink->Row(y);
+    if (!tap.two) {
+      if (row > 0) CopyBytes(s0, d, static_cast<size_t>(row));
+    } else {
+      const int64_t done = KELO_VEC_CALL(AvgRowsVec, scalar::AvgRowsVec)(s0, s0 + tstep, d, row,
+                                                                       AvgBits<L>::kHalf);
+      scalar::AvgRow<L>(s0, s0 + tstep, d, done / L::kBytes, dw);
+    }
+    sink->Done(y);
+  }
+}
+
+// Rows of dw units from the packed intermediate to the destination.
 template <class L>
 void DownH(const void* tmp, void* dst, int32_t dw, int32_t ds, int32_t dh, int32_t fh,
            int32_t rh) {
-  const ptrdiff_t row = ptrdiff_t{dw} * L::kBytes;
-  const Rows rows = rh == 0 && fh >= 2 ? Rows{Rows::kPairs, fh * row, row, 0, dh}
-                                       : Rows{Rows::kAccum, fh * row, row, rh, dh};
-  const auto* t = static_cast<const uint8_t*>(tmp);
-  auto* d = static_cast<uint8_t*>(dst);
-  const ptrdiff_t dstep = ds * ptrdiff_t{L::kStrideUnit};
-  RowState rs;
-  for (int32_t y = 0; y < dh; ++y, d += dstep) {
-    const RowTap tap = rows.Next(&rs);
-    const uint8_t* s0 = t + tap.off;
-    if (!tap.two) {
-      if (row > 0) CopyBytes(s0, d, static_cast<size_t>(row));
-      continue;
+  RowSink sink = RowSink::Plain(static_cast<uint8_t*>(dst), ds * ptrdiff_t{L::kStrideUnit});
+  DownRows<L>(static_cast<const uint8_t*>(tmp), ptrdiff_t{dw} * L::kBytes, dw, &sink, dh, fh,
+              rh);
+}
+
+// The rotating one-pass shrink: the plain job on a tile of rows of one
+// column chunk at a time, each tile rotated into place. `whole` is the plain
+// kernel's job with dst the rotated destination.
+template <class L>
+void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
+  alignas(64) uint8_t tile[kTileBytes];
+  RotTiles rt{op, L::kBytes, whole.cols.dw, whole.rows.dh, whole.dst, ds, tile};
+  ShrinkJob job = whole;
+  job.dst = tile;
+  ForEachChunk(&rt, [&] {
+    job.dst_step = rt.TileStep();
+    job.col_end = rt.x0 + rt.wc;
+    job.row0 = RowState{};
+    for (int32_t y0 = 0; y0 < rt.h; y0 += rt.Rows()) {
+      job.nrows = rt.h - y0 < rt.Rows() ? rt.h - y0 : rt.Rows();
+      Shrink<L>(job, &ShrinkBest);
+      for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
+      rt.Flush(y0, job.nrows);
     }
-    const int64_t done =
-        KELO_VEC_CALL(AvgRowsVec, scalar::AvgRowsVec)(s0, s0 + row, d, row, AvgBits<L>::kHalf);
-    scalar::AvgRow<L>(s0, s0 + row, d, done / L::kBytes, dw);
-  }
+    while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+  });
+}
+
+template <class L>
+void RotDownMult(int op, const void* src, void* dst, int32_t dw, int32_t dh, int32_t fw,
+                 int32_t ss, int32_t row_step, int32_t ds) {
+  static_assert(L::kStrideUnit == 1, "byte strides");
+  RotShrink<L>(op,
+               MakeJob<L>(src, dst, ds, Cols{Cols::kMult, fw, 0, dw},
+                          Rows{Rows::kPairs, row_step, ss, 0, dh}),
+               ds);
+}
+
+template <class L>
+void RotDownNonMult(int op, const void* src, void* dst, int32_t dw, int32_t dh, int32_t fw,
+                    int32_t ss, int32_t row_step, int32_t rw, int32_t rh, int32_t ds) {
+  static_assert(L::kStrideUnit == 1, "byte strides");
+  RotShrink<L>(op,
+               MakeJob<L>(src, dst, ds, Cols{Cols::kAccum, fw, rw, dw},
+                          Rows{Rows::kAccum, row_step, ss, rh, dh}),
+               ds);
+}
+
+// The rotating height-only shrink: column chunks of the intermediate (its
+// rows stay dw units apart) through a tile sink.
+template <class L>
+void RotDownH(int op, const void* tmp, void* dst, int32_t dw, int32_t ds, int32_t dh,
+              int32_t fh, int32_t rh) {
+  static_assert(L::kStrideUnit == 1, "byte strides");
+  alignas(64) uint8_t tile[kTileBytes];
+  RotTiles rt{op, L::kBytes, dw, dh, static_cast<uint8_t*>(dst), ds, tile};
+  const auto* t = static_cast<const uint8_t*>(tmp);
+  ForEachChunk(&rt, [&] {
+    RowSink sink = rt.Sink();
+    DownRows<L>(t + ptrdiff_t{rt.x0} * L::kBytes, ptrdiff_t{dw} * L::kBytes, rt.wc, &sink, dh,
+                fh, rh);
+    sink.Finish();
+  });
 }
 
 }  // namespace
@@ -569,4 +656,24 @@ KELO_RSZ_DOWN_H(5b6b5b, L5b6b5b)
 KELO_RSZ_DOWN_NON_MULT(8b, L8b, _720p_720x404, kFixed16x9)
 KELO_RSZ_DOWN_NON_MULT(8b8b, L8b8b, _720p_720x404, kFixed16x9)
 
+
+// The rotating shrinking kernels: kimgp_<name>_rsz_rot_<op>_<kind>.
+#define KELO_RSZ_ROT_DOWN(name, L, op, kop)                                                 \
+  KELO_EXPORT void kimgp_##name##_rsz_rot_##op##_down_mult(KELO_SHRINK_ARGS,                \
+                                                          int32_t dst_stride) {             \
+    kelo::rsz::RotDownMult<kelo::rsz::L>(kop, src, dst, dw, dh, fw, src_stride, row_step,   \
+                                         dst_stride);                                       \
+  }                                                                                         \
+  KELO_EXPORT void kimgp_##name##_rsz_rot_##op##_down_non_mult(                             \
+      KELO_SHRINK_ARGS, int32_t rw, int32_t rh, int32_t dst_stride) {                       \
+    kelo::rsz::RotDownNonMult<kelo::rsz::L>(kop, src, dst, dw, dh, fw, src_stride, row_step, \
+                                            rw, rh, dst_stride);                            \
+  }                                                                                         \
+  KELO_EXPORT void kimgp_##name##_rsz_rot_##op##_down_h(const void *tmp, void *dst,         \
+                                                        int32_t dw, int32_t dst_stride,     \
+                                                        int32_t dh, int32_t fh, int32_t rh) { \
+    kelo::rsz::RotDownH<kelo::rsz::L>(kop, tmp, dst, dw, dst_stride, dh, fh, rh);           \
+  }
+KELO_RSZ_ROT_KERNELS(KELO_RSZ_ROT_DOWN)
+#undef KELO_RSZ_ROT_DOWN
 #endif  // !KELO_HAVE_HWY || HWY_ONCE

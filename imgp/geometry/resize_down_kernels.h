@@ -141,7 +141,11 @@ struct AvgBits<WordUnits<N>> {
   static constexpr uint16_t kHalf = 0x7FFF, kLow = 0x0001;
 };
 
-// A shrinking pass over a whole plane, as the vector paths receive it.
+// A shrinking pass, as the vector paths receive it. It covers output rows
+// from the row whose state is row0 on (nrows of them) and output units
+// col0.x .. col_end - 1 of each; dst is where the range's first unit of its
+// first row goes. A whole plane starts at the default states with nrows =
+// rows.dh and col_end = cols.dw.
 struct ShrinkJob {
   const uint8_t* src;
   uint8_t* dst;
@@ -150,6 +154,10 @@ struct ShrinkJob {
   uint16_t half, low;  // AvgBits of the layout
   Cols cols;
   Rows rows;
+  RowState row0;
+  int32_t nrows;
+  ColState col0;
+  int32_t col_end;
 };
 
 namespace scalar {
@@ -166,14 +174,14 @@ inline void Avg4(uint8_t* o, const uint8_t* a, const uint8_t* b, const uint8_t* 
          a, b, c, d);
 }
 
-// Outputs st.x .. dw - 1 of one row from source row s0 and, for a two-row
-// row, s1 (else null).
+// Outputs st.x .. end - 1 of one row from source row s0 and, for a two-row
+// row, s1 (else null); output x goes to unit x - origin of d.
 template <class L>
 void ShrinkRow(const uint8_t* s0, const uint8_t* s1, uint8_t* d, const Cols& cols,
-               ColState st) {
+               ColState st, int32_t end, int32_t origin) {
   constexpr int B = L::kBytes;
-  while (st.x < cols.dw) {
-    uint8_t* o = d + ptrdiff_t{st.x} * B;
+  while (st.x < end) {
+    uint8_t* o = d + ptrdiff_t{st.x - origin} * B;
     const ColTap t = cols.Next(&st);
     const ptrdiff_t a = ptrdiff_t{t.c} * B, b = a + (t.two ? B : 0);
     if (s1 != nullptr) {
@@ -197,22 +205,32 @@ void AvgRow(const uint8_t* a, const uint8_t* b, uint8_t* d, int64_t from, int64_
 // reports where it stopped (via *st); the scalar rows finish each row.
 template <class L>
 inline void Shrink(const ShrinkJob& job, void (*vec)(const ShrinkJob&, ColState*)) {
-  ColState st;
+  ColState st = job.col0;
   if (vec != nullptr) vec(job, &st);
-  if (st.x >= job.cols.dw) return;
-  RowState rs;
-  for (int32_t y = 0; y < job.rows.dh; ++y) {
+  if (st.x >= job.col_end) return;
+  RowState rs = job.row0;
+  for (int32_t y = 0; y < job.nrows; ++y) {
     const RowTap t = job.rows.Next(&rs);
     const uint8_t* s0 = job.src + t.off;
     scalar::ShrinkRow<L>(s0, t.two ? s0 + job.rows.next : nullptr, job.dst + y * job.dst_step,
-                         job.cols, st);
+                         job.cols, st, job.col_end, job.col0.x);
   }
 }
 
 template <class L>
 inline ShrinkJob MakeJob(const void* src, void* dst, ptrdiff_t dst_step, Cols cols, Rows rows) {
-  return ShrinkJob{static_cast<const uint8_t*>(src), static_cast<uint8_t*>(dst), dst_step,
-                   L::kBytes, AvgBits<L>::kHalf, AvgBits<L>::kLow, cols, rows};
+  return ShrinkJob{static_cast<const uint8_t*>(src),
+                   static_cast<uint8_t*>(dst),
+                   dst_step,
+                   L::kBytes,
+                   AvgBits<L>::kHalf,
+                   AvgBits<L>::kLow,
+                   cols,
+                   rows,
+                   RowState{},
+                   rows.dh,
+                   ColState{},
+                   cols.dw};
 }
 
 }  // namespace rsz

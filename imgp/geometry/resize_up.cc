@@ -430,22 +430,18 @@ void UpWidthVec(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_
 }
 
 // Height over rows of row_units units; `rgb565` picks 5-6-5 pixels, else bytes.
-void UpHeightVec(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh, int32_t dh,
-                 int32_t q, int32_t r, ptrdiff_t dst_step, bool rgb565, bool mode1) {
+void UpHeightVec(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+                 int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, bool rgb565,
+                 bool mode1) {
 #if HWY_TARGET == HWY_SCALAR
-  scalar::UpHeightAny(tmp, dst, row_units, sh, dh, q, r, dst_step, rgb565, mode1);
+  scalar::UpHeightAny(tmp, tmp_step, row_units, sh, dh, q, r, sink, rgb565, mode1);
 #else
-  if (rgb565) {
-    if (mode1) {
-      scalar::UpHeight<rsz::L5b6b5b, true>(tmp, dst, row_units, sh, dh, q, r, dst_step, &Mix565RowVec);
-    } else {
-      scalar::UpHeight<rsz::L5b6b5b, false>(tmp, dst, row_units, sh, dh, q, r, dst_step, &Mix565RowVec);
-    }
-  } else if (mode1) {
-    scalar::UpHeight<rsz::L8b, true>(tmp, dst, row_units, sh, dh, q, r, dst_step, &MixBytesRowVec);
-  } else {
-    scalar::UpHeight<rsz::L8b, false>(tmp, dst, row_units, sh, dh, q, r, dst_step, &MixBytesRowVec);
-  }
+#define KELO_UP_H_VEC(L, mix)                                                               \
+  return mode1 ? scalar::UpHeight<L, true>(tmp, tmp_step, row_units, sh, dh, q, r, sink, mix) \
+               : scalar::UpHeight<L, false>(tmp, tmp_step, row_units, sh, dh, q, r, sink, mix)
+  if (rgb565) KELO_UP_H_VEC(rsz::L5b6b5b, &Mix565RowVec);
+  KELO_UP_H_VEC(rsz::L8b, &MixBytesRowVec);
+#undef KELO_UP_H_VEC
 #endif
 }
 
@@ -456,6 +452,7 @@ HWY_AFTER_NAMESPACE();
 
 #if !KELO_HAVE_HWY || HWY_ONCE
 #include "common/internal/api.h"
+#include "kimgp_rsz_rot.h"
 
 namespace kelo {
 
@@ -469,10 +466,10 @@ void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, i
                                                 rgb565, mode1);
 }
 
-void UpHeightDispatch(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh,
-                      int32_t dh, int32_t q, int32_t r, ptrdiff_t dst_step, bool rgb565,
+void UpHeightDispatch(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+                      int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, bool rgb565,
                       bool mode1) {
-  KELO_VEC_CALL(UpHeightVec, scalar::UpHeightAny)(tmp, dst, row_units, sh, dh, q, r, dst_step,
+  KELO_VEC_CALL(UpHeightVec, scalar::UpHeightAny)(tmp, tmp_step, row_units, sh, dh, q, r, sink,
                                                   rgb565, mode1);
 }
 
@@ -485,15 +482,35 @@ void UpWidthLayout(const void* src, void* tmp, int32_t dw, int32_t sw, int32_t s
                   std::is_same_v<L, rsz::Rgb565Units>, mode1);
 }
 
-// Rows of dw units of L; byte layouts are mixed byte by byte.
+// Rows of dw units of L from the packed intermediate; byte layouts are mixed
+// byte by byte.
 template <class L>
 void UpHeightLayout(const void* tmp, void* dst, int32_t dw, int32_t sh, int32_t dh, int32_t q,
                     int32_t r, int32_t dst_stride, bool mode1) {
   if (dw < 1) return;
   constexpr bool rgb565 = std::is_same_v<L, rsz::Rgb565Units>;
   const size_t units = static_cast<size_t>(dw) * (rgb565 ? 1 : L::kBytes);
-  UpHeightDispatch(static_cast<const uint8_t*>(tmp), static_cast<uint8_t*>(dst), units, sh, dh,
-                   q, r, ptrdiff_t{dst_stride} * L::kStrideUnit, rgb565, mode1);
+  rsz::RowSink sink = rsz::RowSink::Plain(static_cast<uint8_t*>(dst),
+                                          ptrdiff_t{dst_stride} * L::kStrideUnit);
+  UpHeightDispatch(static_cast<const uint8_t*>(tmp), ptrdiff_t{dw} * L::kBytes, units, sh, dh,
+                   q, r, &sink, rgb565, mode1);
+}
+
+// The rotating height up-scalers: column chunks of the intermediate (its rows
+// stay dw units apart) through a tile sink.
+template <class L>
+void RotUpHeight(int op, const void* tmp, void* dst, int32_t dw, int32_t sh, int32_t dh,
+                 int32_t q, int32_t r, int32_t dst_stride, bool mode1) {
+  static_assert(L::kStrideUnit == 1 && !std::is_same_v<L, rsz::Rgb565Units>, "byte layouts");
+  alignas(64) uint8_t tile[rsz::kTileBytes];
+  rsz::RotTiles rt{op, L::kBytes, dw, dh, static_cast<uint8_t*>(dst), dst_stride, tile};
+  const auto* t = static_cast<const uint8_t*>(tmp);
+  rsz::ForEachChunk(&rt, [&] {
+    rsz::RowSink sink = rt.Sink();
+    UpHeightDispatch(t + ptrdiff_t{rt.x0} * L::kBytes, ptrdiff_t{dw} * L::kBytes,
+                     static_cast<size_t>(rt.wc) * L::kBytes, sh, dh, q, r, &sink, false, mode1);
+    sink.Finish();
+  });
 }
 
 }  // namespace kelo
@@ -527,5 +544,16 @@ void UpHeightLayout(const void* tmp, void* dst, int32_t dw, int32_t sh, int32_t 
 
 KELO_RSZ_UP_WIDTH_KERNELS(KELO_UP_WIDTH)
 KELO_RSZ_UP_HEIGHT_KERNELS(KELO_UP_HEIGHT)
+
+// The rotating height kernels: kimgp_<name>_rsz_rot_<op>_up_h and _up_h_mode1.
+#define KELO_UP_HEIGHT_ROT(name, L, op, kop)                                            \
+  KELO_EXPORT void kimgp_##name##_rsz_rot_##op##_up_h(KELO_UP_H_ARGS) {                  \
+    kelo::RotUpHeight<kelo::rsz::L>(kop, tmp, dst, dw, sh, dh, qh, rh, dst_stride, false); \
+  }                                                                                      \
+  KELO_EXPORT void kimgp_##name##_rsz_rot_##op##_up_h_mode1(KELO_UP_H_ARGS) {            \
+    kelo::RotUpHeight<kelo::rsz::L>(kop, tmp, dst, dw, sh, dh, qh, rh, dst_stride, true);  \
+  }
+KELO_RSZ_ROT_KERNELS(KELO_UP_HEIGHT_ROT)
+#undef KELO_UP_HEIGHT_ROT
 
 #endif  // !KELO_HAVE_HWY || HWY_ONCE

@@ -18,6 +18,7 @@
 
 #include "imgp/core/copy_rows.h"
 #include "imgp/geometry/resize_layouts.h"
+#include "imgp/geometry/resize_tiles.h"
 #include "kimgp_rsz.h"
 
 namespace kelo {
@@ -162,36 +163,37 @@ void UpWidth(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t s
   }
 }
 
-// Height up-scaler over packed rows of row_units units. mix_row(s, n, out,
-// units, tap) computes an in-between row; a row equal to the one before it is
-// copied.
+// Height up-scaler over rows of row_units units, tmp_step bytes apart in the
+// intermediate, written through the sink. mix_row(s, n, out, units, tap)
+// computes an in-between row; a row equal to the one before it is copied.
 template <class L, bool kMode1, class MixRowFn>
-void UpHeight(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh, int32_t dh,
-              int32_t q, int32_t r, ptrdiff_t dst_step, MixRowFn&& mix_row) {
+void UpHeight(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+              int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, MixRowFn&& mix_row) {
   using rsz::UpTap;
   if (row_units < 1) return;
   const size_t row_bytes = row_units * L::kBytes;
   const uint8_t* prev_out = nullptr;
   UpTap prev{};
   rsz::WalkUp<kMode1>(sh, dh, q, r, 0, [&](int64_t pos, const UpTap& t) {
-    uint8_t* out = dst + pos * dst_step;
-    const uint8_t* s = tmp + t.s * row_bytes;
+    uint8_t* out = sink->Row(pos);
+    const uint8_t* s = tmp + t.s * tmp_step;
     if (t.mix == rsz::Mix::kCopy) {
       CopyBytes(s, out, row_bytes);
     } else if (prev_out != nullptr && rsz::SameTap(t, prev)) {
       CopyBytes(prev_out, out, row_bytes);
     } else {
-      mix_row(s, tmp + t.n * row_bytes, out, row_units, t);
+      mix_row(s, tmp + t.n * tmp_step, out, row_units, t);
     }
     prev = t;
     prev_out = out;
+    sink->Done(pos);
   });
 }
 
 template <class L, bool kMode1>
-void UpHeight(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh, int32_t dh,
-              int32_t q, int32_t r, ptrdiff_t dst_step) {
-  UpHeight<L, kMode1>(tmp, dst, row_units, sh, dh, q, r, dst_step, &rsz::MixRow<L>);
+void UpHeight(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+              int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink) {
+  UpHeight<L, kMode1>(tmp, tmp_step, row_units, sh, dh, q, r, sink, &rsz::MixRow<L>);
 }
 
 // Layouts chosen at run time (the dispatched vector entry points): 5-6-5
@@ -213,15 +215,15 @@ inline void UpWidthAny(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw,
 }
 
 // Rows of bytes, or of 5-6-5 pixels when rgb565.
-inline void UpHeightAny(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh,
-                        int32_t dh, int32_t q, int32_t r, ptrdiff_t dst_step, bool rgb565,
+inline void UpHeightAny(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+                        int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, bool rgb565,
                         bool mode1) {
-  if (rgb565) {
-    return mode1 ? UpHeight<rsz::L5b6b5b, true>(tmp, dst, row_units, sh, dh, q, r, dst_step)
-                 : UpHeight<rsz::L5b6b5b, false>(tmp, dst, row_units, sh, dh, q, r, dst_step);
-  }
-  return mode1 ? UpHeight<rsz::L8b, true>(tmp, dst, row_units, sh, dh, q, r, dst_step)
-               : UpHeight<rsz::L8b, false>(tmp, dst, row_units, sh, dh, q, r, dst_step);
+#define KELO_UP_H_ANY(L)                                                           \
+  return mode1 ? UpHeight<L, true>(tmp, tmp_step, row_units, sh, dh, q, r, sink)   \
+               : UpHeight<L, false>(tmp, tmp_step, row_units, sh, dh, q, r, sink)
+  if (rgb565) KELO_UP_H_ANY(rsz::L5b6b5b);
+  KELO_UP_H_ANY(rsz::L8b);
+#undef KELO_UP_H_ANY
 }
 
 }  // namespace scalar
@@ -253,8 +255,8 @@ constexpr uint16_t RatioMagic(uint32_t d) {
 void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
                      int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565,
                      bool mode1);
-void UpHeightDispatch(const uint8_t* tmp, uint8_t* dst, size_t row_units, int32_t sh,
-                      int32_t dh, int32_t q, int32_t r, ptrdiff_t dst_step, bool rgb565,
+void UpHeightDispatch(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+                      int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, bool rgb565,
                       bool mode1);
 
 }  // namespace kelo

@@ -12,6 +12,7 @@
 #include <kimgp_rot.h>
 #include <kimgp_rsz.h>
 #include <kimgp_rsz_csc.h>
+#include <kimgp_rsz_rot.h>
 
 #include <stddef.h>
 #include <stdio.h>
@@ -101,6 +102,16 @@ int main(void) {
     i = kimgp_rsz_new(io, &ctx, vm, hm);
     kimgp_rsz_new_deinit(io, &ctx, vm, hm);
     if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 16;
+    {
+      /* Halved and turned left: 3 and 5 in a 1x2 column, bottom up. */
+      uint8_t g[2] = {0};
+      kimgp_img e = q;
+      e.width[0] = 1;
+      e.height[0] = 2;
+      e.stride[0] = 1;
+      e.plane[0] = g;
+      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 10;
+    }
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   /* A YUV400 pair is no RGB888 stereo pair; nothing to pad it into. */

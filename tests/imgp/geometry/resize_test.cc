@@ -7,20 +7,13 @@
 
 #include "kimgp_copy.h"
 #include "kimgp_rsz.h"
+#include "tests/imgp/geometry/resize_fns.h"
 #include "tests/support/guarded.h"
 #include "tests/support/targets.h"
 
 namespace kelo {
 namespace test {
 namespace {
-
-using ResizerFn = int32_t (*)(const void*, int32_t, int32_t, int32_t, int32_t, void*, void*,
-                              int32_t, int32_t, int32_t);
-using MultFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
-using NonMultFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t,
-                           int32_t, int32_t, int32_t);
-using WFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t);
-using UpFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
 
 // A resizer and the kernels it may run.
 struct Kit {
