@@ -110,7 +110,7 @@ int main(void) {
       e.height[0] = 2;
       e.stride[0] = 1;
       e.plane[0] = g;
-      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 10;
+      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 19;
     }
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
