@@ -1,5 +1,5 @@
 // kelo rotate: every frame through kimgp_rot (quarter turns, 180, mirrors).
-#include <cstring>
+#include <utility>
 
 #include "kimgp_rot.h"
 #include "tools/kelo/command.h"
@@ -18,20 +18,12 @@ uint32_t ParseRotation(const Args& args) {
   return RotationCode(args.Get("rotate"), "rotate");
 }
 
-// A quarter turn keeps the format only when every plane is subsampled alike
-// in both directions; kimgp_rot moves planes as they are.
 void CheckRotatable(const FormatInfo& f, uint32_t code) {
   RequireLibraryFormat(f, "kimgp_rot");
   if (IsTiled(f)) {
     throw RunError(std::string("kimgp_rot: format ") + f.name + " not supported (tiled)");
   }
-  if (!IsQuarterTurn(code)) return;
-  for (int i = 0; i < f.planes; ++i) {
-    if (f.x_shift[i] != f.y_shift[i]) {
-      throw UsageError(std::string("rotate: a quarter turn of ") + f.name +
-                       " would not be " + f.name + " (its chroma is subsampled in width only)");
-    }
-  }
+  RequireQuarterTurnable(f, code, "rotate");
 }
 
 void RotateInto(const Image& src, Image* dst, uint32_t code) {

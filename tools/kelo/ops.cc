@@ -1,6 +1,7 @@
 #include "tools/kelo/ops.h"
 
 #include "kimgp_copy.h"
+#include "kimgp_rot.h"
 #include "tools/kelo/error.h"
 
 namespace kelo {
@@ -78,6 +79,16 @@ int32_t CopyWithLibrary(const Image& src, Image* dst) {
   const kimgp_img s = CopyView(src.img());
   kimgp_img d = CopyView(dst->img());
   return kimgp_cpy(&s, &d);
+}
+
+void RequireQuarterTurnable(const FormatInfo& f, uint32_t code, const char* cmd) {
+  if (!IsQuarterTurn(code)) return;
+  for (int i = 0; i < f.planes; ++i) {
+    if (f.x_shift[i] != f.y_shift[i]) {
+      throw UsageError(std::string(cmd) + ": a quarter turn of " + f.name + " would not be " +
+                       f.name + " (its chroma is subsampled in width only)");
+    }
+  }
 }
 
 }  // namespace cli

@@ -46,6 +46,11 @@ bool IsQuarterTurn(uint32_t code);
 // RequireLibraryFormat).
 int32_t CopyWithLibrary(const Image& src, Image* dst);
 
+// Throws a UsageError when a quarter turn of f would not be f again: the
+// library moves planes as they are, so every plane must be subsampled alike
+// in both directions.
+void RequireQuarterTurnable(const FormatInfo& f, uint32_t code, const char* cmd);
+
 }  // namespace cli
 }  // namespace kelo
 
