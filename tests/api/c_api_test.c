@@ -64,6 +64,16 @@ int main(void) {
     q.plane[0] = h;
     if (kimgp_rsz(&s, &q) != KIMGP_OK || h[0] != (1 + 2 + 5 + 6) / 4) return 8;
     if (scale[4] != 16 || kimgp_tbl_rsz_weight[(1 * 8 + 1) * 4] != 49) return 9;
+    {
+      /* Halved and turned left: 3 and 5 in a 1x2 column, bottom up. */
+      uint8_t g[2] = {0};
+      kimgp_img e = q;
+      e.width[0] = 1;
+      e.height[0] = 2;
+      e.stride[0] = 1;
+      e.plane[0] = g;
+      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 19;
+    }
     /* Frames below 8x8 are refused by the resize-and-convert entry. */
     d.cs = KIMGP_CS_RGB888;
     if (kimgp_rsz_csc(&s, &d) != KIMGP_ERR_UNSUPPORTED) return 13;
@@ -102,16 +112,6 @@ int main(void) {
     i = kimgp_rsz_new(io, &ctx, vm, hm);
     kimgp_rsz_new_deinit(io, &ctx, vm, hm);
     if (i != KIMGP_OK || oy[0] < 98 || oy[0] > 102) return 16;
-    {
-      /* Halved and turned left: 3 and 5 in a 1x2 column, bottom up. */
-      uint8_t g[2] = {0};
-      kimgp_img e = q;
-      e.width[0] = 1;
-      e.height[0] = 2;
-      e.stride[0] = 1;
-      e.plane[0] = g;
-      if (kimgp_rsz_rot(&s, KIMGP_ROT_90L, &e) != KIMGP_OK || g[0] != 5 || g[1] != 3) return 19;
-    }
   }
   if (kcmn_fcc2mt(0x31637661) != KCMN_MT_VID_H264) return 6;
   /* A YUV400 pair is no RGB888 stereo pair; nothing to pad it into. */
