@@ -30,6 +30,13 @@ struct Frame {
   size_t bytes = 0;
 };
 
+// A source and a destination frame of one code and two sizes.
+struct FramePair {
+  FramePair(int32_t cs, int32_t sw, int32_t sh, int32_t dw, int32_t dh)
+      : src(cs, sw, sh), dst(cs, dw, dh) {}
+  Frame src, dst;
+};
+
 }  // namespace bench
 }  // namespace kelo
 

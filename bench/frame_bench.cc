@@ -21,12 +21,6 @@ namespace kelo {
 namespace bench {
 namespace {
 
-struct FramePair {
-  FramePair(int32_t cs, int32_t sw, int32_t sh, int32_t dw, int32_t dh)
-      : src(cs, sw, sh), dst(cs, dw, dh) {}
-  Frame src, dst;
-};
-
 void RegisterCrop() {
   auto yuv = std::make_shared<FramePair>(KIMGP_CS_YUV420, 1920, 1080, 1280, 720);
   yuv->src.img.x = 320;

@@ -12,10 +12,8 @@ namespace kelo {
 namespace bench {
 namespace {
 
-struct Pair {
-  Pair(int32_t cs, int32_t sw, int32_t sh, int32_t dw, int32_t dh)
-      : src(cs, sw, sh), dst(cs, dw, dh) {}
-  Frame src, dst;
+struct Pair : FramePair {
+  using FramePair::FramePair;
   void Run() { kimgp_rsz(&src.img, &dst.img); }
 };
 
