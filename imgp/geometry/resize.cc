@@ -1,4 +1,5 @@
 // kimgp_rsz and the per-layout resizers.
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -146,20 +147,22 @@ struct Route {
   CopyFn copy;
   int32_t tmp_mul;     // intermediate: tmp_mul x source height x ...
   bool tmp_by_stride;  // ... destination stride, else destination width
+  int32_t unit;        // bytes of a unit in the horizontal pass's rows
 };
 // First match wins.
 constexpr Route kRoutes[] = {
-    {KIMGP_CS_YUV400, KIMGP_CS_YUV400, Route::kPlanes, 1, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
-    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
-    {KIMGP_CS_T64X32, KIMGP_CS_T64X32, Route::kRefused, 0, nullptr, nullptr, 0, false},
-    {1, 99, Route::kPlanes, 3, kimgp_rsz_8b, kimgp_cpy_8b, 1, false},
+    {KIMGP_CS_YUV400, KIMGP_CS_YUV400, Route::kPlanes, 1, kimgp_rsz_8b, kimgp_cpy_8b, 1, false,
+     1},
+    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, kimgp_rsz_8b, kimgp_cpy_8b, 1, false, 1},
+    {KIMGP_CS_T64X32, KIMGP_CS_T64X32, Route::kRefused, 0, nullptr, nullptr, 0, false, 0},
+    {1, 99, Route::kPlanes, 3, kimgp_rsz_8b, kimgp_cpy_8b, 1, false, 1},
     {KIMGP_CS_RGB565, KIMGP_CS_BGR565, Route::kPlanes, 1, kimgp_rsz_5b6b5b, kimgp_cpy_16b, 2,
-     true},
+     true, 2},
     {KIMGP_CS_RGB888, KIMGP_CS_BGR888, Route::kPlanes, 1, kimgp_rsz_8b8b8b, kimgp_cpy_24b, 1,
-     true},
+     true, 3},
     {KIMGP_CS_RGBA8888, KIMGP_CS_ABGR8888, Route::kPlanes, 1, kimgp_rsz_8b8b8b8b, kimgp_cpy_32b,
-     1, true},
-    {KIMGP_CS_P010LE, KIMGP_CS_P010LE, Route::kP010, 2, nullptr, nullptr, 0, false},
+     1, true, 4},
+    {KIMGP_CS_P010LE, KIMGP_CS_P010LE, Route::kP010, 2, nullptr, nullptr, 0, false, 0},
 };
 
 const Route* FindRoute(int32_t cs) {
@@ -212,9 +215,17 @@ KELO_EXPORT int32_t kimgp_rsz(const kimgp_img* src, kimgp_img* dst) {
     return KIMGP_OK;
   }
   // One intermediate for every plane, sized by plane 0, allocated even when
-  // both directions shrink and no kernel reads it.
-  const int64_t size = int64_t{r->tmp_mul} * src->height[0] *
-                       (r->tmp_by_stride ? dst->stride[0] : dst->width[0]);
+  // both directions shrink and no kernel reads it. It grows where a plane's
+  // horizontal pass (source rows of destination-width units) needs more:
+  // the two-byte chroma pairs of a one-row NV12 frame of odd width, or planes
+  // described larger than plane 0.
+  int64_t size = int64_t{r->tmp_mul} * src->height[0] *
+                 (r->tmp_by_stride ? dst->stride[0] : dst->width[0]);
+  for (int i = 0; i < r->planes; ++i) {
+    const int64_t need = int64_t{std::max(src->height[i], 0)} * std::max(dst->width[i], 0) *
+                         (nv && i == 1 ? 2 : r->unit);
+    size = std::max(size, need);
+  }
   if (size > 0 && static_cast<uint64_t>(size) > SIZE_MAX) return KIMGP_ERR_ARGS;
   void* tmp = std::malloc(size > 0 ? static_cast<size_t>(size) : 1);
   if (tmp == nullptr) return KIMGP_ERR_ARGS;

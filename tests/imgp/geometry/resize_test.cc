@@ -163,7 +163,8 @@ TEST(Resize, StatusesAndNothingWrittenOnFailure) {
 }
 
 // Each plane through the resizer of its layout, the destination's mode
-// passed on; codes 9 and 10 resize as three planes.
+// passed on; codes 9 and 10 resize as three planes. One-row frames of odd
+// width check that the intermediate holds two-byte chroma pairs.
 TEST(Resize, PlanesGoToTheirResizers) {
   std::mt19937 rng = MakeRng(12);
   struct Route {
@@ -178,16 +179,21 @@ TEST(Resize, PlanesGoToTheirResizers) {
                           {201, kimgp_rsz_5b6b5b, nullptr, 1},      {400, kimgp_rsz_8b8b8b, nullptr, 1},
                           {401, kimgp_rsz_8b8b8b, nullptr, 1},      {500, kimgp_rsz_8b8b8b8b, nullptr, 1},
                           {503, kimgp_rsz_8b8b8b8b, nullptr, 1}};
+  const Size2 sizes[][2] = {{{38, 22}, {20, 13}}, {{38, 22}, {19, 22}}, {{38, 22}, {9, 30}},
+                            {{3, 1}, {5, 1}},     {{1, 1}, {3, 1}},     {{5, 1}, {7, 2}}};
   for (const Route& r : routes) {
-    for (const Size2& d : {Size2{20, 13}, Size2{19, 22}, Size2{9, 30}}) {
-      SCOPED_TRACE(::testing::Message() << r.cs << " to " << d.w << "x" << d.h);
-      TestFrame src(r.cs, 38, 22, RandomPad(rng) & ~1), got(r.cs, d.w, d.h, RandomPad(rng) & ~1);
+    for (const auto& sd : sizes) {
+      const Size2 sz = sd[0], d = sd[1];
+      SCOPED_TRACE(::testing::Message() << r.cs << " " << sz.w << "x" << sz.h << " to " << d.w
+                                        << "x" << d.h);
+      TestFrame src(r.cs, sz.w, sz.h, RandomPad(rng) & ~1),
+          got(r.cs, d.w, d.h, RandomPad(rng) & ~1);
       src.FillRandom(rng);
       got.FillRandom(rng);
       got.img.rsz_mode = static_cast<int32_t>(rng() % 2 ? KIMGP_RSZ_MODE1 : 0);
       TestFrame want(got);
       ASSERT_EQ(kimgp_rsz(&src.img, &got.img), KIMGP_OK);
-      std::vector<uint8_t> tmp(static_cast<size_t>(22) * want.img.stride[0] * 2);
+      std::vector<uint8_t> tmp(static_cast<size_t>(sz.h) * want.img.stride[0] * 2 + 8);
       for (int i = 0; i < r.planes; ++i) {
         ASSERT_EQ((i == 0 ? r.luma : r.chroma)(src.img.plane[i], src.img.width[i], src.img.height[i],
                                                want.img.width[i], want.img.height[i],
