@@ -81,76 +81,78 @@ void Add(std::string name, std::string peer, int32_t scs, int32_t sw, int32_t sh
                     std::move(ours), std::move(libyuv), pixels});
 }
 
-void Csc(const char* name, const char* peer, int32_t scs, int32_t dcs, Fn libyuv) {
-  Add(name, peer, scs, kW, kH, dcs, kW, kH, [](Job& j) { kimgp_csc(&j.src.img, &j.dst.img); },
-      std::move(libyuv));
+// libyuv's conversions as calls on two frames of one size, by the plane
+// counts of their source and destination.
+using Peer = std::function<void(const Frame&, Frame&)>;
+using C = const uint8_t*;
+using P = uint8_t*;
+Peer Conv(int (*f)(C, int, C, int, C, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], i.plane[2], i.stride[2], d.p(0), d.s(0),
+      i.width[0], i.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, C, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], d.p(0), d.s(0), i.width[0], i.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    f(s.img.plane[0], s.s(0), d.p(0), d.s(0), s.img.width[0], s.img.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, P, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    f(s.img.plane[0], s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), s.img.width[0],
+      s.img.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    f(s.img.plane[0], s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), s.img.width[0], s.img.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, C, int, C, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], i.plane[2], i.stride[2], d.p(0), d.s(0),
+      d.p(1), d.s(1), i.width[0], i.height[0]);
+  };
+}
+Peer Conv(int (*f)(C, int, C, int, P, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], d.p(0), d.s(0), d.p(1), d.s(1), d.p(2),
+      d.s(2), i.width[0], i.height[0]);
+  };
+}
+
+void Csc(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer) {
+  Add(name, peer_name, scs, kW, kH, dcs, kW, kH,
+      [](Job& j) { kimgp_csc(&j.src.img, &j.dst.img); },
+      [peer](Job& j) { peer(j.src, j.dst); });
 }
 
 void AddCsc() {
-  Csc("csc yuv420>rgba8888", "I420ToABGR", 1, 500, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToABGR(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc yuv420>bgra8888", "I420ToARGB", 1, 501, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToARGB(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc nv12>rgba8888", "NV12ToABGR", 6, 500, [](Job& j) {
-    libyuv::NV12ToABGR(j.src.p(0), j.src.s(0), j.src.p(1), j.src.s(1), j.dst.p(0), j.dst.s(0),
-                       kW, kH);
-  });
-  Csc("csc nv21>rgba8888", "NV21ToABGR", 7, 500, [](Job& j) {
-    libyuv::NV21ToABGR(j.src.p(0), j.src.s(0), j.src.p(1), j.src.s(1), j.dst.p(0), j.dst.s(0),
-                       kW, kH);
-  });
-  Csc("csc yuv420>rgb565", "I420ToRGB565", 1, 200, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToRGB565(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc yuv420>rgb888", "I420ToRAW", 1, 400, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToRAW(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc yuv420>bgr888", "I420ToRGB24", 1, 401, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToRGB24(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc yuyv>bgra8888", "YUY2ToARGB", 101, 501, [](Job& j) {
-    libyuv::YUY2ToARGB(j.src.p(0), j.src.s(0), j.dst.p(0), j.dst.s(0), kW, kH);
-  });
-  Csc("csc uyvy>bgra8888", "UYVYToARGB", 100, 501, [](Job& j) {
-    libyuv::UYVYToARGB(j.src.p(0), j.src.s(0), j.dst.p(0), j.dst.s(0), kW, kH);
-  });
-  Csc("csc yuv444>rgba8888", "I444ToABGR", 3, 500, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I444ToABGR(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), kW, kH);
-  });
-  Csc("csc rgba8888>yuv420", "ABGRToI420", 500, 1, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::ABGRToI420(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
-  });
-  Csc("csc bgra8888>yuv420", "ARGBToI420", 501, 1, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::ARGBToI420(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
-  });
-  Csc("csc rgba8888>nv12", "ABGRToNV12", 500, 6, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::ABGRToNV12(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), kW, kH);
-  });
-  Csc("csc rgb565>yuv420", "RGB565ToI420", 200, 1, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::RGB565ToI420(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
-  });
-  Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::I420ToNV12(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2), d.p(0), d.s(0), d.p(1),
-                       d.s(1), kW, kH);
-  });
-  Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, [](Job& j) {
-    Frame &s = j.src, &d = j.dst;
-    libyuv::NV12ToI420(s.p(0), s.s(0), s.p(1), s.s(1), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2),
-                       d.s(2), kW, kH);
-  });
+  Csc("csc yuv420>rgba8888", "I420ToABGR", 1, 500, Conv(libyuv::I420ToABGR));
+  Csc("csc yuv420>bgra8888", "I420ToARGB", 1, 501, Conv(libyuv::I420ToARGB));
+  Csc("csc nv12>rgba8888", "NV12ToABGR", 6, 500, Conv(libyuv::NV12ToABGR));
+  Csc("csc nv21>rgba8888", "NV21ToABGR", 7, 500, Conv(libyuv::NV21ToABGR));
+  Csc("csc yuv420>rgb565", "I420ToRGB565", 1, 200, Conv(libyuv::I420ToRGB565));
+  Csc("csc yuv420>rgb888", "I420ToRAW", 1, 400, Conv(libyuv::I420ToRAW));
+  Csc("csc yuv420>bgr888", "I420ToRGB24", 1, 401, Conv(libyuv::I420ToRGB24));
+  Csc("csc yuyv>bgra8888", "YUY2ToARGB", 101, 501, Conv(libyuv::YUY2ToARGB));
+  Csc("csc uyvy>bgra8888", "UYVYToARGB", 100, 501, Conv(libyuv::UYVYToARGB));
+  Csc("csc yuv444>rgba8888", "I444ToABGR", 3, 500, Conv(libyuv::I444ToABGR));
+  Csc("csc rgba8888>yuv420", "ABGRToI420", 500, 1, Conv(libyuv::ABGRToI420));
+  Csc("csc bgra8888>yuv420", "ARGBToI420", 501, 1, Conv(libyuv::ARGBToI420));
+  Csc("csc rgba8888>nv12", "ABGRToNV12", 500, 6, Conv(libyuv::ABGRToNV12));
+  Csc("csc rgb565>yuv420", "RGB565ToI420", 200, 1, Conv(libyuv::RGB565ToI420));
+  Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, Conv(libyuv::I420ToNV12));
+  Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, Conv(libyuv::NV12ToI420));
 }
 
 void I420Copy(const Frame& s, int sx, int sy, Frame& d, int dx, int dy, int w, int h) {
@@ -264,25 +266,20 @@ void AddFused() {
         kH);
   };
   rsz_csc("rsz_csc yuv420>rgb565 3:2", "I420Scale box + I420ToRGB565", KIMGP_CS_YUV420,
-          KIMGP_CS_RGB565, KIMGP_CS_YUV420, [](Job& j) {
+          KIMGP_CS_RGB565, KIMGP_CS_YUV420, [f = Conv(libyuv::I420ToRGB565)](Job& j) {
             I420Scale(j.src, j.tmp, libyuv::kFilterBox);
-            Frame& m = j.tmp;
-            libyuv::I420ToRGB565(m.p(0), m.s(0), m.p(1), m.s(1), m.p(2), m.s(2), j.dst.p(0),
-                                 j.dst.s(0), kW, kH);
+            f(j.tmp, j.dst);
           });
   rsz_csc("rsz_csc yuv420>rgb888 3:2", "I420Scale box + I420ToRAW", KIMGP_CS_YUV420,
-          KIMGP_CS_RGB888, KIMGP_CS_YUV420, [](Job& j) {
+          KIMGP_CS_RGB888, KIMGP_CS_YUV420, [f = Conv(libyuv::I420ToRAW)](Job& j) {
             I420Scale(j.src, j.tmp, libyuv::kFilterBox);
-            Frame& m = j.tmp;
-            libyuv::I420ToRAW(m.p(0), m.s(0), m.p(1), m.s(1), m.p(2), m.s(2), j.dst.p(0),
-                              j.dst.s(0), kW, kH);
+            f(j.tmp, j.dst);
           });
   rsz_csc("rsz_csc rgba8888>nv12 3:2", "ARGBScale box + ABGRToNV12", KIMGP_CS_RGBA8888,
-          KIMGP_CS_NV12, KIMGP_CS_RGBA8888, [](Job& j) {
+          KIMGP_CS_NV12, KIMGP_CS_RGBA8888, [f = Conv(libyuv::ABGRToNV12)](Job& j) {
             libyuv::ARGBScale(j.src.p(0), j.src.s(0), kBw, kBh, j.tmp.p(0), j.tmp.s(0), kW, kH,
                               libyuv::kFilterBox);
-            libyuv::ABGRToNV12(j.tmp.p(0), j.tmp.s(0), j.dst.p(0), j.dst.s(0), j.dst.p(1),
-                               j.dst.s(1), kW, kH);
+            f(j.tmp, j.dst);
           });
   rsz_csc("rsz_csc nv12>nv21 3:2", "NV12Scale box + CopyPlane + SwapUVPlane", KIMGP_CS_NV12,
           KIMGP_CS_NV21, KIMGP_CS_NV12, [](Job& j) {
