@@ -2,7 +2,9 @@
 #ifndef KELO_BENCH_BENCH_FRAME_H_
 #define KELO_BENCH_BENCH_FRAME_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "kimgp_img.h"
@@ -36,6 +38,25 @@ struct FramePair {
       : src(cs, sw, sh), dst(cs, dw, dh) {}
   Frame src, dst;
 };
+
+// Gives a P010LE frame a lit picture: luma sweeping 64 .. 940, chroma around
+// the middle, a peak of 1000 nits.
+inline void LightP010(Frame* f) {
+  const int32_t w = f->img.width[0], h = f->img.height[0];
+  for (int32_t y = 0; y < h; ++y) {
+    for (int32_t x = 0; x < w; ++x) {
+      const uint16_t v = static_cast<uint16_t>((64 + (x * 7 + y * 3) % 877) << 6);
+      std::memcpy(f->p(0) + static_cast<ptrdiff_t>(y) * f->s(0) + 2 * x, &v, 2);
+    }
+  }
+  for (int32_t y = 0; y < (h + 1) / 2; ++y) {
+    for (int32_t i = 0; i < f->s(1) / 2; ++i) {
+      const uint16_t v = static_cast<uint16_t>((400 + (i * 5 + y) % 224) << 6);
+      std::memcpy(f->p(1) + static_cast<ptrdiff_t>(y) * f->s(1) + 2 * i, &v, 2);
+    }
+  }
+  f->img.peak_nits = 1000;
+}
 
 }  // namespace bench
 }  // namespace kelo

@@ -3,7 +3,6 @@
 // P010 to ARGB conversion (no tone mapping).
 #include <libyuv/convert_argb.h>
 
-#include <cstring>
 #include <memory>
 
 #include "bench/bench.h"
@@ -19,19 +18,7 @@ namespace {
 // the middle.
 struct HdrPair {
   HdrPair(int32_t w, int32_t h, int32_t dcs) : src(KIMGP_CS_P010LE, w, h), dst(dcs, w, h) {
-    for (int32_t y = 0; y < h; ++y) {
-      for (int32_t x = 0; x < w; ++x) {
-        const uint16_t v = static_cast<uint16_t>((64 + (x * 7 + y * 3) % 877) << 6);
-        std::memcpy(src.p(0) + static_cast<ptrdiff_t>(y) * src.s(0) + 2 * x, &v, 2);
-      }
-    }
-    for (int32_t y = 0; y < (h + 1) / 2; ++y) {
-      for (int32_t i = 0; i < src.s(1) / 2; ++i) {
-        const uint16_t v = static_cast<uint16_t>((400 + (i * 5 + y) % 224) << 6);
-        std::memcpy(src.p(1) + static_cast<ptrdiff_t>(y) * src.s(1) + 2 * i, &v, 2);
-      }
-    }
-    src.img.peak_nits = 1000;
+    LightP010(&src);
   }
   Frame src, dst;
 };
