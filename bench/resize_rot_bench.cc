@@ -48,7 +48,7 @@ void Rows(const std::string& name, int32_t w, int32_t h, int32_t rot, libyuv::Ro
   Register({name, "I420Scale box + I420Rotate " + peer, [j] { j->Ours(); },
             [j, mode] { j->Libyuv(mode); }, j->dst.bytes});
   Register({name + " vs 2 steps", "kimgp_rsz + kimgp_rot (ours)", [j] { j->Ours(); },
-            [j] { j->OurTwoSteps(); }, j->dst.bytes});
+            [j] { j->OurTwoSteps(); }, j->dst.bytes, false});
 }
 
 const bool kRegistered = [] {
