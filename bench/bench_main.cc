@@ -1,12 +1,23 @@
 // Runs every registered row as three benchmarks (ours, libyuv, memcpy) and
 // prints a table of the time ratios at the end.
+//
+// KELO_TARGETS=NAME (or --kelo_targets=NAME) limits the Highway targets the
+// library may use to NAME and the ones below it (AVX3, AVX2, SSE4, SSSE3,
+// SSE2, EMU128, SCALAR on x86), so that an AVX-512 machine measures the
+// 256-bit and 128-bit paths too. libyuv is held to the same vector width:
+// below AVX3 its AVX-512 rows are masked off, below AVX2 its AVX2 rows. The
+// report names the target the library ran on.
 #include <benchmark/benchmark.h>
+#include <hwy/targets.h>
+#include <libyuv/cpu_id.h>
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "bench/bench.h"
@@ -75,6 +86,45 @@ void RegisterAll() {
   }
 }
 
+// The best target the library will dispatch to.
+int64_t BestTarget() {
+  int64_t best = 0;
+  for (int64_t t : hwy::SupportedAndGeneratedTargets()) {
+    if (best == 0 || t < best) best = t;  // lower bits are the better targets
+  }
+  return best;
+}
+
+// Restricts the library (and libyuv) to `name` and the targets below it.
+// Returns false for a name this machine cannot run.
+bool LimitTargets(const std::string& name) {
+  for (int64_t t : hwy::SupportedAndGeneratedTargets()) {
+    if (name != hwy::TargetName(t)) continue;
+    int64_t allowed = 0;
+    for (int64_t u : hwy::SupportedAndGeneratedTargets()) {
+      if (u >= t) allowed |= u;  // the same target or a weaker one
+    }
+    hwy::SetSupportedTargetsForTest(allowed);
+#if defined(__x86_64__) || defined(__i386__)
+    int mask = ~0;
+    if (t > HWY_AVX3) {
+      mask &= ~(libyuv::kCpuHasAVX512BW | libyuv::kCpuHasAVX512VL | libyuv::kCpuHasAVX512VNNI |
+                libyuv::kCpuHasAVX512VBMI | libyuv::kCpuHasAVX512VBMI2 |
+                libyuv::kCpuHasAVX512VBITALG | libyuv::kCpuHasAVX512VPOPCNTDQ);
+    }
+    if (t > HWY_AVX2) mask &= ~(libyuv::kCpuHasAVX2 | libyuv::kCpuHasAVX | libyuv::kCpuHasFMA3);
+    if (t > HWY_SSE4) mask &= ~(libyuv::kCpuHasSSE41 | libyuv::kCpuHasSSE42);
+    if (t > HWY_SSSE3) mask &= ~libyuv::kCpuHasSSSE3;
+    if (t >= HWY_EMU128) mask = 0;  // no SIMD rows at all (0 keeps libyuv's detection off)
+    libyuv::MaskCpuFlags(mask == 0 ? libyuv::kCpuInitialized : mask);
+#endif
+    return true;
+  }
+  return false;
+}
+
+const char* TargetName() { return hwy::TargetName(BestTarget()); }
+
 void PrintRatios(const std::map<std::string, double>& t) {
   std::printf("\n%-36s %10s %10s %10s %12s %12s  %s\n", "row", "kelo us", "libyuv us",
               "memcpy us", "libyuv/kelo", "kelo/memcpy", "peer");
@@ -95,6 +145,7 @@ void PrintRatios(const std::map<std::string, double>& t) {
     }
   }
   if (n > 0) std::printf("geometric mean of libyuv/kelo over %d rows: %.2f\n", n, std::exp(log_sum / n));
+  std::printf("kelocmn vector target: %s\n", TargetName());
 }
 
 }  // namespace
@@ -108,6 +159,24 @@ bool Register(Row row) {
 }  // namespace kelo
 
 int main(int argc, char** argv) {
+  std::string targets;
+  if (const char* env = std::getenv("KELO_TARGETS")) targets = env;
+  int kept = 1;
+  for (int i = 1; i < argc; ++i) {
+    if (std::strncmp(argv[i], "--kelo_targets=", 15) == 0) {
+      targets = argv[i] + 15;
+    } else {
+      argv[kept++] = argv[i];
+    }
+  }
+  argc = kept;
+  if (!targets.empty() && !kelo::bench::LimitTargets(targets)) {
+    std::fprintf(stderr, "kelo_bench: target %s is not available here; have:", targets.c_str());
+    for (int64_t t : hwy::SupportedAndGeneratedTargets()) std::fprintf(stderr, " %s", hwy::TargetName(t));
+    std::fprintf(stderr, "\n");
+    return 2;
+  }
+  std::printf("kelocmn vector target: %s\n", kelo::bench::TargetName());
   benchmark::Initialize(&argc, argv);
   kelo::bench::RegisterAll();
   kelo::bench::RecordingReporter reporter;

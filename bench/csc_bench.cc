@@ -91,6 +91,25 @@ const bool kRegistered = [] {
     libyuv::NV12ToI420(s.p(0), s.s(0), s.p(1), s.s(1), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2),
                        d.s(2), kW, kH);
   });
+  // Rows that only move or narrow bytes: memcpy of the output is their floor.
+  Row("csc yuyv>yuv420", "YUY2ToI420", 101, 1, [](Frame& s, Frame& d) {
+    libyuv::YUY2ToI420(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
+  });
+  Row("csc nv12>nv21", "NV21ToNV12", 6, 7, [](Frame& s, Frame& d) {
+    libyuv::NV21ToNV12(s.p(0), s.s(0), s.p(1), s.s(1), d.p(0), d.s(0), d.p(1), d.s(1), kW, kH);
+  });
+  Row("csc yuv420p16>yuv420", "I010ToI420", 600, 1, [](Frame& s, Frame& d) {
+    auto w = [&](int i) { return reinterpret_cast<const uint16_t*>(s.p(i)); };
+    libyuv::I010ToI420(w(0), s.s(0) / 2, w(1), s.s(1) / 2, w(2), s.s(2) / 2, d.p(0), d.s(0),
+                       d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
+  });
+  // Our P010 conversion uses the BT.2020 limited-range matrix; libyuv's
+  // swapped-chroma constants give its bytes in our RGBA order.
+  Row("csc p010>rgba8888", "P010ToARGBMatrix", 601, 500, [](Frame& s, Frame& d) {
+    auto w = [&](int i) { return reinterpret_cast<const uint16_t*>(s.p(i)); };
+    libyuv::P010ToARGBMatrix(w(0), s.s(0) / 2, w(1), s.s(1) / 2, d.p(0), d.s(0),
+                             &libyuv::kYvu2020Constants, kW, kH);
+  });
   return true;
 }();
 

@@ -41,6 +41,13 @@ const bool kRegistered = [] {
           libyuv::kFilterBilinear, "I420Scale bilinear");
   I420Row("resize yuv420 720p>1080p", 1280, 720, 1920, 1080, libyuv::kFilterBilinear,
           "I420Scale bilinear");
+  auto l = std::make_shared<Pair>(KIMGP_CS_YUV400, 1920, 1080, 3840, 2160);
+  Register({"resize luma 1080p>2160p", "ScalePlane bilinear", [l] { l->Run(); },
+            [l] {
+              libyuv::ScalePlane(l->src.p(0), l->src.s(0), 1920, 1080, l->dst.p(0), l->dst.s(0),
+                                 3840, 2160, libyuv::kFilterBilinear);
+            },
+            l->dst.bytes});
   auto p = std::make_shared<Pair>(KIMGP_CS_RGBA8888, 1920, 1080, 1280, 720);
   Register({"resize rgba8888 1080p>720p", "ARGBScale box", [p] { p->Run(); },
             [p] {

@@ -154,6 +154,22 @@ void AddCsc() {
   Csc("csc rgb565>yuv420", "RGB565ToI420", 200, 1, Conv(libyuv::RGB565ToI420));
   Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, Conv(libyuv::I420ToNV12));
   Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, Conv(libyuv::NV12ToI420));
+  Csc("csc yuyv>yuv420", "YUY2ToI420", 101, 1, Conv(libyuv::YUY2ToI420));
+  Csc("csc nv12>nv21", "NV21ToNV12", 6, 7, Conv(libyuv::NV21ToNV12));
+  using W = const uint16_t*;
+  Csc("csc yuv420p16>yuv420", "I010ToI420", 600, 1, [](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    libyuv::I010ToI420(W(i.plane[0]), i.stride[0] / 2, W(i.plane[1]), i.stride[1] / 2,
+                       W(i.plane[2]), i.stride[2] / 2, d.p(0), d.s(0), d.p(1), d.s(1), d.p(2),
+                       d.s(2), kW, kH);
+  });
+  // Our P010 conversion uses the BT.2020 limited-range matrix; libyuv's
+  // swapped-chroma constants give its bytes in our RGBA order.
+  Csc("csc p010>rgba8888", "P010ToARGBMatrix", 601, 500, [](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    libyuv::P010ToARGBMatrix(W(i.plane[0]), i.stride[0] / 2, W(i.plane[1]), i.stride[1] / 2,
+                             d.p(0), d.s(0), &libyuv::kYvu2020Constants, kW, kH);
+  });
 }
 
 void I420Copy(const Frame& s, int sx, int sy, Frame& d, int dx, int dy, int w, int h) {
@@ -225,6 +241,11 @@ void AddRsz() {
   Rsz("resize yuv420 3:2 (bilinear)", "I420Scale bilinear", kBw, kBh, kW, kH,
       libyuv::kFilterBilinear);
   Rsz("resize yuv420 2:3", "I420Scale bilinear", kW, kH, kBw, kBh, libyuv::kFilterBilinear);
+  Add("resize luma 1:2", "ScalePlane bilinear", KIMGP_CS_YUV400, kW, kH, KIMGP_CS_YUV400,
+      2 * kW, 2 * kH, [](Job& j) { kimgp_rsz(&j.src.img, &j.dst.img); }, [](Job& j) {
+        libyuv::ScalePlane(j.src.p(0), j.src.s(0), kW, kH, j.dst.p(0), j.dst.s(0), 2 * kW,
+                           2 * kH, libyuv::kFilterBilinear);
+      });
   Add("resize rgba8888 3:2", "ARGBScale box", KIMGP_CS_RGBA8888, kBw, kBh, KIMGP_CS_RGBA8888, kW,
       kH, [](Job& j) { kimgp_rsz(&j.src.img, &j.dst.img); }, [](Job& j) {
         libyuv::ARGBScale(j.src.p(0), j.src.s(0), kBw, kBh, j.dst.p(0), j.dst.s(0), kW, kH,
