@@ -360,6 +360,32 @@ inline void PerPixelWeights(Block* blocks, int count) {
   }
 }
 
+// Doubling widths (q = 2, r = 0, either mode: every in-between output is the
+// truncating mean of its neighbours) of 1-, 2- and 4-byte units: unit 2i is
+// unit i and unit 2i + 1 the mean of units i and i + 1, so 16 source bytes
+// and the 16 one unit on give 32 output bytes by two interleaves.
+template <class L>
+constexpr bool kDoubles = !std::is_same_v<L, rsz::L5b6b5b> && L::kBytes != 3;
+
+// The whole vectors of one doubled row; returns the source unit the scalar
+// row resumes at.
+template <class L>
+int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
+  constexpr int bpp = L::kBytes;
+  const B8 d8;
+  const hn::Repartition<hwy::UnsignedFromSize<bpp>, B8> du;
+  const int64_t bytes = int64_t{sw} * bpp;
+  int64_t i = 0;
+  for (; i + 16 + bpp <= bytes; i += 16) {
+    const auto s = hn::LoadU(d8, src + i);
+    const auto m = hn::BitCast(du, MeanDown(s, hn::LoadU(d8, src + i + bpp)));
+    const auto su = hn::BitCast(du, s);
+    hn::StoreU(hn::BitCast(d8, hn::InterleaveLower(du, su, m)), d8, out + 2 * i);
+    hn::StoreU(hn::BitCast(d8, hn::InterleaveUpper(du, su, m)), d8, out + 2 * i + 16);
+  }
+  return static_cast<int32_t>(i / bpp);
+}
+
 // Whether the block path takes a call; else the scalar rows do.
 template <class L, bool kMode1>
 bool UseBlocks(int32_t dw, int32_t sw, int32_t q, int32_t r) {
@@ -423,6 +449,16 @@ void ScalarTail(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_
 template <class L, bool kMode1>
 void UpWidthBlocks(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
                   int32_t q, int32_t r, ptrdiff_t src_step) {
+  if constexpr (kDoubles<L>) {
+    if (q == 2 && r == 0 && dw == 2 * sw) {
+      for (int32_t y = 0; y < sh; ++y) {
+        const uint8_t* s = src + y * src_step;
+        uint8_t* out = tmp + ptrdiff_t{y} * dw * L::kBytes;
+        scalar::UpRow<L, kMode1>(s, out, sw, dw, q, r, DoubleRow<L>(s, out, sw));
+      }
+      return;
+    }
+  }
   if (!UseBlocks<L, kMode1>(dw, sw, q, r)) {
     scalar::UpWidth<L, kMode1>(src, tmp, dw, sw, sh, q, r, src_step);
     return;
@@ -470,6 +506,16 @@ bool UpBoth(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw
   const int64_t row_bytes = int64_t{dw} * L::kBytes;
   const auto units = static_cast<size_t>(row_bytes / V::kBytes);
   const int32_t rows = scalar::InPlaceRows(row_bytes);
+  if constexpr (kDoubles<L>) {
+    if (q == 2 && r == 0) {
+      scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows,
+                                   [&](int32_t y, uint8_t* out) {
+        const uint8_t* s = src + y * src_step;
+        scalar::UpRow<L, kMode1>(s, out, sw, dw, q, r, DoubleRow<L>(s, out, sw));
+      }, mix_row);
+      return true;
+    }
+  }
   if (!UseBlocks<L, kMode1>(dw, sw, q, r)) {
     scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows, [&](int32_t y, uint8_t* out) {
       scalar::UpRow<L, kMode1>(src + y * src_step, out, sw, dw, q, r, 0);

@@ -48,7 +48,7 @@ inline uint32_t RampStep(int32_t q, int64_t k) {
 
 // First output of source sample x when dn = q sn + r with 0 <= r < sn.
 inline int64_t GroupStart(int64_t x, int32_t sn, int32_t q, int32_t r) {
-  return x * q + x * r / sn;
+  return r == 0 ? x * q : x * q + x * r / sn;
 }
 
 // Walks the groups of source samples x_begin .. x_end - 1 (x_end < 0: to
@@ -63,7 +63,7 @@ void WalkUp(int32_t sn, int32_t dn, int32_t q, int32_t r, int32_t x_begin, Emit&
   int64_t ex = 0;
   int64_t pos = 0;
   if (x_begin > 0) {
-    ex = int64_t{x_begin} * r % sn;
+    ex = r == 0 ? 0 : int64_t{x_begin} * r % sn;
     pos = GroupStart(x_begin, sn, q, r);
   }
   for (int32_t x = x_begin; x < x_end; ++x) {
