@@ -375,15 +375,20 @@ int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
   const B8 d8;
   const hn::Repartition<hwy::UnsignedFromSize<bpp>, B8> du;
   const int64_t bytes = int64_t{sw} * bpp;
-  int64_t i = 0;
-  for (; i + 16 + bpp <= bytes; i += 16) {
+  if (bytes < 16 + bpp) return 0;
+  auto run = [&](int64_t i) {
     const auto s = hn::LoadU(d8, src + i);
     const auto m = hn::BitCast(du, MeanDown(s, hn::LoadU(d8, src + i + bpp)));
     const auto su = hn::BitCast(du, s);
     hn::StoreU(hn::BitCast(d8, hn::InterleaveLower(du, su, m)), d8, out + 2 * i);
     hn::StoreU(hn::BitCast(d8, hn::InterleaveUpper(du, su, m)), d8, out + 2 * i + 16);
-  }
-  return static_cast<int32_t>(i / bpp);
+  };
+  int64_t i = 0;
+  for (; i + 16 + bpp <= bytes; i += 16) run(i);
+  // The units up to the last one again, ending where the row does; the last
+  // unit's group (itself twice) is left to the scalar row.
+  if (i < bytes - bpp) run(bytes - 16 - bpp);
+  return sw - 1;
 }
 
 // Whether the block path takes a call; else the scalar rows do.
