@@ -32,16 +32,19 @@ extern "C" {
  * is not a whole-number shrink in both directions.
  *
  * Equal plane-0 sizes copy every plane. Otherwise the frame is resized plane by
- * plane through one intermediate buffer from the heap (source height rows of
- * destination width samples), freed before return. Planes resized before a
- * failing plane stay written (P010LE plane 0 when plane 1's ratio fails).
+ * plane through one intermediate buffer (rows of destination width samples:
+ * every source row, or a strip of them when the height grows; none when both
+ * directions shrink), on the stack up to 32 KB, else from the heap and freed
+ * before return. Planes resized before a failing plane stay written (P010LE
+ * plane 0 when plane 1's ratio fails).
  */
 int32_t kimgp_rsz(const kimgp_img *src, kimgp_img *dst);
 
 /*
  * Per-layout resizers: source, source width, source height, destination width,
  * destination height, destination, intermediate buffer (source height x
- * destination width samples), source stride, destination stride (bytes), mode.
+ * destination width samples; a growing height uses only strips of rows from
+ * its start), source stride, destination stride (bytes), mode.
  * Return KIMGP_OK, or KIMGP_ERR_ARGS when a size is below 1.
  */
 int32_t kimgp_rsz_8b(const void *src, int32_t src_width, int32_t src_height,

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "common/internal/api.h"
+#include "imgp/geometry/resize_up_kernels.h"
 #include "kimgp_copy.h"
 #include "kimgp_rsz.h"
 #include "kimgp_rsz_rot.h"
@@ -21,9 +23,11 @@ using DownHFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t,
 using UpFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
 using UpHFn = void (*)(const void*, void*, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
 
-// The kernels of one layout. The vertical pass of the 3- and 4-byte layouts
-// is the 8-bit one over rows of v_mul x dw bytes; the 5-6-5 kernels take
-// strides in pixels.
+// The kernels of one layout, whose units are `bytes` bytes. The vertical pass
+// of the 3- and 4-byte layouts is the 8-bit one over rows of v_mul x dw
+// bytes; the 5-6-5 kernels take strides in pixels. `in_place`: growing both
+// ways writes the width pass straight to the destination (UpBothDispatch)
+// instead of through the intermediate.
 struct Resizer {
   DownMultFn down_mult;
   DownNonMultFn down_non_mult;
@@ -33,19 +37,22 @@ struct Resizer {
   UpHFn up_h, up_h_mode1;
   int32_t v_mul;
   int32_t stride_div;
+  int32_t bytes;
+  bool in_place;
 };
 
-#define KELO_RESIZER(h, v, v_mul, div)                                               \
+#define KELO_RESIZER(h, v, v_mul, div, bytes)                                         \
   Resizer {                                                                          \
     kimgp_##h##_rsz_down_mult, kimgp_##h##_rsz_down_non_mult, kimgp_##h##_rsz_down_w, \
         kimgp_##h##_rsz_up, kimgp_##h##_rsz_up_mode1, kimgp_##v##_rsz_down_h,         \
-        kimgp_##v##_rsz_up_h, kimgp_##v##_rsz_up_h_mode1, v_mul, div                  \
+        kimgp_##v##_rsz_up_h, kimgp_##v##_rsz_up_h_mode1, v_mul, div,                 \
+        bytes, true                                                                   \
   }
-constexpr Resizer k8b = KELO_RESIZER(8b, 8b, 1, 1);
-constexpr Resizer k8b8b = KELO_RESIZER(8b8b, 8b8b, 1, 1);
-constexpr Resizer k5b6b5b = KELO_RESIZER(5b6b5b, 5b6b5b, 1, 2);
-constexpr Resizer k8b8b8b = KELO_RESIZER(8b8b8b, 8b, 3, 1);
-constexpr Resizer k8b8b8b8b = KELO_RESIZER(8b8b8b8b, 8b, 4, 1);
+constexpr Resizer k8b = KELO_RESIZER(8b, 8b, 1, 1, 1);
+constexpr Resizer k8b8b = KELO_RESIZER(8b8b, 8b8b, 1, 1, 2);
+constexpr Resizer k5b6b5b = KELO_RESIZER(5b6b5b, 5b6b5b, 1, 2, 2);
+constexpr Resizer k8b8b8b = KELO_RESIZER(8b8b8b, 8b, 3, 1, 3);
+constexpr Resizer k8b8b8b8b = KELO_RESIZER(8b8b8b8b, 8b, 4, 1, 4);
 #undef KELO_RESIZER
 
 // The rotating kernels of a layout and a turn. They take the plain kernels'
@@ -56,7 +63,8 @@ constexpr Resizer k8b8b8b8b = KELO_RESIZER(8b8b8b8b, 8b, 4, 1);
     kimgp_##name##_rsz_rot_##op##_down_mult, kimgp_##name##_rsz_rot_##op##_down_non_mult, \
         kimgp_##name##_rsz_rot_##op##_down_w, kimgp_##name##_rsz_rot_##op##_up,           \
         kimgp_##name##_rsz_rot_##op##_up_mode1, kimgp_##name##_rsz_rot_##op##_down_h,     \
-        kimgp_##name##_rsz_rot_##op##_up_h, kimgp_##name##_rsz_rot_##op##_up_h_mode1, 1, 1 \
+        kimgp_##name##_rsz_rot_##op##_up_h, kimgp_##name##_rsz_rot_##op##_up_h_mode1, 1, 1, \
+        1, false                                                                            \
   }
 constexpr Resizer k8b_rot_90l = KELO_ROT_RESIZER(8b, 90l);
 constexpr Resizer k8b_rot_90r = KELO_ROT_RESIZER(8b, 90r);
@@ -81,41 +89,83 @@ constexpr FixedSize kFixedSizes[] = {
     {&k8b8b, 640, 360, 360, 163, kimgp_8b8b_rsz_down_non_mult_720p_720x404},
 };
 
+// n / d and n % d for n >= 0, d >= 1. Small quotients, those of the usual
+// scale factors, are found by subtraction: 32-bit ARM has no divide
+// instruction and calls a library routine for `/`.
+struct QuotRem {
+  int32_t q, r;
+};
+inline QuotRem Divide(int32_t n, int32_t d) {
+  int32_t q = 0;
+  for (int i = 0; i < 4 && n >= d; ++i) n -= d, ++q;
+  if (n >= d) q += n / d, n %= d;
+  return {q, n};
+}
+
+// Bytes of the intermediate Resize reads and writes: none when the sizes are
+// refused, when both directions shrink, or when both grow through a layout
+// that uses the destination as the intermediate; else every source row.
+int64_t TmpBytes(const Resizer& k, int32_t sw, int32_t sh, int32_t dw, int32_t dh) {
+  if (sw < 1 || dw < 1 || sh < 1 || dh < 1) return 0;
+  if (dw < sw && dh < sh) return 0;
+  if (dw >= sw && dh >= sh && k.in_place) return 0;
+  return int64_t{dw} * k.bytes * sh;
+}
+
+// Intermediates up to this size live on kimgp_rsz's stack.
+constexpr int64_t kStackTmpBytes = 32768;
+
 int32_t Resize(const Resizer& k, const void* src, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
                void* dst, void* tmp, int32_t ss, int32_t ds, int32_t mode) {
   if (sw < 1 || dw < 1) return KIMGP_ERR_ARGS;
   if (sh < 1 || dh < 1) return KIMGP_ERR_ARGS;
-  ss /= k.stride_div;
-  ds /= k.stride_div;
+  if (k.stride_div == 2) ss /= 2, ds /= 2;
   const bool mode1 = mode == KIMGP_RSZ_MODE1;
-  const uint32_t qw = static_cast<uint32_t>(dw) / static_cast<uint32_t>(sw);
-  const uint32_t qh = static_cast<uint32_t>(dh) / static_cast<uint32_t>(sh);
-  if (qw >= 1 || qh >= 1) {
+  if (dw >= sw || dh >= sh) {
     // Two passes through the intermediate; an equal size grows by 1.
-    if (qw < 1) {
-      k.down_w(src, tmp, ss, dw, sh, sw / dw, sw % dw);
-    } else {
-      (mode1 ? k.up_mode1 : k.up)(src, tmp, dw, sw, sh, static_cast<int32_t>(qw), dw % sw, ss);
-    }
     const int32_t vw = dw * k.v_mul;
-    if (qh < 1) {
-      k.down_h(tmp, dst, vw, ds, dh, sh / dh, sh % dh);
-    } else {
-      (mode1 ? k.up_h_mode1 : k.up_h)(tmp, dst, vw, sh, dh, static_cast<int32_t>(qh), dh % sh,
-                                      ds);
+    auto width = [&](const void* s, void* t, int32_t rows) {
+      if (dw < sw) {
+        const QuotRem f = Divide(sw, dw);
+        k.down_w(s, t, ss, dw, rows, f.q, f.r);
+      } else {
+        const QuotRem f = Divide(dw, sw);
+        (mode1 ? k.up_mode1 : k.up)(s, t, dw, sw, rows, f.q, f.r, ss);
+      }
+    };
+    if (dh < sh) {
+      width(src, tmp, sh);
+      const QuotRem f = Divide(sh, dh);
+      k.down_h(tmp, dst, vw, ds, dh, f.q, f.r);
+      return KIMGP_OK;
     }
+    if (dw >= sw && k.in_place) {
+      const auto* s = static_cast<const uint8_t*>(src);
+      auto* d = static_cast<uint8_t*>(dst);
+      const ptrdiff_t src_step = ptrdiff_t{ss} * k.stride_div;
+      const ptrdiff_t dst_step = ptrdiff_t{ds} * k.stride_div;
+      const bool rgb565 = k.stride_div == 2;
+      // The vector path's plan needs memory; the scalar one does not.
+      if (!UpBothDispatch(s, d, sw, sh, dw, dh, src_step, dst_step, k.bytes, rgb565, mode1)) {
+        scalar::UpBothAny(s, d, sw, sh, dw, dh, src_step, dst_step, k.bytes, rgb565, mode1);
+      }
+      return KIMGP_OK;
+    }
+    width(src, tmp, sh);
+    const QuotRem g = Divide(dh, sh);
+    (mode1 ? k.up_h_mode1 : k.up_h)(tmp, dst, vw, sh, dh, g.q, g.r, ds);
     return KIMGP_OK;
   }
-  const int32_t fw = sw / dw, rw = sw % dw, fh = sh / dh, rh = sh % dh;
-  if (rw == 0 && rh == 0) {
-    k.down_mult(src, dst, dw, dh, fw, ss, fh * ss, ds);
+  const QuotRem w = Divide(sw, dw), h = Divide(sh, dh);
+  if (w.r == 0 && h.r == 0) {
+    k.down_mult(src, dst, dw, dh, w.q, ss, h.q * ss, ds);
     return KIMGP_OK;
   }
   DownNonMultFn fn = k.down_non_mult;
   for (const FixedSize& f : kFixedSizes) {
     if (f.layout == &k && f.sw == sw && f.sh == sh && f.dw == dw && f.dh == dh) fn = f.fn;
   }
-  fn(src, dst, dw, dh, fw, ss, fh * ss, rw, rh, ds);
+  fn(src, dst, dw, dh, w.q, ss, h.q * ss, w.r, h.r, ds);
   return KIMGP_OK;
 }
 
@@ -132,37 +182,28 @@ int32_t ResizeWhole(DownMultFn fn, const void* src, int32_t sw, int32_t sh, int3
   return KIMGP_OK;
 }
 
-using ResizerFn = int32_t (*)(const void*, int32_t, int32_t, int32_t, int32_t, void*, void*,
-                              int32_t, int32_t, int32_t);
 using CopyFn = void (*)(const void*, int32_t, int32_t, int32_t, int32_t, void*);
 
 // How kimgp_rsz treats a colour-space code: codes in [first, last] resize
-// `planes` planes with `resize`, or copy them with `copy` at equal sizes.
+// `planes` planes with `layout`, or copy them with `copy` at equal sizes.
 struct Route {
   enum Kind : uint8_t { kPlanes, kNv, kP010, kRefused };
   int32_t first, last;
   Kind kind;
   int planes;
-  ResizerFn resize;
+  const Resizer* layout;
   CopyFn copy;
-  int32_t tmp_mul;     // intermediate: tmp_mul x source height x ...
-  bool tmp_by_stride;  // ... destination stride, else destination width
-  int32_t unit;        // bytes of a unit in the horizontal pass's rows
 };
 // First match wins.
 constexpr Route kRoutes[] = {
-    {KIMGP_CS_YUV400, KIMGP_CS_YUV400, Route::kPlanes, 1, kimgp_rsz_8b, kimgp_cpy_8b, 1, false,
-     1},
-    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, kimgp_rsz_8b, kimgp_cpy_8b, 1, false, 1},
-    {KIMGP_CS_T64X32, KIMGP_CS_T64X32, Route::kRefused, 0, nullptr, nullptr, 0, false, 0},
-    {1, 99, Route::kPlanes, 3, kimgp_rsz_8b, kimgp_cpy_8b, 1, false, 1},
-    {KIMGP_CS_RGB565, KIMGP_CS_BGR565, Route::kPlanes, 1, kimgp_rsz_5b6b5b, kimgp_cpy_16b, 2,
-     true, 2},
-    {KIMGP_CS_RGB888, KIMGP_CS_BGR888, Route::kPlanes, 1, kimgp_rsz_8b8b8b, kimgp_cpy_24b, 1,
-     true, 3},
-    {KIMGP_CS_RGBA8888, KIMGP_CS_ABGR8888, Route::kPlanes, 1, kimgp_rsz_8b8b8b8b, kimgp_cpy_32b,
-     1, true, 4},
-    {KIMGP_CS_P010LE, KIMGP_CS_P010LE, Route::kP010, 2, nullptr, nullptr, 0, false, 0},
+    {KIMGP_CS_YUV400, KIMGP_CS_YUV400, Route::kPlanes, 1, &k8b, kimgp_cpy_8b},
+    {KIMGP_CS_NV12, KIMGP_CS_NV21, Route::kNv, 2, &k8b, kimgp_cpy_8b},
+    {KIMGP_CS_T64X32, KIMGP_CS_T64X32, Route::kRefused, 0, nullptr, nullptr},
+    {1, 99, Route::kPlanes, 3, &k8b, kimgp_cpy_8b},
+    {KIMGP_CS_RGB565, KIMGP_CS_BGR565, Route::kPlanes, 1, &k5b6b5b, kimgp_cpy_16b},
+    {KIMGP_CS_RGB888, KIMGP_CS_BGR888, Route::kPlanes, 1, &k8b8b8b, kimgp_cpy_24b},
+    {KIMGP_CS_RGBA8888, KIMGP_CS_ABGR8888, Route::kPlanes, 1, &k8b8b8b8b, kimgp_cpy_32b},
+    {KIMGP_CS_P010LE, KIMGP_CS_P010LE, Route::kP010, 2, nullptr, nullptr},
 };
 
 const Route* FindRoute(int32_t cs) {
@@ -214,28 +255,28 @@ KELO_EXPORT int32_t kimgp_rsz(const kimgp_img* src, kimgp_img* dst) {
     }
     return KIMGP_OK;
   }
-  // One intermediate for every plane, sized by plane 0, allocated even when
-  // both directions shrink and no kernel reads it. It grows where a plane's
-  // horizontal pass (source rows of destination-width units) needs more:
-  // the two-byte chroma pairs of a one-row NV12 frame of odd width, or planes
-  // described larger than plane 0.
-  int64_t size = int64_t{r->tmp_mul} * src->height[0] *
-                 (r->tmp_by_stride ? dst->stride[0] : dst->width[0]);
+  // One intermediate for every plane, as large as the largest plane needs:
+  // on the stack when it is small, none when every plane shrinks.
+  const Resizer* layouts[3] = {r->layout, nv ? &k8b8b : r->layout, r->layout};
+  int64_t size = 0;
   for (int i = 0; i < r->planes; ++i) {
-    const int64_t need = int64_t{std::max(src->height[i], 0)} * std::max(dst->width[i], 0) *
-                         (nv && i == 1 ? 2 : r->unit);
-    size = std::max(size, need);
+    size = std::max(size, TmpBytes(*layouts[i], src->width[i], src->height[i], dst->width[i],
+                                   dst->height[i]));
   }
-  if (size > 0 && static_cast<uint64_t>(size) > SIZE_MAX) return KIMGP_ERR_ARGS;
-  void* tmp = std::malloc(size > 0 ? static_cast<size_t>(size) : 1);
-  if (tmp == nullptr) return KIMGP_ERR_ARGS;
+  if (static_cast<uint64_t>(size) > SIZE_MAX) return KIMGP_ERR_ARGS;
+  alignas(16) uint8_t stack[kStackTmpBytes];
+  void* tmp = stack;
+  if (size > kStackTmpBytes) {
+    tmp = std::malloc(static_cast<size_t>(size));
+    if (tmp == nullptr) return KIMGP_ERR_ARGS;
+  }
   int32_t st = KIMGP_OK;
   for (int i = 0; i < r->planes && st == KIMGP_OK; ++i) {
-    const ResizerFn fn = nv && i == 1 ? kimgp_rsz_8b8b : r->resize;
-    st = fn(src->plane[i], src->width[i], src->height[i], dst->width[i], dst->height[i],
-            dst->plane[i], tmp, src->stride[i], dst->stride[i], dst->rsz_mode);
+    st = Resize(*layouts[i], src->plane[i], src->width[i], src->height[i], dst->width[i],
+                dst->height[i], dst->plane[i], tmp, src->stride[i], dst->stride[i],
+                dst->rsz_mode);
   }
-  std::free(tmp);
+  if (tmp != stack) std::free(tmp);
   return st;
 }
 

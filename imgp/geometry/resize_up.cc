@@ -8,6 +8,8 @@
 // heap. Height: every output row is a copy of an intermediate row or one mix
 // of two rows with per-row weights, run by one vector row routine.
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <type_traits>
 
 #include "common/internal/simd.h"
@@ -358,52 +360,186 @@ inline void PerPixelWeights(Block* blocks, int count) {
   }
 }
 
+// Doubling widths (q = 2, r = 0, either mode: every in-between output is the
+// truncating mean of its neighbours) of 1-, 2- and 4-byte units: unit 2i is
+// unit i and unit 2i + 1 the mean of units i and i + 1, so 16 source bytes
+// and the 16 one unit on give 32 output bytes by two interleaves.
+template <class L>
+constexpr bool kDoubles = !std::is_same_v<L, rsz::L5b6b5b> && L::kBytes != 3;
+
+// The whole vectors of one doubled row; returns the source unit the scalar
+// row resumes at.
+template <class L>
+int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
+  constexpr int bpp = L::kBytes;
+  const B8 d8;
+  const hn::Repartition<hwy::UnsignedFromSize<bpp>, B8> du;
+  const int64_t bytes = int64_t{sw} * bpp;
+  if (bytes < 16 + bpp) return 0;
+  auto run = [&](int64_t i) {
+    const auto s = hn::LoadU(d8, src + i);
+    const auto m = hn::BitCast(du, MeanDown(s, hn::LoadU(d8, src + i + bpp)));
+    const auto su = hn::BitCast(du, s);
+    hn::StoreU(hn::BitCast(d8, hn::InterleaveLower(du, su, m)), d8, out + 2 * i);
+    hn::StoreU(hn::BitCast(d8, hn::InterleaveUpper(du, su, m)), d8, out + 2 * i + 16);
+  };
+  int64_t i = 0;
+  for (; i + 16 + bpp <= bytes; i += 16) run(i);
+  // The units up to the last one again, ending where the row does; the last
+  // unit's group (itself twice) is left to the scalar row.
+  if (i < bytes - bpp) run(bytes - 16 - bpp);
+  return sw - 1;
+}
+
+// Whether the block path takes a call; else the scalar rows do.
 template <class L, bool kMode1>
-void UpWidthBlocks(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
-                  int32_t q, int32_t r, ptrdiff_t src_step) {
+bool UseBlocks(int32_t dw, int32_t sw, int32_t q, int32_t r) {
   constexpr int bpp = L::kBytes;
   const bool exact = dw >= 1 && sw >= 1 && q >= 1 && r >= 0 && r < sw &&
                      int64_t{dw} == int64_t{q} * sw + r;
-  if (!exact || int64_t{sw} * bpp < 16 || int64_t{dw} * bpp < 16 ||
-      !CallHasLaneWeights(q, r, kMode1)) {
-    scalar::UpWidth<L, kMode1>(src, tmp, dw, sw, sh, q, r, src_step);
-    return;
-  }
-  constexpr bool rgb565 = std::is_same_v<L, rsz::L5b6b5b>;
-  const bool means = CallIsMeans(q, r);
-  const ptrdiff_t dst_step = ptrdiff_t{dw} * bpp;
-  auto run = [&](Block* blocks, int count) {
-    if (rgb565) PerPixelWeights(blocks, count);
-    for (int32_t y = 0; y < sh; ++y) {
-      if (rgb565) {
-        Run565(blocks, count, src + y * src_step, tmp + y * dst_step);
-      } else if (means) {
-        RunMeans(blocks, count, src + y * src_step, tmp + y * dst_step);
-      } else {
-        RunWeights(blocks, count, src + y * src_step, tmp + y * dst_step);
-      }
+  return exact && int64_t{sw} * bpp >= 16 && int64_t{dw} * bpp >= 16 &&
+         CallHasLaneWeights(q, r, kMode1);
+}
+
+// Runs rows [y0, y1) of a width up-scale through blocks.
+template <class L>
+void RunBlocks(Block* blocks, int count, bool means, const uint8_t* src, uint8_t* tmp,
+               int32_t dw, int32_t y0, int32_t y1, ptrdiff_t src_step) {
+  const ptrdiff_t dst_step = ptrdiff_t{dw} * L::kBytes;
+  for (int32_t y = y0; y < y1; ++y) {
+    if (std::is_same_v<L, rsz::L5b6b5b>) {
+      Run565(blocks, count, src + y * src_step, tmp + y * dst_step);
+    } else if (means) {
+      RunMeans(blocks, count, src + y * src_step, tmp + y * dst_step);
+    } else {
+      RunWeights(blocks, count, src + y * src_step, tmp + y * dst_step);
     }
-  };
+  }
+}
+
+// The blocks of a row, built strip by strip: run(blocks, count) takes each
+// strip, then the end block. Returns the source sample the scalar tail of a
+// row resumes at, or -1 when the blocks cover the row.
+template <class L, bool kMode1, class Run>
+int32_t ForEachStrip(int32_t sw, int32_t dw, int32_t q, int32_t r, Run&& run) {
+  constexpr int bpp = L::kBytes;
   Strip st;
   int64_t begin = 0;
   int32_t x = 0;
   while (begin < dw) {
     BuildStrip<kMode1>(sw, dw, q, r, bpp, begin, x, &st);
+    if (std::is_same_v<L, rsz::L5b6b5b>) PerPixelWeights(st.blocks, st.count);
     run(st.blocks, st.count);
     begin = st.end;
     x = st.resume;
     if (st.stopped) break;
   }
-  if (begin < dw) {
-    Block end;
-    if (BuildEndBlock<kMode1>(sw, dw, q, r, bpp, &end)) {
-      run(&end, 1);
-    } else {
+  if (begin >= dw) return -1;
+  if (!BuildEndBlock<kMode1>(sw, dw, q, r, bpp, &st.blocks[0])) return x;
+  if (std::is_same_v<L, rsz::L5b6b5b>) PerPixelWeights(st.blocks, 1);
+  run(st.blocks, 1);
+  return -1;
+}
+
+template <class L, bool kMode1>
+void ScalarTail(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t q, int32_t r,
+                int32_t x, int32_t y0, int32_t y1, ptrdiff_t src_step) {
+  if (x < 0) return;
+  for (int32_t y = y0; y < y1; ++y) {
+    scalar::UpRow<L, kMode1>(src + y * src_step, tmp + ptrdiff_t{y} * dw * L::kBytes, sw, dw, q,
+                             r, x);
+  }
+}
+
+template <class L, bool kMode1>
+void UpWidthBlocks(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
+                  int32_t q, int32_t r, ptrdiff_t src_step) {
+  if constexpr (kDoubles<L>) {
+    if (q == 2 && r == 0 && dw == 2 * sw) {
       for (int32_t y = 0; y < sh; ++y) {
-        scalar::UpRow<L, kMode1>(src + y * src_step, tmp + y * dst_step, sw, dw, q, r, x);
+        const uint8_t* s = src + y * src_step;
+        uint8_t* out = tmp + ptrdiff_t{y} * dw * L::kBytes;
+        scalar::UpRow<L, kMode1>(s, out, sw, dw, q, r, DoubleRow<L>(s, out, sw));
       }
+      return;
     }
   }
+  if (!UseBlocks<L, kMode1>(dw, sw, q, r)) {
+    scalar::UpWidth<L, kMode1>(src, tmp, dw, sw, sh, q, r, src_step);
+    return;
+  }
+  const bool means = CallIsMeans(q, r);
+  const int32_t x = ForEachStrip<L, kMode1>(sw, dw, q, r, [&](Block* blocks, int count) {
+    RunBlocks<L>(blocks, count, means, src, tmp, dw, 0, sh, src_step);
+  });
+  ScalarTail<L, kMode1>(src, tmp, dw, sw, q, r, x, 0, sh, src_step);
+}
+
+// Every block of a row, kept for a call that runs its rows in strips.
+class BlockPlan {
+ public:
+  ~BlockPlan() { std::free(blocks_); }
+  // False when the memory cannot be had.
+  bool Add(const Block* b, int n) {
+    if (count_ + n > cap_) {
+      const int cap = std::max(2 * cap_, count_ + n);
+      void* p = std::aligned_alloc(alignof(Block), sizeof(Block) * static_cast<size_t>(cap));
+      if (p == nullptr) return false;
+      if (count_ > 0) std::memcpy(p, blocks_, sizeof(Block) * static_cast<size_t>(count_));
+      std::free(blocks_);
+      blocks_ = static_cast<Block*>(p);
+      cap_ = cap;
+    }
+    std::memcpy(blocks_ + count_, b, sizeof(Block) * static_cast<size_t>(n));
+    count_ += n;
+    return true;
+  }
+  Block* blocks() { return blocks_; }
+  int count() const { return count_; }
+
+ private:
+  Block* blocks_ = nullptr;
+  int count_ = 0, cap_ = 0;
+};
+
+// scalar::UpBoth through the blocks; false, with nothing written, when the
+// plan's memory cannot be had.
+template <class L, class V, bool kMode1, class MixRowFn>
+bool UpBoth(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
+            ptrdiff_t src_step, ptrdiff_t dst_step, MixRowFn mix_row) {
+  const int32_t q = dw / sw, r = dw % sw;
+  const int64_t row_bytes = int64_t{dw} * L::kBytes;
+  const auto units = static_cast<size_t>(row_bytes / V::kBytes);
+  const int32_t rows = scalar::InPlaceRows(row_bytes);
+  if constexpr (kDoubles<L>) {
+    if (q == 2 && r == 0) {
+      scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows,
+                                   [&](int32_t y, uint8_t* out) {
+        const uint8_t* s = src + y * src_step;
+        scalar::UpRow<L, kMode1>(s, out, sw, dw, q, r, DoubleRow<L>(s, out, sw));
+      }, mix_row);
+      return true;
+    }
+  }
+  if (!UseBlocks<L, kMode1>(dw, sw, q, r)) {
+    scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows, [&](int32_t y, uint8_t* out) {
+      scalar::UpRow<L, kMode1>(src + y * src_step, out, sw, dw, q, r, 0);
+    }, mix_row);
+    return true;
+  }
+  BlockPlan plan;
+  bool ok = true;
+  const int32_t x = ForEachStrip<L, kMode1>(sw, dw, q, r, [&](Block* blocks, int count) {
+    ok = ok && plan.Add(blocks, count);
+  });
+  if (!ok) return false;
+  const bool means = CallIsMeans(q, r);
+  scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows, [&](int32_t y, uint8_t* out) {
+    const uint8_t* s = src + y * src_step;
+    RunBlocks<L>(plan.blocks(), plan.count(), means, s, out, dw, 0, 1, 0);
+    ScalarTail<L, kMode1>(s, out, dw, sw, q, r, x, 0, 1, 0);
+  }, mix_row);
+  return true;
 }
 
 #endif  // HWY_TARGET != HWY_SCALAR
@@ -445,6 +581,25 @@ void UpHeightVec(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32
 #endif
 }
 
+bool UpBothVec(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
+               ptrdiff_t src_step, ptrdiff_t dst_step, int bpp, bool rgb565, bool mode1) {
+#if HWY_TARGET == HWY_SCALAR
+  return scalar::UpBothAny(src, dst, sw, sh, dw, dh, src_step, dst_step, bpp, rgb565, mode1);
+#else
+#define KELO_UP_BOTH(L, V, mix)                                                              \
+  return mode1 ? UpBoth<L, V, true>(src, dst, sw, sh, dw, dh, src_step, dst_step, mix)       \
+               : UpBoth<L, V, false>(src, dst, sw, sh, dw, dh, src_step, dst_step, mix)
+  if (rgb565) KELO_UP_BOTH(rsz::L5b6b5b, rsz::L5b6b5b, &Mix565RowVec);
+  switch (bpp) {
+    case 1: KELO_UP_BOTH(rsz::L8b, rsz::L8b, &MixBytesRowVec);
+    case 2: KELO_UP_BOTH(rsz::L8b8b, rsz::L8b, &MixBytesRowVec);
+    case 3: KELO_UP_BOTH(rsz::L8b8b8b, rsz::L8b, &MixBytesRowVec);
+    default: KELO_UP_BOTH(rsz::L8b8b8b8b, rsz::L8b, &MixBytesRowVec);
+  }
+#undef KELO_UP_BOTH
+#endif
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
 HWY_AFTER_NAMESPACE();
@@ -458,6 +613,14 @@ namespace kelo {
 
 KELO_VEC_EXPORT(UpWidthVec);
 KELO_VEC_EXPORT(UpHeightVec);
+KELO_VEC_EXPORT(UpBothVec);
+
+bool UpBothDispatch(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw,
+                    int32_t dh, ptrdiff_t src_step, ptrdiff_t dst_step, int bpp, bool rgb565,
+                    bool mode1) {
+  return KELO_VEC_CALL(UpBothVec, scalar::UpBothAny)(src, dst, sw, sh, dw, dh, src_step,
+                                                     dst_step, bpp, rgb565, mode1);
+}
 
 void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t sh,
                      int32_t q, int32_t r, ptrdiff_t src_step, int bpp, bool rgb565,

@@ -48,22 +48,25 @@ inline uint32_t RampStep(int32_t q, int64_t k) {
 
 // First output of source sample x when dn = q sn + r with 0 <= r < sn.
 inline int64_t GroupStart(int64_t x, int32_t sn, int32_t q, int32_t r) {
-  return x * q + x * r / sn;
+  return r == 0 ? x * q : x * q + x * r / sn;
 }
 
-// Walks the groups of source samples x_begin .. sn - 1 and calls
-// emit(pos, tap) for each output pos < dn. x_begin > 0 resumes at a group
-// boundary and needs consistent sizes (dn = q sn + r, 0 <= r < sn).
+// Walks the groups of source samples x_begin .. x_end - 1 (x_end < 0: to
+// sn - 1) and calls emit(pos, tap) for each output pos < dn. x_begin > 0
+// resumes at a group boundary and needs consistent sizes (dn = q sn + r,
+// 0 <= r < sn).
 template <bool kMode1, class Emit>
-void WalkUp(int32_t sn, int32_t dn, int32_t q, int32_t r, int32_t x_begin, Emit&& emit) {
+void WalkUp(int32_t sn, int32_t dn, int32_t q, int32_t r, int32_t x_begin, Emit&& emit,
+            int32_t x_end = -1) {
+  if (x_end < 0 || x_end > sn) x_end = sn;
   if (sn < 1 || dn < 1 || q < 1) return;
   int64_t ex = 0;
   int64_t pos = 0;
   if (x_begin > 0) {
-    ex = int64_t{x_begin} * r % sn;
+    ex = r == 0 ? 0 : int64_t{x_begin} * r % sn;
     pos = GroupStart(x_begin, sn, q, r);
   }
-  for (int32_t x = x_begin; x < sn; ++x) {
+  for (int32_t x = x_begin; x < x_end; ++x) {
     const int32_t nx = x + 1 < sn ? x + 1 : x;
     if (pos >= dn) return;
     emit(pos++, UpTap{x, nx, 1, 0, Mix::kCopy});
@@ -163,37 +166,109 @@ void UpWidth(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, int32_t s
   }
 }
 
-// Height up-scaler over rows of row_units units, tmp_step bytes apart in the
-// intermediate, written through the sink. mix_row(s, n, out, units, tap)
-// computes an in-between row; a row equal to the one before it is copied.
-template <class L, bool kMode1, class MixRowFn>
-void UpHeight(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
-              int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, MixRowFn&& mix_row) {
+// Height up-scaler over rows of row_units units, written through the sink:
+// the groups of source rows [begin, end) (end < 0: all), where source row y
+// is at row(y). mix_row(s, n, out, units, tap) computes an in-between row; a
+// row equal to the one before it is copied, and a copy onto itself skipped.
+template <class L, bool kMode1, class RowFn, class MixRowFn>
+void UpHeightRows(RowFn&& row, size_t row_units, int32_t sh, int32_t dh, int32_t q, int32_t r,
+                  rsz::RowSink* sink, MixRowFn&& mix_row, int32_t begin = 0, int32_t end = -1) {
   using rsz::UpTap;
   if (row_units < 1) return;
   const size_t row_bytes = row_units * L::kBytes;
   const uint8_t* prev_out = nullptr;
   UpTap prev{};
-  rsz::WalkUp<kMode1>(sh, dh, q, r, 0, [&](int64_t pos, const UpTap& t) {
+  rsz::WalkUp<kMode1>(sh, dh, q, r, begin, [&](int64_t pos, const UpTap& t) {
     uint8_t* out = sink->Row(pos);
-    const uint8_t* s = tmp + t.s * tmp_step;
+    const uint8_t* s = row(t.s);
     if (t.mix == rsz::Mix::kCopy) {
-      CopyBytes(s, out, row_bytes);
+      if (s != out) CopyBytes(s, out, row_bytes);
     } else if (prev_out != nullptr && rsz::SameTap(t, prev)) {
       CopyBytes(prev_out, out, row_bytes);
     } else {
-      mix_row(s, tmp + t.n * tmp_step, out, row_units, t);
+      mix_row(s, row(t.n), out, row_units, t);
     }
     prev = t;
     prev_out = out;
     sink->Done(pos);
-  });
+  }, end);
+}
+
+// Height up-scaler over rows of row_units units, tmp_step bytes apart in the
+// intermediate.
+template <class L, bool kMode1, class MixRowFn>
+void UpHeight(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
+              int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, MixRowFn&& mix_row) {
+  UpHeightRows<L, kMode1>([&](int32_t y) { return tmp + y * tmp_step; }, row_units, sh, dh, q,
+                          r, sink, mix_row);
 }
 
 template <class L, bool kMode1>
 void UpHeight(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
               int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink) {
   UpHeight<L, kMode1>(tmp, tmp_step, row_units, sh, dh, q, r, sink, &rsz::MixRow<L>);
+}
+
+// Source rows per strip of UpInPlace.
+constexpr int32_t kMaxStripRows = 64;
+
+// Both passes of a growing width and height with the destination as the
+// intermediate: width_row(y, out) writes source row y through the width pass
+// straight to output row GroupStart(y), the copy of it that starts its group,
+// and the rows of the group after it mix it with the next such row there.
+// Strips of `rows` source rows (2 .. kMaxStripRows) keep the rows being mixed
+// in cache. dst rows are dst_step bytes apart and hold row_units units of V.
+template <class V, bool kMode1, class WidthRow, class MixRowFn>
+void UpInPlace(uint8_t* dst, ptrdiff_t dst_step, size_t row_units, int32_t sh, int32_t dh,
+               int32_t rows, WidthRow&& width_row, MixRowFn&& mix_row) {
+  const int32_t q = dh / sh, r = dh % sh;
+  rsz::RowSink sink = rsz::RowSink::Plain(dst, dst_step);
+  // start[y - base]: the group start of source row y, for the rows in reach.
+  int64_t start[kMaxStripRows + 1];
+  int32_t base = 0;
+  int64_t next = 0, ex = 0;  // the group start of source row y0, WalkUp's error
+  auto row = [&](int32_t y) { return dst + start[y - base] * dst_step; };
+  int32_t done = 0;
+  for (int32_t y0 = 0; y0 < sh;) {
+    const int32_t y1 = sh - y0 <= rows ? sh : y0 + rows;
+    if (y0 > 0) start[0] = start[y0 - 1 - base], base = y0 - 1;
+    for (int32_t y = y0; y < y1; ++y) {
+      start[y - base] = next;
+      width_row(y, dst + next * dst_step);
+      ex += r;
+      next += q;
+      if (ex >= sh) ex -= sh, ++next;
+    }
+    const int32_t end = y1 == sh ? sh : y1 - 1;
+    UpHeightRows<V, kMode1>(row, row_units, sh, dh, q, r, &sink, mix_row, done, end);
+    done = end;
+    y0 = y1;
+  }
+}
+
+// Rows per strip of UpInPlace for output rows of row_bytes bytes.
+inline int32_t InPlaceRows(int64_t row_bytes) {
+  constexpr int64_t kStripBytes = 65536;
+  if (row_bytes * kMaxStripRows <= kStripBytes) return kMaxStripRows;
+  if (row_bytes * 2 >= kStripBytes) return 2;
+  return static_cast<int32_t>(kStripBytes / row_bytes);
+}
+
+// UpInPlace for sh rows of sw units of layout L, src_step bytes apart, to dh
+// rows of dw units (dw >= sw, dh >= sh), dst_step bytes apart; the height pass
+// runs over rows of layout V (L, or bytes for the 2- to 4-byte layouts).
+// Scalar version of the dispatched UpInPlaceDispatch; true (it needs no
+// memory of its own).
+template <class L, class V, bool kMode1>
+bool UpBoth(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw, int32_t dh,
+            ptrdiff_t src_step, ptrdiff_t dst_step) {
+  const int32_t q = dw / sw, r = dw % sw;
+  const int64_t row_bytes = int64_t{dw} * L::kBytes;
+  UpInPlace<V, kMode1>(dst, dst_step, static_cast<size_t>(row_bytes / V::kBytes), sh, dh,
+                       InPlaceRows(row_bytes), [&](int32_t y, uint8_t* out) {
+    UpRow<L, kMode1>(src + y * src_step, out, sw, dw, q, r, 0);
+  }, &rsz::MixRow<V>);
+  return true;
 }
 
 // Layouts chosen at run time (the dispatched vector entry points): 5-6-5
@@ -224,6 +299,22 @@ inline void UpHeightAny(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units
   if (rgb565) KELO_UP_H_ANY(rsz::L5b6b5b);
   KELO_UP_H_ANY(rsz::L8b);
 #undef KELO_UP_H_ANY
+}
+
+inline bool UpBothAny(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw,
+                      int32_t dh, ptrdiff_t src_step, ptrdiff_t dst_step, int bpp, bool rgb565,
+                      bool mode1) {
+#define KELO_UP_BOTH_ANY(L, V)                                                         \
+  return mode1 ? UpBoth<L, V, true>(src, dst, sw, sh, dw, dh, src_step, dst_step)      \
+               : UpBoth<L, V, false>(src, dst, sw, sh, dw, dh, src_step, dst_step)
+  if (rgb565) KELO_UP_BOTH_ANY(rsz::L5b6b5b, rsz::L5b6b5b);
+  switch (bpp) {
+    case 1: KELO_UP_BOTH_ANY(rsz::L8b, rsz::L8b);
+    case 2: KELO_UP_BOTH_ANY(rsz::L8b8b, rsz::L8b);
+    case 3: KELO_UP_BOTH_ANY(rsz::L8b8b8b, rsz::L8b);
+    default: KELO_UP_BOTH_ANY(rsz::L8b8b8b8b, rsz::L8b);
+  }
+#undef KELO_UP_BOTH_ANY
 }
 
 }  // namespace scalar
@@ -258,6 +349,13 @@ void UpWidthDispatch(const uint8_t* src, uint8_t* tmp, int32_t dw, int32_t sw, i
 void UpHeightDispatch(const uint8_t* tmp, ptrdiff_t tmp_step, size_t row_units, int32_t sh,
                       int32_t dh, int32_t q, int32_t r, rsz::RowSink* sink, bool rgb565,
                       bool mode1);
+
+// UpBoth on the best path of the running CPU, for 5-6-5 pixels or byte
+// layouts of bpp bytes per unit; false, with nothing written, when the path's
+// memory cannot be had.
+bool UpBothDispatch(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw,
+                    int32_t dh, ptrdiff_t src_step, ptrdiff_t dst_step, int bpp, bool rgb565,
+                    bool mode1);
 
 }  // namespace kelo
 

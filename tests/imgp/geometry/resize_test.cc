@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "kimgp_copy.h"
@@ -89,6 +90,22 @@ void Expect(const Kit& k, const Case& c, const uint8_t* s, int32_t ss, uint8_t* 
   }
 }
 
+// The resizer against its kernels on random rows with padded strides: the
+// first difference of the guarded destinations, or the status.
+std::string ResizeAgainstKernels(const Kit& k, const Case& c, int32_t mode, std::mt19937& rng) {
+  const int32_t ss = c.sw * k.bytes + 2 * (rng() % 5), ds = c.dw * k.bytes + 2 * (rng() % 5);
+  std::vector<uint8_t> src(static_cast<size_t>(ss) * c.sh);
+  for (auto& b : src) b = static_cast<uint8_t>(rng());
+  GuardedBuffer got(static_cast<size_t>(ds) * c.dh), want(got.size());
+  std::vector<uint8_t> tmp1(static_cast<size_t>(c.sh) * c.dw * k.bytes);
+  std::vector<uint8_t> tmp2(tmp1.size());
+  const int32_t st =
+      k.resize(src.data(), c.sw, c.sh, c.dw, c.dh, got.data(), tmp1.data(), ss, ds, mode);
+  if (st != KIMGP_OK) return "status " + std::to_string(st);
+  Expect(k, c, src.data(), ss, want.data(), ds, tmp2.data(), mode);
+  return FirstDifference(got.raw(), want.raw());
+}
+
 class Resizers : public ::testing::TestWithParam<Kit> {};
 
 TEST_P(Resizers, RatioPicksKernels) {
@@ -100,18 +117,39 @@ TEST_P(Resizers, RatioPicksKernels) {
     for (int32_t mode : {0, KIMGP_RSZ_MODE1}) {
       SCOPED_TRACE(::testing::Message() << c.sw << "x" << c.sh << " to " << c.dw << "x" << c.dh
                                         << " mode " << mode);
-      const int32_t ss = c.sw * k.bytes + 2 * (rng() % 5), ds = c.dw * k.bytes + 2 * (rng() % 5);
-      std::vector<uint8_t> src(static_cast<size_t>(ss) * c.sh);
-      for (auto& b : src) b = static_cast<uint8_t>(rng());
-      GuardedBuffer got(static_cast<size_t>(ds) * c.dh), want(got.size());
-      std::vector<uint8_t> tmp1(static_cast<size_t>(c.sh) * c.dw * k.bytes);
-      std::vector<uint8_t> tmp2(tmp1.size());
-      ASSERT_EQ(k.resize(src.data(), c.sw, c.sh, c.dw, c.dh, got.data(), tmp1.data(), ss, ds, mode),
-                KIMGP_OK);
-      Expect(k, c, src.data(), ss, want.data(), ds, tmp2.data(), mode);
-      ASSERT_EQ(FirstDifference(got.raw(), want.raw()), "");
+      ASSERT_EQ(ResizeAgainstKernels(k, c, mode, rng), "");
     }
   }
+}
+
+// Growing both ways writes the width pass straight to the destination and
+// runs both passes in strips of source rows (up to 64, about 64 KB of
+// output rows, at least 2): the same bytes as the whole passes through the
+// intermediate, on every target, with the plane ending on, just after and
+// mid strip. A third of the cases shrink the width instead, through the
+// intermediate.
+TEST_P(Resizers, StripsMatchWholePasses) {
+  const Kit& k = GetParam();
+  std::mt19937 rng = MakeRng(17);
+  struct Strip {
+    int32_t row_bytes, sh;
+  };
+  const Strip strips[] = {{32800, 1}, {32800, 2}, {32800, 3}, {32800, 6}, {8200, 7},
+                          {8200, 8},  {8200, 13}, {8200, 14}, {8200, 21}, {100, 64},
+                          {100, 65},  {100, 127}, {100, 130}};
+  ForEachTarget([&](const std::string& target) {
+    for (const Strip& st : strips) {
+      const int32_t dw = (st.row_bytes + k.bytes - 1) / k.bytes;
+      const int32_t pick = static_cast<int32_t>(rng() % 3);  // double, grow or shrink width
+      const int32_t sw = pick == 0 ? (dw + 1) / 2 : pick == 1 ? dw / 2 + 1 : dw + 5;
+      const int32_t dh = st.sh + static_cast<int32_t>(rng() % (3 * st.sh + 1));
+      const Case c{sw, st.sh, dw, dh, kTwoPass};
+      const int32_t mode = rng() % 2 ? KIMGP_RSZ_MODE1 : 0;
+      SCOPED_TRACE(::testing::Message() << target << " " << sw << "x" << st.sh << " to " << dw
+                                        << "x" << dh << " mode " << mode);
+      ASSERT_EQ(ResizeAgainstKernels(k, c, mode, rng), "");
+    }
+  });
 }
 
 TEST_P(Resizers, SizeBelowOneIsRefused) {
@@ -179,8 +217,12 @@ TEST(Resize, PlanesGoToTheirResizers) {
                           {201, kimgp_rsz_5b6b5b, nullptr, 1},      {400, kimgp_rsz_8b8b8b, nullptr, 1},
                           {401, kimgp_rsz_8b8b8b, nullptr, 1},      {500, kimgp_rsz_8b8b8b8b, nullptr, 1},
                           {503, kimgp_rsz_8b8b8b8b, nullptr, 1}};
-  const Size2 sizes[][2] = {{{38, 22}, {20, 13}}, {{38, 22}, {19, 22}}, {{38, 22}, {9, 30}},
-                            {{3, 1}, {5, 1}},     {{1, 1}, {3, 1}},     {{5, 1}, {7, 2}}};
+  // The last four: strips of luma rows, strips of two rows, and luma
+  // intermediates of 30 KB (on the stack) and 32.5 KB (from the heap).
+  const Size2 sizes[][2] = {{{38, 22}, {20, 13}},    {{38, 22}, {19, 22}}, {{38, 22}, {9, 30}},
+                            {{3, 1}, {5, 1}},        {{1, 1}, {3, 1}},     {{5, 1}, {7, 2}},
+                            {{100, 130}, {256, 301}}, {{5000, 3}, {9000, 7}},
+                            {{100, 120}, {256, 100}}, {{100, 130}, {256, 100}}};
   for (const Route& r : routes) {
     for (const auto& sd : sizes) {
       const Size2 sz = sd[0], d = sd[1];

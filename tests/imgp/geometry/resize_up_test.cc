@@ -97,7 +97,9 @@ std::vector<SizePair> SizePairs(std::mt19937& rng, int random_count, int32_t max
   std::vector<SizePair> v = {{2, 4},   {2, 8},   {1, 1},   {1, 7},    {1, 300}, {5, 5},
                              {37, 37}, {40, 80}, {33, 132}, {720, 1080}, {64, 96},
                              {10, 150}, {10, 160}, {10, 170}, {9, 600}, {3, 200},
-                             {17, 35},  {100, 333}, {60, 61}, {20, 21}, {16, 16}, {8, 9}};
+                             {17, 35},  {100, 333}, {60, 61}, {20, 21}, {16, 16}, {8, 9},
+                             // doubling, around the 16-byte vectors of its path
+                             {8, 16},   {9, 18},   {16, 32},  {17, 34},  {31, 62},  {33, 66}};
   std::uniform_int_distribution<int32_t> s(1, max_s), f(100, 1800);
   for (int i = 0; i < random_count; ++i) {
     const int32_t sn = s(rng);
