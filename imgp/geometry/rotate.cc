@@ -1,10 +1,12 @@
 // Rotation by quarter turns and flips: kimgp_rot, its kernel tables and the
 // plane kernels.
 //
-// Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8x8
-// 16-bit units, 4x4 32-bit units; two blocks side by side on 256-bit
-// targets); 180 and mirror reverse whole vectors with byte shuffles; flips
-// copy rows. Block remainders go to the scalar kernels of rotate_kernels.h.
+// Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8 x 16
+// bytes on 32-bit ARM; 8x8 16-bit units, 4x4 32-bit units; two blocks side
+// by side on 256-bit targets); 180 and mirror reverse whole vectors with byte
+// shuffles (vrev64 and a half swap on NEON); flips copy rows. Both pointers
+// of every loop move by bumps, never by recomputed index products. Block
+// remainders go to the scalar kernels of rotate_kernels.h.
 #include "common/internal/simd.h"
 #include "imgp/geometry/rotate_kernels.h"
 
@@ -44,115 +46,152 @@ constexpr size_t BlocksOf() {
 
 // ---------------------------------------------------------------- quarter turns
 
-// Transposes, inside every 128-bit block, R rows of N-byte units; r[i] holds
-// row i. Each round zips row i with row i + R/2. After log2(R) rounds r[v]
-// holds, per block, the 16 / (R * N) columns v * 16 / (R * N) + j, each as its
-// R units in row order.
+// Rows per band of a quarter turn of N-byte units. Sixteen rows of bytes and
+// their zip temporaries do not fit the sixteen 128-bit registers of 32-bit
+// ARM, so there bytes go in bands of 8 rows (8 x 16 blocks, written as 8-byte
+// pieces); elsewhere a band is one 128-bit block tall.
+template <size_t N>
+constexpr size_t BandRows() {
+#if HWY_TARGET == HWY_NEON
+  return N == 1 ? 8 : 16 / N;
+#else
+  return 16 / N;
+#endif
+}
+
+// Transposes, inside every 128-bit block (or the whole of a smaller vector),
+// R rows of N-byte units; r[i] holds row i. Each round zips row i with row
+// i + R/2. After log2(R) rounds r[v] holds, per block of B bytes, the
+// B / (R * N) columns v * B / (R * N) + j, each as its R units in row order.
 template <size_t N, size_t R, class D>
 HWY_INLINE void TransposeBlocks(D d, hn::Vec<D>* r) {
   const hn::Repartition<typename UnitLane<N>::T, D> du;
+  // Every loop here and in QuarterBand is unrolled outright: GCC leaves these
+  // loops of 128-bit bodies rolled on 32-bit ARM and then keeps r and t in
+  // memory, a load and a store for every zip.
+  HWY_UNROLL(4)
   for (size_t round = 1; round < R; round *= 2) {
     hn::Vec<D> t[R];
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R / 2; ++i) {
       const auto a = hn::BitCast(du, r[i]);
       const auto b = hn::BitCast(du, r[i + R / 2]);
       t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
       t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
     }
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R; ++i) r[i] = t[i];
   }
 }
 
-// Stores the columns of one transposed block: 16 / P pieces of P bytes, the
-// first for source column col0.
-template <size_t N, size_t R, bool kLeft>
-HWY_INLINE void StoreColumns(V16 blk, int32_t col0, int32_t w, ptrdiff_t ds,
-                             uint8_t* dst_col) {
-  auto row_of = [&](int32_t col) -> uint8_t* {
-    return dst_col + (kLeft ? w - 1 - col : col) * ds;
-  };
-  if constexpr (R * N == 16) {
-    hn::StoreU(blk, D16(), row_of(col0));
+// Stores the P-byte pieces of a transposed block of D (at most 16 bytes), one
+// destination row each, the first at *q; *q moves by step per piece.
+template <size_t P, class D>
+HWY_INLINE void StorePieces(D d, hn::Vec<D> blk, ptrdiff_t step, uint8_t** q) {
+  constexpr size_t kBytes = hn::MaxLanes(D());
+  if constexpr (P == kBytes) {
+    hn::StoreU(blk, d, *q);
+    *q += step;
   } else {
-    static_assert(R * N == 8, "piece of half a block");
-    const D8 d8;
-    hn::StoreU(hn::LowerHalf(d8, blk), d8, row_of(col0));
-    hn::StoreU(hn::UpperHalf(d8, blk), d8, row_of(col0 + 1));
+    static_assert(2 * P == kBytes, "piece of half a block");
+    const hn::Half<D> dh;
+    hn::StoreU(hn::LowerHalf(dh, blk), dh, *q);
+    *q += step;
+    hn::StoreU(hn::UpperHalf(dh, blk), dh, *q);
+    *q += step;
   }
 }
 
-// Source rows [y0, y0 + R), columns from x on in steps of one vector of D:
+// A band of R source rows, columns from x on in steps of one vector of D:
 // each step transposes R rows and writes them as destination rows (90l from
 // row W-1-x upward, 90r from row x downward, with the rows read bottom up so
-// the destination columns run right to left). Returns the first column that
-// is left over.
+// the destination columns run right to left). s is the band's first row to
+// read, sstep the step to the next, dst_col the band's destination column.
+// Source and destination move by pointer bumps only. Returns the first
+// column that is left over.
 template <size_t N, size_t R, bool kLeft, class D>
-HWY_INLINE int32_t QuarterBand(D d, const uint8_t* src, int32_t w, int32_t h,
-                               ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
-                               int32_t y0, int32_t x) {
-  constexpr int32_t kUnits = 16 / N;  // per block
-  constexpr size_t kBlocks = BlocksOf<D>();
-  constexpr int32_t kStep = static_cast<int32_t>(kBlocks) * kUnits;
-  uint8_t* dst_col =
-      dst + static_cast<ptrdiff_t>(kLeft ? y0 : h - y0 - int32_t{R}) * N;
-  const uint8_t* rows[R];
-  for (size_t i = 0; i < R; ++i) {
-    rows[i] = src + (y0 + static_cast<int32_t>(kLeft ? i : R - 1 - i)) * ss;
-  }
+HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
+                               int32_t w, ptrdiff_t ds, uint8_t* dst_col,
+                               int32_t x) {
+  constexpr size_t kBytes = hn::MaxLanes(D());
+  constexpr size_t kBlock = kBytes < 16 ? kBytes : 16;
+  constexpr int32_t kStep = static_cast<int32_t>(kBytes / N);
+  const ptrdiff_t dstep = kLeft ? -ds : ds;
+  uint8_t* q = dst_col + (kLeft ? w - 1 - x : x) * ds;
+  s += x * static_cast<ptrdiff_t>(N);
   for (; x <= w - kStep; x += kStep) {
     hn::Vec<D> r[R];
-    for (size_t i = 0; i < R; ++i) r[i] = hn::LoadU(d, rows[i] + x * N);
+    const uint8_t* p = s;
+    HWY_UNROLL(16)
+    for (size_t i = 0; i < R; ++i) {
+      r[i] = hn::LoadU(d, p);
+      p += sstep;
+    }
+    s += kBytes;
     TransposeBlocks<N, R>(d, r);
-    constexpr int32_t kPieces = static_cast<int32_t>(16 / (R * N));
-    for (size_t v = 0; v < R; ++v) {
-      const int32_t col = x + static_cast<int32_t>(v) * kPieces;
-      if constexpr (kBlocks == 1) {
-        StoreColumns<N, R, kLeft>(r[v], col, w, ds, dst_col);
-      } else {
-        static_assert(kBlocks == 2, "at most two blocks");
-        StoreColumns<N, R, kLeft>(hn::LowerHalf(D16(), r[v]), col, w, ds,
-                                  dst_col);
-        StoreColumns<N, R, kLeft>(hn::UpperHalf(D16(), r[v]), col + kUnits, w,
-                                  ds, dst_col);
+    if constexpr (kBytes <= 16) {
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) StorePieces<R * N>(d, r[v], dstep, &q);
+    } else {
+      static_assert(kBytes == 32, "at most two blocks");
+      const hn::Half<D> dh;
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) {
+        StorePieces<R * N>(dh, hn::LowerHalf(dh, r[v]), dstep, &q);
+      }
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) {
+        StorePieces<R * N>(dh, hn::UpperHalf(dh, r[v]), dstep, &q);
       }
     }
+    static_assert(kBlock % (R * N) == 0, "whole pieces per block");
   }
   return x;
 }
 
-// One band of R source rows across the whole width: wide vectors, then
-// single blocks, then the scalar kernel for the last columns.
+// One band of R source rows from row y0 across the whole width: wide
+// vectors, then single blocks, then 8-byte vectors when the pieces are that
+// small, then the scalar kernel for the last columns.
 template <size_t N, size_t R, bool kLeft>
 HWY_INLINE void QuarterRows(const uint8_t* src, int32_t w, int32_t h,
                             ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
                             int32_t y0) {
-  int32_t x = QuarterBand<N, R, kLeft>(DW(), src, w, h, ss, ds, dst, y0, 0);
-  if (BlocksOf<DW>() > 1) {
-    x = QuarterBand<N, R, kLeft>(D16(), src, w, h, ss, ds, dst, y0, x);
+  const ptrdiff_t rows = R;
+  const uint8_t* s = src + (kLeft ? y0 : y0 + rows - 1) * ss;
+  const ptrdiff_t sstep = kLeft ? ss : -ss;
+  uint8_t* dst_col =
+      dst + (kLeft ? y0 : h - y0 - rows) * static_cast<ptrdiff_t>(N);
+  int32_t x = QuarterBand<N, R, kLeft>(DW(), s, sstep, w, ds, dst_col, 0);
+  if constexpr (BlocksOf<DW>() > 1) {
+    x = QuarterBand<N, R, kLeft>(D16(), s, sstep, w, ds, dst_col, x);
+  }
+  if constexpr (R * N <= 8) {
+    x = QuarterBand<N, R, kLeft>(D8(), s, sstep, w, ds, dst_col, x);
   }
   if (x < w) {
     constexpr int kOp = kLeft ? kRot90l : kRot90r;
-    const ptrdiff_t rows = R;
     scalar::RotatePlane<kOp, N>(
         src + y0 * ss + x * static_cast<ptrdiff_t>(N), w - x, R, ss, ds,
-        kLeft ? dst + y0 * static_cast<ptrdiff_t>(N)
-              : dst + x * ds + (h - y0 - rows) * static_cast<ptrdiff_t>(N));
+        kLeft ? dst_col : dst_col + x * ds);
   }
 }
 
-// A quarter turn of 1-, 2- or 4-byte units: bands of 16 / N rows, then one
-// band of half that, then the scalar kernel for the last rows.
+// A quarter turn of 1-, 2- or 4-byte units: bands of BandRows rows, then one
+// band of half that when its pieces are still 8 bytes or more, then the
+// scalar kernel for the last rows.
 template <size_t N, bool kLeft>
 void QuarterTurn(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
                  ptrdiff_t ds, uint8_t* dst) {
-  constexpr int32_t kRows = 16 / N;
+  constexpr int32_t kRows = static_cast<int32_t>(BandRows<N>());
   int32_t y = 0;
   for (; y <= h - kRows; y += kRows) {
     QuarterRows<N, kRows, kLeft>(src, w, h, ss, ds, dst, y);
   }
-  if (h - y >= kRows / 2) {
-    QuarterRows<N, kRows / 2, kLeft>(src, w, h, ss, ds, dst, y);
-    y += kRows / 2;
+  if constexpr (kRows / 2 * N >= 8) {
+    if (h - y >= kRows / 2) {
+      QuarterRows<N, kRows / 2, kLeft>(src, w, h, ss, ds, dst, y);
+      y += kRows / 2;
+    }
   }
   if (y < h) {
     constexpr int kOp = kLeft ? kRot90l : kRot90r;
@@ -200,6 +239,19 @@ constexpr Reverse3Index MakeReverse3Index() {
   return t;
 }
 
+#if HWY_TARGET == HWY_NEON
+// Reverses the N-byte units inside each 64-bit half of v (one vrev64).
+template <size_t N>
+HWY_INLINE V16 ReverseHalves(V16 v) {
+  if constexpr (N == 1) {
+    return V16(vrev64q_u8(v.raw));
+  } else {
+    const hn::Repartition<typename UnitLane<N>::T, D16> du;
+    const auto u = hn::BitCast(du, v);
+    return hn::BitCast(D16(), N == 2 ? hn::Reverse4(du, u) : hn::Reverse2(du, u));
+  }
+}
+#else
 // Reverses the N-byte units of a whole vector of D.
 template <size_t N, class D>
 HWY_INLINE hn::Vec<D> ReverseUnits(D d, hn::Vec<D> v) {
@@ -211,11 +263,14 @@ HWY_INLINE hn::Vec<D> ReverseUnits(D d, hn::Vec<D> v) {
         hn::TableLookupBytes(v, hn::LoadDup128(d, kIdx.idx)));
   }
 }
+#endif
 
-// Writes the first w units of row s in reverse order to row d.
+// Writes the first w units of row s in reverse order to row d: the source
+// pointer moves forward, the destination pointer back from the row's end.
 template <size_t N>
 HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
   int32_t x = 0;
+  uint8_t* q = d + w * static_cast<ptrdiff_t>(N);
   if constexpr (N == 3) {
     static constexpr Reverse3Index kIdx = MakeReverse3Index();
     const D16 d16;
@@ -224,10 +279,10 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
       for (size_t j = 0; j < 3; ++j) idx[k][j] = hn::Load(d16, kIdx.idx[k][j]);
     }
     for (; x <= w - 16; x += 16) {
-      const uint8_t* p = s + x * 3;
-      const V16 in[3] = {hn::LoadU(d16, p), hn::LoadU(d16, p + 16),
-                         hn::LoadU(d16, p + 32)};
-      uint8_t* q = d + (w - x - 16) * 3;
+      const V16 in[3] = {hn::LoadU(d16, s), hn::LoadU(d16, s + 16),
+                         hn::LoadU(d16, s + 32)};
+      s += 48;
+      q -= 48;
       for (size_t k = 0; k < 3; ++k) {
         V16 out = hn::Zero(d16);
         for (size_t j = 0; j < 3; ++j) {
@@ -239,34 +294,66 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
       }
     }
   } else {
-    const DW dw;
-    constexpr int32_t kStep = static_cast<int32_t>(hn::MaxLanes(DW()) / N);
+#if HWY_TARGET == HWY_NEON
+    // 16 bytes a step: turned inside the 64-bit halves (vrev64), the halves
+    // swapped (vext), one load and one store. GCC turns a constant negative
+    // step into separate address arithmetic (vld1/vst1 have no offset
+    // form); a step it cannot see through becomes the register of a
+    // post-decrementing vst1. Unrolling does not help: the loop's
+    // addressing then falls apart into base + offset adds.
+    constexpr int32_t kStep = static_cast<int32_t>(16 / N);
+    const D16 d16;
+    const hn::Repartition<uint64_t, D16> d64;
+    ptrdiff_t back = -16;
+    asm("" : "+r"(back));
+    q += back;
+    const auto step = [&] {
+      const V16 v = ReverseHalves<N>(hn::LoadU(d16, s));
+      s += 16;
+      hn::StoreU(hn::BitCast(d16, hn::Shuffle01(hn::BitCast(d64, v))), d16, q);
+      q += back;
+    };
     for (; x <= w - 2 * kStep; x += 2 * kStep) {
-      const auto a = hn::LoadU(dw, s + x * N);
-      const auto b = hn::LoadU(dw, s + (x + kStep) * N);
-      uint8_t* q = d + (w - x - 2 * kStep) * static_cast<ptrdiff_t>(N);
+      step();
+      step();
+    }
+    if (x <= w - kStep) {
+      step();
+      x += kStep;
+    }
+#else
+    const DW dw;
+    constexpr size_t kBytes = hn::MaxLanes(DW());
+    constexpr int32_t kStep = static_cast<int32_t>(kBytes / N);
+    for (; x <= w - 2 * kStep; x += 2 * kStep) {
+      const auto a = hn::LoadU(dw, s);
+      const auto b = hn::LoadU(dw, s + kBytes);
+      s += 2 * kBytes;
+      q -= 2 * kBytes;
       hn::StoreU(ReverseUnits<N>(dw, b), dw, q);
-      hn::StoreU(ReverseUnits<N>(dw, a), dw, q + kStep * N);
+      hn::StoreU(ReverseUnits<N>(dw, a), dw, q + kBytes);
     }
     constexpr int32_t kBlockStep = static_cast<int32_t>(16 / N);
     const D16 d16;
     for (; x <= w - kBlockStep; x += kBlockStep) {
-      const V16 a = hn::LoadU(d16, s + x * N);
-      hn::StoreU(ReverseUnits<N>(d16, a), d16,
-                 d + (w - x - kBlockStep) * static_cast<ptrdiff_t>(N));
+      const V16 a = hn::LoadU(d16, s);
+      s += 16;
+      q -= 16;
+      hn::StoreU(ReverseUnits<N>(d16, a), d16, q);
     }
+#endif
   }
   // Units x..w-1 go to the first w - x destination units.
-  if (x < w) scalar::RotatePlane<kRotHori, N>(s + x * N, w - x, 1, 0, 0, d);
+  if (x < w) scalar::RotatePlane<kRotHori, N>(s, w - x, 1, 0, 0, d);
 }
 
 // Mirror (kFlip false) or 180 (kFlip true, rows in reverse order).
 template <size_t N, bool kFlip>
 void MirrorRows(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
                 ptrdiff_t ds, uint8_t* dst) {
-  for (int32_t y = 0; y < h; ++y) {
-    MirrorRow<N>(src + y * ss, w, dst + (kFlip ? h - 1 - y : y) * ds);
-  }
+  uint8_t* d = kFlip ? dst + (h - 1) * ds : dst;
+  const ptrdiff_t dstep = kFlip ? -ds : ds;
+  for (int32_t y = 0; y < h; ++y, src += ss, d += dstep) MirrorRow<N>(src, w, d);
 }
 
 template <bool kFlip>
