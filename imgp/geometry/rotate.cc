@@ -44,6 +44,19 @@ constexpr size_t BlocksOf() {
   return hn::MaxLanes(D()) / 16;
 }
 
+// Hides from the compiler what an address holds, once per loop step. On
+// 32-bit ARM, GCC's loop optimiser rewrites a chain of post-incremented
+// vld1/vst1 addresses as base + offset, which vld/vst cannot encode: each
+// then costs an add. Elsewhere this does nothing.
+template <class A>
+HWY_INLINE void Pin(A& a) {
+#if HWY_TARGET == HWY_NEON
+  asm("" : "+r"(a));
+#else
+  (void)a;
+#endif
+}
+
 // ---------------------------------------------------------------- quarter turns
 
 // Rows per band of a quarter turn of N-byte units. Sixteen rows of bytes and
@@ -85,19 +98,21 @@ HWY_INLINE void TransposeBlocks(D d, hn::Vec<D>* r) {
 }
 
 // Stores the P-byte pieces of a transposed block of D (at most 16 bytes), one
-// destination row each, the first at *q; *q moves by step per piece.
+// destination row each, the first at address *q; *q moves by step per
+// piece. The address is an integer: after a band's last piece it points
+// outside the plane.
 template <size_t P, class D>
-HWY_INLINE void StorePieces(D d, hn::Vec<D> blk, ptrdiff_t step, uint8_t** q) {
+HWY_INLINE void StorePieces(D d, hn::Vec<D> blk, uintptr_t step, uintptr_t* q) {
   constexpr size_t kBytes = hn::MaxLanes(D());
   if constexpr (P == kBytes) {
-    hn::StoreU(blk, d, *q);
+    hn::StoreU(blk, d, reinterpret_cast<uint8_t*>(*q));
     *q += step;
   } else {
     static_assert(2 * P == kBytes, "piece of half a block");
     const hn::Half<D> dh;
-    hn::StoreU(hn::LowerHalf(dh, blk), dh, *q);
+    hn::StoreU(hn::LowerHalf(dh, blk), dh, reinterpret_cast<uint8_t*>(*q));
     *q += step;
-    hn::StoreU(hn::UpperHalf(dh, blk), dh, *q);
+    hn::StoreU(hn::UpperHalf(dh, blk), dh, reinterpret_cast<uint8_t*>(*q));
     *q += step;
   }
 }
@@ -116,8 +131,13 @@ HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
   constexpr size_t kBytes = hn::MaxLanes(D());
   constexpr size_t kBlock = kBytes < 16 ? kBytes : 16;
   constexpr int32_t kStep = static_cast<int32_t>(kBytes / N);
-  const ptrdiff_t dstep = kLeft ? -ds : ds;
-  uint8_t* q = dst_col + (kLeft ? w - 1 - x : x) * ds;
+  // A negative step must live in a register of its own to be the
+  // post-increment of a vst1 (GCC would subtract ds instead).
+  uintptr_t dstep = static_cast<uintptr_t>(kLeft ? -ds : ds);
+  Pin(dstep);
+  Pin(sstep);
+  uintptr_t q = reinterpret_cast<uintptr_t>(dst_col) +
+                static_cast<uintptr_t>((kLeft ? w - 1 - x : x) * ds);
   s += x * static_cast<ptrdiff_t>(N);
   for (; x <= w - kStep; x += kStep) {
     hn::Vec<D> r[R];
@@ -125,7 +145,7 @@ HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
     HWY_UNROLL(16)
     for (size_t i = 0; i < R; ++i) {
       r[i] = hn::LoadU(d, p);
-      p += sstep;
+      if (i + 1 < R) p += sstep;
     }
     s += kBytes;
     TransposeBlocks<N, R>(d, r);
@@ -145,6 +165,8 @@ HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
       }
     }
     static_assert(kBlock % (R * N) == 0, "whole pieces per block");
+    Pin(s);
+    Pin(q);
   }
   return x;
 }
@@ -240,15 +262,23 @@ constexpr Reverse3Index MakeReverse3Index() {
 }
 
 #if HWY_TARGET == HWY_NEON
-// Reverses the N-byte units inside each 64-bit half of v (one vrev64).
-template <size_t N>
-HWY_INLINE V16 ReverseHalves(V16 v) {
+// Reverses the N-byte units inside every 64-bit half of v (one vrev64).
+template <size_t N, class D>
+HWY_INLINE hn::Vec<D> ReverseIn64(D d, hn::Vec<D> v) {
   if constexpr (N == 1) {
-    return V16(vrev64q_u8(v.raw));
+    if constexpr (hn::MaxLanes(D()) == 16) {
+      return hn::Vec<D>(vrev64q_u8(v.raw));
+    } else {
+      return hn::Vec<D>(vrev64_u8(v.raw));
+    }
   } else {
-    const hn::Repartition<typename UnitLane<N>::T, D16> du;
+    const hn::Repartition<typename UnitLane<N>::T, D> du;
     const auto u = hn::BitCast(du, v);
-    return hn::BitCast(D16(), N == 2 ? hn::Reverse4(du, u) : hn::Reverse2(du, u));
+    if constexpr (N == 2) {
+      return hn::BitCast(d, hn::Reverse4(du, u));
+    } else {
+      return hn::BitCast(d, hn::Reverse2(du, u));
+    }
   }
 }
 #else
@@ -295,32 +325,54 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
     }
   } else {
 #if HWY_TARGET == HWY_NEON
-    // 16 bytes a step: turned inside the 64-bit halves (vrev64), the halves
-    // swapped (vext), one load and one store. GCC turns a constant negative
-    // step into separate address arithmetic (vld1/vst1 have no offset
-    // form); a step it cannot see through becomes the register of a
-    // post-decrementing vst1. Unrolling does not help: the loop's
-    // addressing then falls apart into base + offset adds.
-    constexpr int32_t kStep = static_cast<int32_t>(16 / N);
-    const D16 d16;
-    const hn::Repartition<uint64_t, D16> d64;
-    ptrdiff_t back = -16;
-    asm("" : "+r"(back));
-    q += back;
+    // 32 bytes a step: vld4 deals them into four 8-byte vectors (unit k of
+    // vector j is unit 4k + j of the step), each is reversed inside (vrev64)
+    // and vst4 writes them back in the opposite vector order, which is the
+    // step reversed. Six instructions per 32 bytes; a last 16 bytes are
+    // turned inside their halves and the halves swapped. The pointers are
+    // pinned after every step: GCC otherwise rewrites the post-incremented
+    // vld/vst addresses as base + offset, which vld/vst cannot encode.
+    // The destination address is an integer here: after the row's last
+    // step it points before the row.
+    using T = typename UnitLane<N>::T;
+    const hn::Full64<T> dq;
+    uintptr_t back = uintptr_t{0} - 32;
+    Pin(back);
+    uintptr_t qa = reinterpret_cast<uintptr_t>(q) + back;
     const auto step = [&] {
-      const V16 v = ReverseHalves<N>(hn::LoadU(d16, s));
-      s += 16;
-      hn::StoreU(hn::BitCast(d16, hn::Shuffle01(hn::BitCast(d64, v))), d16, q);
-      q += back;
+      hn::Vec<decltype(dq)> v0, v1, v2, v3;
+      hn::LoadInterleaved4(dq, reinterpret_cast<const T*>(s), v0, v1, v2, v3);
+      hn::StoreInterleaved4(ReverseIn64<N>(dq, v3), ReverseIn64<N>(dq, v2),
+                            ReverseIn64<N>(dq, v1), ReverseIn64<N>(dq, v0), dq,
+                            reinterpret_cast<T*>(qa));
+      s += 32;
+      qa += back;
+      Pin(s);
+      Pin(qa);
     };
-    for (; x <= w - 2 * kStep; x += 2 * kStep) {
+    // Steps are counted by the bytes left, so that a row needs no more
+    // registers than its two pointers and its end.
+    const uint8_t* const end = s + w * static_cast<ptrdiff_t>(N);
+    while (end - s >= 128) {
+      step();
+      step();
       step();
       step();
     }
-    if (x <= w - kStep) {
+    if (end - s >= 64) {
       step();
-      x += kStep;
+      step();
     }
+    if (end - s >= 32) step();
+    if (end - s >= 16) {
+      const D16 d16;
+      const hn::Repartition<uint64_t, D16> d64;
+      const V16 v = ReverseIn64<N>(d16, hn::LoadU(d16, s));
+      hn::StoreU(hn::BitCast(d16, hn::Shuffle01(hn::BitCast(d64, v))), d16,
+                 reinterpret_cast<uint8_t*>(qa + 16));
+      s += 16;
+    }
+    x = w - static_cast<int32_t>((end - s) / static_cast<ptrdiff_t>(N));
 #else
     const DW dw;
     constexpr size_t kBytes = hn::MaxLanes(DW());
@@ -353,7 +405,12 @@ void MirrorRows(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
                 ptrdiff_t ds, uint8_t* dst) {
   uint8_t* d = kFlip ? dst + (h - 1) * ds : dst;
   const ptrdiff_t dstep = kFlip ? -ds : ds;
-  for (int32_t y = 0; y < h; ++y, src += ss, d += dstep) MirrorRow<N>(src, w, d);
+  for (int32_t y = 0;;) {
+    MirrorRow<N>(src, w, d);
+    if (++y == h) return;
+    src += ss;
+    d += dstep;
+  }
 }
 
 template <bool kFlip>
