@@ -4,9 +4,9 @@
 // Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8 x 16
 // bytes on 32-bit ARM; 8x8 16-bit units, 4x4 32-bit units; two blocks side
 // by side on 256-bit targets); 180 and mirror reverse whole vectors with byte
-// shuffles (vrev64 and a half swap on NEON); flips copy rows. Both pointers
-// of every loop move by bumps, never by recomputed index products. Block
-// remainders go to the scalar kernels of rotate_kernels.h.
+// shuffles (on NEON, vld4 / vrev64 / vst4 of 32 bytes); flips copy rows. Both
+// addresses of every loop move by bumps, never by recomputed index products.
+// Block remainders go to the scalar kernels of rotate_kernels.h.
 #include "common/internal/simd.h"
 #include "imgp/geometry/rotate_kernels.h"
 
