@@ -1,10 +1,12 @@
 // Rotation by quarter turns and flips: kimgp_rot, its kernel tables and the
 // plane kernels.
 //
-// Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8x8
-// 16-bit units, 4x4 32-bit units; two blocks side by side on 256-bit
-// targets); 180 and mirror reverse whole vectors with byte shuffles; flips
-// copy rows. Block remainders go to the scalar kernels of rotate_kernels.h.
+// Quarter turns transpose blocks of 16 rows x 16 bytes in registers (8 x 16
+// bytes on 32-bit ARM; 8x8 16-bit units, 4x4 32-bit units; two blocks side
+// by side on 256-bit targets); 180 and mirror reverse whole vectors with byte
+// shuffles (on NEON, vld4 / vrev64 / vst4 of 32 bytes); flips copy rows. Both
+// addresses of every loop move by bumps, never by recomputed index products.
+// Block remainders go to the scalar kernels of rotate_kernels.h.
 #include "common/internal/simd.h"
 #include "imgp/geometry/rotate_kernels.h"
 
@@ -42,117 +44,176 @@ constexpr size_t BlocksOf() {
   return hn::MaxLanes(D()) / 16;
 }
 
+// Hides from the compiler what an address holds, once per loop step. On
+// 32-bit ARM, GCC's loop optimiser rewrites a chain of post-incremented
+// vld1/vst1 addresses as base + offset, which vld/vst cannot encode: each
+// then costs an add. Elsewhere this does nothing.
+template <class A>
+HWY_INLINE void Pin(A& a) {
+#if HWY_TARGET == HWY_NEON
+  asm("" : "+r"(a));
+#else
+  (void)a;
+#endif
+}
+
 // ---------------------------------------------------------------- quarter turns
 
-// Transposes, inside every 128-bit block, R rows of N-byte units; r[i] holds
-// row i. Each round zips row i with row i + R/2. After log2(R) rounds r[v]
-// holds, per block, the 16 / (R * N) columns v * 16 / (R * N) + j, each as its
-// R units in row order.
+// Rows per band of a quarter turn of N-byte units. Sixteen rows of bytes and
+// their zip temporaries do not fit the sixteen 128-bit registers of 32-bit
+// ARM, so there bytes go in bands of 8 rows (8 x 16 blocks, written as 8-byte
+// pieces); elsewhere a band is one 128-bit block tall.
+template <size_t N>
+constexpr size_t BandRows() {
+#if HWY_TARGET == HWY_NEON
+  return N == 1 ? 8 : 16 / N;
+#else
+  return 16 / N;
+#endif
+}
+
+// Transposes, inside every 128-bit block (or the whole of a smaller vector),
+// R rows of N-byte units; r[i] holds row i. Each round zips row i with row
+// i + R/2. After log2(R) rounds r[v] holds, per block of B bytes, the
+// B / (R * N) columns v * B / (R * N) + j, each as its R units in row order.
 template <size_t N, size_t R, class D>
 HWY_INLINE void TransposeBlocks(D d, hn::Vec<D>* r) {
   const hn::Repartition<typename UnitLane<N>::T, D> du;
+  // Every loop here and in QuarterBand is unrolled outright: GCC leaves these
+  // loops of 128-bit bodies rolled on 32-bit ARM and then keeps r and t in
+  // memory, a load and a store for every zip.
+  HWY_UNROLL(4)
   for (size_t round = 1; round < R; round *= 2) {
     hn::Vec<D> t[R];
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R / 2; ++i) {
       const auto a = hn::BitCast(du, r[i]);
       const auto b = hn::BitCast(du, r[i + R / 2]);
       t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
       t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
     }
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R; ++i) r[i] = t[i];
   }
 }
 
-// Stores the columns of one transposed block: 16 / P pieces of P bytes, the
-// first for source column col0.
-template <size_t N, size_t R, bool kLeft>
-HWY_INLINE void StoreColumns(V16 blk, int32_t col0, int32_t w, ptrdiff_t ds,
-                             uint8_t* dst_col) {
-  auto row_of = [&](int32_t col) -> uint8_t* {
-    return dst_col + (kLeft ? w - 1 - col : col) * ds;
-  };
-  if constexpr (R * N == 16) {
-    hn::StoreU(blk, D16(), row_of(col0));
+// Stores the P-byte pieces of a transposed block of D (at most 16 bytes), one
+// destination row each, the first at address *q; *q moves by step per
+// piece. The address is an integer: after a band's last piece it points
+// outside the plane.
+template <size_t P, class D>
+HWY_INLINE void StorePieces(D d, hn::Vec<D> blk, uintptr_t step, uintptr_t* q) {
+  constexpr size_t kBytes = hn::MaxLanes(D());
+  if constexpr (P == kBytes) {
+    hn::StoreU(blk, d, reinterpret_cast<uint8_t*>(*q));
+    *q += step;
   } else {
-    static_assert(R * N == 8, "piece of half a block");
-    const D8 d8;
-    hn::StoreU(hn::LowerHalf(d8, blk), d8, row_of(col0));
-    hn::StoreU(hn::UpperHalf(d8, blk), d8, row_of(col0 + 1));
+    static_assert(2 * P == kBytes, "piece of half a block");
+    const hn::Half<D> dh;
+    hn::StoreU(hn::LowerHalf(dh, blk), dh, reinterpret_cast<uint8_t*>(*q));
+    *q += step;
+    hn::StoreU(hn::UpperHalf(dh, blk), dh, reinterpret_cast<uint8_t*>(*q));
+    *q += step;
   }
 }
 
-// Source rows [y0, y0 + R), columns from x on in steps of one vector of D:
+// A band of R source rows, columns from x on in steps of one vector of D:
 // each step transposes R rows and writes them as destination rows (90l from
 // row W-1-x upward, 90r from row x downward, with the rows read bottom up so
-// the destination columns run right to left). Returns the first column that
-// is left over.
+// the destination columns run right to left). s is the band's first row to
+// read, sstep the step to the next, dst_col the band's destination column.
+// Source and destination move by pointer bumps only. Returns the first
+// column that is left over.
 template <size_t N, size_t R, bool kLeft, class D>
-HWY_INLINE int32_t QuarterBand(D d, const uint8_t* src, int32_t w, int32_t h,
-                               ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
-                               int32_t y0, int32_t x) {
-  constexpr int32_t kUnits = 16 / N;  // per block
-  constexpr size_t kBlocks = BlocksOf<D>();
-  constexpr int32_t kStep = static_cast<int32_t>(kBlocks) * kUnits;
-  uint8_t* dst_col =
-      dst + static_cast<ptrdiff_t>(kLeft ? y0 : h - y0 - int32_t{R}) * N;
-  const uint8_t* rows[R];
-  for (size_t i = 0; i < R; ++i) {
-    rows[i] = src + (y0 + static_cast<int32_t>(kLeft ? i : R - 1 - i)) * ss;
-  }
+HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
+                               int32_t w, ptrdiff_t ds, uint8_t* dst_col,
+                               int32_t x) {
+  constexpr size_t kBytes = hn::MaxLanes(D());
+  constexpr size_t kBlock = kBytes < 16 ? kBytes : 16;
+  constexpr int32_t kStep = static_cast<int32_t>(kBytes / N);
+  // A negative step must live in a register of its own to be the
+  // post-increment of a vst1 (GCC would subtract ds instead).
+  uintptr_t dstep = static_cast<uintptr_t>(kLeft ? -ds : ds);
+  Pin(dstep);
+  Pin(sstep);
+  uintptr_t q = reinterpret_cast<uintptr_t>(dst_col) +
+                static_cast<uintptr_t>((kLeft ? w - 1 - x : x) * ds);
+  s += x * static_cast<ptrdiff_t>(N);
   for (; x <= w - kStep; x += kStep) {
     hn::Vec<D> r[R];
-    for (size_t i = 0; i < R; ++i) r[i] = hn::LoadU(d, rows[i] + x * N);
+    const uint8_t* p = s;
+    HWY_UNROLL(16)
+    for (size_t i = 0; i < R; ++i) {
+      r[i] = hn::LoadU(d, p);
+      if (i + 1 < R) p += sstep;
+    }
+    s += kBytes;
     TransposeBlocks<N, R>(d, r);
-    constexpr int32_t kPieces = static_cast<int32_t>(16 / (R * N));
-    for (size_t v = 0; v < R; ++v) {
-      const int32_t col = x + static_cast<int32_t>(v) * kPieces;
-      if constexpr (kBlocks == 1) {
-        StoreColumns<N, R, kLeft>(r[v], col, w, ds, dst_col);
-      } else {
-        static_assert(kBlocks == 2, "at most two blocks");
-        StoreColumns<N, R, kLeft>(hn::LowerHalf(D16(), r[v]), col, w, ds,
-                                  dst_col);
-        StoreColumns<N, R, kLeft>(hn::UpperHalf(D16(), r[v]), col + kUnits, w,
-                                  ds, dst_col);
+    if constexpr (kBytes <= 16) {
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) StorePieces<R * N>(d, r[v], dstep, &q);
+    } else {
+      static_assert(kBytes == 32, "at most two blocks");
+      const hn::Half<D> dh;
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) {
+        StorePieces<R * N>(dh, hn::LowerHalf(dh, r[v]), dstep, &q);
+      }
+      HWY_UNROLL(16)
+      for (size_t v = 0; v < R; ++v) {
+        StorePieces<R * N>(dh, hn::UpperHalf(dh, r[v]), dstep, &q);
       }
     }
+    static_assert(kBlock % (R * N) == 0, "whole pieces per block");
+    Pin(s);
+    Pin(q);
   }
   return x;
 }
 
-// One band of R source rows across the whole width: wide vectors, then
-// single blocks, then the scalar kernel for the last columns.
+// One band of R source rows from row y0 across the whole width: wide
+// vectors, then single blocks, then 8-byte vectors when the pieces are that
+// small, then the scalar kernel for the last columns.
 template <size_t N, size_t R, bool kLeft>
 HWY_INLINE void QuarterRows(const uint8_t* src, int32_t w, int32_t h,
                             ptrdiff_t ss, ptrdiff_t ds, uint8_t* dst,
                             int32_t y0) {
-  int32_t x = QuarterBand<N, R, kLeft>(DW(), src, w, h, ss, ds, dst, y0, 0);
-  if (BlocksOf<DW>() > 1) {
-    x = QuarterBand<N, R, kLeft>(D16(), src, w, h, ss, ds, dst, y0, x);
+  const ptrdiff_t rows = R;
+  const uint8_t* s = src + (kLeft ? y0 : y0 + rows - 1) * ss;
+  const ptrdiff_t sstep = kLeft ? ss : -ss;
+  uint8_t* dst_col =
+      dst + (kLeft ? y0 : h - y0 - rows) * static_cast<ptrdiff_t>(N);
+  int32_t x = QuarterBand<N, R, kLeft>(DW(), s, sstep, w, ds, dst_col, 0);
+  if constexpr (BlocksOf<DW>() > 1) {
+    x = QuarterBand<N, R, kLeft>(D16(), s, sstep, w, ds, dst_col, x);
+  }
+  if constexpr (R * N <= 8) {
+    x = QuarterBand<N, R, kLeft>(D8(), s, sstep, w, ds, dst_col, x);
   }
   if (x < w) {
     constexpr int kOp = kLeft ? kRot90l : kRot90r;
-    const ptrdiff_t rows = R;
     scalar::RotatePlane<kOp, N>(
         src + y0 * ss + x * static_cast<ptrdiff_t>(N), w - x, R, ss, ds,
-        kLeft ? dst + y0 * static_cast<ptrdiff_t>(N)
-              : dst + x * ds + (h - y0 - rows) * static_cast<ptrdiff_t>(N));
+        kLeft ? dst_col : dst_col + x * ds);
   }
 }
 
-// A quarter turn of 1-, 2- or 4-byte units: bands of 16 / N rows, then one
-// band of half that, then the scalar kernel for the last rows.
+// A quarter turn of 1-, 2- or 4-byte units: bands of BandRows rows, then one
+// band of half that when its pieces are still 8 bytes or more, then the
+// scalar kernel for the last rows.
 template <size_t N, bool kLeft>
 void QuarterTurn(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
                  ptrdiff_t ds, uint8_t* dst) {
-  constexpr int32_t kRows = 16 / N;
+  constexpr int32_t kRows = static_cast<int32_t>(BandRows<N>());
   int32_t y = 0;
   for (; y <= h - kRows; y += kRows) {
     QuarterRows<N, kRows, kLeft>(src, w, h, ss, ds, dst, y);
   }
-  if (h - y >= kRows / 2) {
-    QuarterRows<N, kRows / 2, kLeft>(src, w, h, ss, ds, dst, y);
-    y += kRows / 2;
+  if constexpr (kRows / 2 * N >= 8) {
+    if (h - y >= kRows / 2) {
+      QuarterRows<N, kRows / 2, kLeft>(src, w, h, ss, ds, dst, y);
+      y += kRows / 2;
+    }
   }
   if (y < h) {
     constexpr int kOp = kLeft ? kRot90l : kRot90r;
@@ -200,6 +261,27 @@ constexpr Reverse3Index MakeReverse3Index() {
   return t;
 }
 
+#if HWY_TARGET == HWY_NEON
+// Reverses the N-byte units inside every 64-bit half of v (one vrev64).
+template <size_t N, class D>
+HWY_INLINE hn::Vec<D> ReverseIn64(D d, hn::Vec<D> v) {
+  if constexpr (N == 1) {
+    if constexpr (hn::MaxLanes(D()) == 16) {
+      return hn::Vec<D>(vrev64q_u8(v.raw));
+    } else {
+      return hn::Vec<D>(vrev64_u8(v.raw));
+    }
+  } else {
+    const hn::Repartition<typename UnitLane<N>::T, D> du;
+    const auto u = hn::BitCast(du, v);
+    if constexpr (N == 2) {
+      return hn::BitCast(d, hn::Reverse4(du, u));
+    } else {
+      return hn::BitCast(d, hn::Reverse2(du, u));
+    }
+  }
+}
+#else
 // Reverses the N-byte units of a whole vector of D.
 template <size_t N, class D>
 HWY_INLINE hn::Vec<D> ReverseUnits(D d, hn::Vec<D> v) {
@@ -211,11 +293,14 @@ HWY_INLINE hn::Vec<D> ReverseUnits(D d, hn::Vec<D> v) {
         hn::TableLookupBytes(v, hn::LoadDup128(d, kIdx.idx)));
   }
 }
+#endif
 
-// Writes the first w units of row s in reverse order to row d.
+// Writes the first w units of row s in reverse order to row d: the source
+// pointer moves forward, the destination pointer back from the row's end.
 template <size_t N>
 HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
   int32_t x = 0;
+  uint8_t* q = d + w * static_cast<ptrdiff_t>(N);
   if constexpr (N == 3) {
     static constexpr Reverse3Index kIdx = MakeReverse3Index();
     const D16 d16;
@@ -224,10 +309,10 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
       for (size_t j = 0; j < 3; ++j) idx[k][j] = hn::Load(d16, kIdx.idx[k][j]);
     }
     for (; x <= w - 16; x += 16) {
-      const uint8_t* p = s + x * 3;
-      const V16 in[3] = {hn::LoadU(d16, p), hn::LoadU(d16, p + 16),
-                         hn::LoadU(d16, p + 32)};
-      uint8_t* q = d + (w - x - 16) * 3;
+      const V16 in[3] = {hn::LoadU(d16, s), hn::LoadU(d16, s + 16),
+                         hn::LoadU(d16, s + 32)};
+      s += 48;
+      q -= 48;
       for (size_t k = 0; k < 3; ++k) {
         V16 out = hn::Zero(d16);
         for (size_t j = 0; j < 3; ++j) {
@@ -239,33 +324,92 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
       }
     }
   } else {
+#if HWY_TARGET == HWY_NEON
+    // 32 bytes a step: vld4 deals them into four 8-byte vectors (unit k of
+    // vector j is unit 4k + j of the step), each is reversed inside (vrev64)
+    // and vst4 writes them back in the opposite vector order, which is the
+    // step reversed. Six instructions per 32 bytes; a last 16 bytes are
+    // turned inside their halves and the halves swapped. The pointers are
+    // pinned after every step: GCC otherwise rewrites the post-incremented
+    // vld/vst addresses as base + offset, which vld/vst cannot encode.
+    // The destination address is an integer here: after the row's last
+    // step it points before the row.
+    using T = typename UnitLane<N>::T;
+    const hn::Full64<T> dq;
+    uintptr_t back = uintptr_t{0} - 32;
+    Pin(back);
+    uintptr_t qa = reinterpret_cast<uintptr_t>(q) + back;
+    const auto step = [&] {
+      hn::Vec<decltype(dq)> v0, v1, v2, v3;
+      hn::LoadInterleaved4(dq, reinterpret_cast<const T*>(s), v0, v1, v2, v3);
+      hn::StoreInterleaved4(ReverseIn64<N>(dq, v3), ReverseIn64<N>(dq, v2),
+                            ReverseIn64<N>(dq, v1), ReverseIn64<N>(dq, v0), dq,
+                            reinterpret_cast<T*>(qa));
+      s += 32;
+      qa += back;
+      Pin(s);
+      Pin(qa);
+    };
+    // Steps are counted by the bytes left, so that a row needs no more
+    // registers than its two pointers and its end.
+    const uint8_t* const end = s + w * static_cast<ptrdiff_t>(N);
+    while (end - s >= 128) {
+      step();
+      step();
+      step();
+      step();
+    }
+    if (end - s >= 64) {
+      step();
+      step();
+    }
+    if (end - s >= 32) step();
+    if (end - s >= 16) {
+      const D16 d16;
+      const hn::Repartition<uint64_t, D16> d64;
+      const V16 v = ReverseIn64<N>(d16, hn::LoadU(d16, s));
+      hn::StoreU(hn::BitCast(d16, hn::Shuffle01(hn::BitCast(d64, v))), d16,
+                 reinterpret_cast<uint8_t*>(qa + 16));
+      s += 16;
+    }
+    x = w - static_cast<int32_t>((end - s) / static_cast<ptrdiff_t>(N));
+#else
     const DW dw;
-    constexpr int32_t kStep = static_cast<int32_t>(hn::MaxLanes(DW()) / N);
+    constexpr size_t kBytes = hn::MaxLanes(DW());
+    constexpr int32_t kStep = static_cast<int32_t>(kBytes / N);
     for (; x <= w - 2 * kStep; x += 2 * kStep) {
-      const auto a = hn::LoadU(dw, s + x * N);
-      const auto b = hn::LoadU(dw, s + (x + kStep) * N);
-      uint8_t* q = d + (w - x - 2 * kStep) * static_cast<ptrdiff_t>(N);
+      const auto a = hn::LoadU(dw, s);
+      const auto b = hn::LoadU(dw, s + kBytes);
+      s += 2 * kBytes;
+      q -= 2 * kBytes;
       hn::StoreU(ReverseUnits<N>(dw, b), dw, q);
-      hn::StoreU(ReverseUnits<N>(dw, a), dw, q + kStep * N);
+      hn::StoreU(ReverseUnits<N>(dw, a), dw, q + kBytes);
     }
     constexpr int32_t kBlockStep = static_cast<int32_t>(16 / N);
     const D16 d16;
     for (; x <= w - kBlockStep; x += kBlockStep) {
-      const V16 a = hn::LoadU(d16, s + x * N);
-      hn::StoreU(ReverseUnits<N>(d16, a), d16,
-                 d + (w - x - kBlockStep) * static_cast<ptrdiff_t>(N));
+      const V16 a = hn::LoadU(d16, s);
+      s += 16;
+      q -= 16;
+      hn::StoreU(ReverseUnits<N>(d16, a), d16, q);
     }
+#endif
   }
   // Units x..w-1 go to the first w - x destination units.
-  if (x < w) scalar::RotatePlane<kRotHori, N>(s + x * N, w - x, 1, 0, 0, d);
+  if (x < w) scalar::RotatePlane<kRotHori, N>(s, w - x, 1, 0, 0, d);
 }
 
 // Mirror (kFlip false) or 180 (kFlip true, rows in reverse order).
 template <size_t N, bool kFlip>
 void MirrorRows(const uint8_t* src, int32_t w, int32_t h, ptrdiff_t ss,
                 ptrdiff_t ds, uint8_t* dst) {
-  for (int32_t y = 0; y < h; ++y) {
-    MirrorRow<N>(src + y * ss, w, dst + (kFlip ? h - 1 - y : y) * ds);
+  uint8_t* d = kFlip ? dst + (h - 1) * ds : dst;
+  const ptrdiff_t dstep = kFlip ? -ds : ds;
+  for (int32_t y = 0;;) {
+    MirrorRow<N>(src, w, d);
+    if (++y == h) return;
+    src += ss;
+    d += dstep;
   }
 }
 

@@ -79,7 +79,11 @@ struct Plane {
 std::vector<Size2> KernelSizes(std::mt19937& rng) {
   std::vector<Size2> sizes = TestSizes(rng, 25, 200, 40);
   const Size2 more[] = {{17, 9}, {9, 17}, {8, 8},   {16, 16}, {16, 8},  {32, 16},
-                        {48, 24}, {24, 40}, {33, 25}, {64, 12}, {4, 4}, {2, 6}};
+                        {48, 24}, {24, 40}, {33, 25}, {64, 12}, {4, 4}, {2, 6},
+                        // Bands of 8 and 16 rows with 7 or 15 left over, and
+                        // widths that end on an 8-byte block after 16- and
+                        // 32-byte ones.
+                        {8, 23}, {40, 15}, {56, 31}, {72, 9}};
   sizes.insert(sizes.end(), std::begin(more), std::end(more));
   return sizes;
 }
