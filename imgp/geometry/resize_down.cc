@@ -20,6 +20,8 @@
 
 #include "common/internal/x86_raw-inl.h"
 #include "imgp/geometry/resize_down_kernels.h"
+#include "imgp/geometry/rotate_kernels.h"
+#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -216,15 +218,21 @@ using D16x8Half = hn::Half<D16x8>;
 
 // Sums of adjacent byte pairs as 16-bit lanes, and the sums of two rows.
 #if KELO_X86_RAW
-HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
-  return hn::Vec<D16x16>{RawMulAddPairs(v.raw, _mm_set1_epi8(1))};
+// (Of vectors of any width: every 128-bit block on its own.)
+template <class V>
+using WideOf = hn::Vec<hn::RepartitionToWide<hn::DFromV<V>>>;
+template <class V>
+HWY_INLINE WideOf<V> PairSums(V v) {
+  return WideOf<V>{RawMulAddPairs(v.raw, hn::Set(hn::DFromV<V>(), 1).raw)};
 }
-HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
+template <class V>
+HWY_INLINE WideOf<V> PairSums2(V a, V b) {
   return hn::Add(PairSums(a), PairSums(b));
 }
 // Lanes <= 255 of lo then hi, as bytes.
-HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
-  return hn::Vec<D16x8>{RawPackBytes(lo.raw, hi.raw)};
+template <class W>
+HWY_INLINE hn::Vec<hn::Repartition<uint8_t, hn::DFromV<W>>> Narrow(W lo, W hi) {
+  return hn::Vec<hn::Repartition<uint8_t, hn::DFromV<W>>>{RawPackBytes(lo.raw, hi.raw)};
 }
 #elif HWY_TARGET == HWY_NEON
 HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
@@ -392,6 +400,66 @@ void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   }
 }
 
+// ------------------------------------------------------ turned tiles
+
+// A quarter turn of a tile of byte rows whose destination rows take whole
+// cache lines: `rows` (a multiple of 16 per block) rows of cols16 * 16
+// bytes, 16 columns at a time. Every block holds 16 rows (two blocks: rows
+// 16 apart), transposed in registers; the blocks of all rows for one column
+// run go out as one run of its destination row. Plain column x goes to
+// destination row x (90r) or cols - 1 - x (90l) below `dst`, tile row y to
+// destination byte y (90l) or rows - 1 - y (90r).
+using DW = hn::CappedTag<uint8_t, 32>;
+
+// 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
+template <class D>
+HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    (void)hi;
+    return hn::LoadU(d, lo);
+  } else {
+    const D16x8 d16;
+    return hn::Combine(d, hn::LoadU(d16, hi), hn::LoadU(d16, lo));
+  }
+}
+
+template <bool kLeft>
+void TurnTile(const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols16, uint8_t* dst,
+              ptrdiff_t ds) {
+  const DW d;
+  constexpr int32_t kSlots = static_cast<int32_t>(hn::MaxLanes(DW()));
+  const ptrdiff_t down = kLeft ? -ds : ds;
+  uint8_t* o = kLeft ? dst + ptrdiff_t{16 * cols16 - 1} * ds : dst;
+  for (int32_t k = 0; k < cols16; ++k, o += 16 * down) {
+    for (int32_t set = 0; set < rows; set += kSlots) {
+      // Slot j of this set is tile row set + j (90l) or rows - 1 - set - j.
+      const uint8_t* first =
+          tile + (kLeft ? set : rows - 1 - set) * ts + ptrdiff_t{16} * k;
+      const ptrdiff_t next = kLeft ? ts : -ts;
+      hn::Vec<DW> r[16];
+      for (int32_t i = 0; i < 16; ++i) {
+        r[i] = LoadBlocks(d, first + i * next, first + (i + 16) * next);
+      }
+      TransposeInBlocks<1, 16>(d, r);
+      for (int32_t v = 0; v < 16; ++v) hn::StoreU(r[v], d, o + v * down + set);
+    }
+  }
+}
+
+// Byte tiles of rows rows (a multiple of 32) turned by op (a quarter turn);
+// returns the columns done, from the first.
+int32_t TurnTileVec(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols,
+                    uint8_t* dst, ptrdiff_t ds) {
+  const int32_t cols16 = cols / 16;
+  if (op == kRot90l) {
+    // Columns from cols16 * 16 on are the top destination rows.
+    TurnTile<true>(tile, ts, rows, cols16, dst + ptrdiff_t{cols - 16 * cols16} * ds, ds);
+  } else {
+    TurnTile<false>(tile, ts, rows, cols16, dst, ds);
+  }
+  return 16 * cols16;
+}
+
 void ShrinkVec(const ShrinkJob& job, ColState* st) {
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
@@ -443,6 +511,9 @@ int64_t AvgRowsVec(const uint8_t* a, const uint8_t* b, uint8_t* d, int64_t n, ui
 
 #else   // HWY_SCALAR: the scalar rows do everything.
 void ShrinkVec(const ShrinkJob&, ColState*) {}
+int32_t TurnTileVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*, ptrdiff_t) {
+  return 0;
+}
 int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) { return 0; }
 #endif  // HWY_TARGET != HWY_SCALAR
 
@@ -452,6 +523,8 @@ HWY_AFTER_NAMESPACE();
 #endif  // KELO_HAVE_HWY
 
 #if !KELO_HAVE_HWY || HWY_ONCE
+#include <cstdlib>
+
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
 #include "imgp/geometry/resize_tiles.h"
@@ -462,6 +535,9 @@ namespace kelo {
 namespace rsz {
 namespace scalar {
 inline void ShrinkVec(const ShrinkJob&, ColState*) {}
+inline int32_t TurnTileVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*, ptrdiff_t) {
+  return 0;
+}
 inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) {
   return 0;
 }
@@ -471,6 +547,7 @@ inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uin
 using rsz::ColState;
 using rsz::ShrinkJob;
 KELO_VEC_EXPORT(ShrinkVec);
+KELO_VEC_EXPORT(TurnTileVec);
 KELO_VEC_EXPORT(AvgRowsVec);
 
 namespace rsz {
@@ -542,27 +619,76 @@ void DownH(const void* tmp, void* dst, int32_t dw, int32_t ds, int32_t dh, int32
               rh);
 }
 
-// The rotating one-pass shrink: the plain job on a tile of rows of one
-// column chunk at a time, each tile rotated into place. `whole` is the plain
-// kernel's job with dst the rotated destination.
+// Plain output columns [x0, x1) of rows [y0, y1) of `whole` (the plain
+// kernel's job with dst the rotated destination): the plain job on a tile of
+// rows of one column chunk at a time, each tile rotated into place.
 template <class L>
-void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
+void RotShrinkTiles(int op, const ShrinkJob& whole, ptrdiff_t ds, int32_t x0, int32_t x1,
+                    int32_t y0, int32_t y1) {
+  if (x0 >= x1 || y0 >= y1) return;
   alignas(64) uint8_t tile[kTileBytes];
   RotTiles rt{op, L::kBytes, whole.cols.dw, whole.rows.dh, whole.dst, ds, tile};
   ShrinkJob job = whole;
   job.dst = tile;
-  ForEachChunk(&rt, [&] {
+  while (job.col0.x < x0) job.cols.Next(&job.col0);
+  RowState first = whole.row0;
+  for (int32_t y = 0; y < y0; ++y) whole.rows.Next(&first);
+  ForEachChunk(&rt, x0, x1, [&] {
     job.dst_step = rt.TileStep();
     job.col_end = rt.x0 + rt.wc;
-    job.row0 = RowState{};
-    for (int32_t y0 = 0; y0 < rt.h; y0 += rt.Rows()) {
-      job.nrows = rt.h - y0 < rt.Rows() ? rt.h - y0 : rt.Rows();
+    job.row0 = first;
+    for (int32_t y = y0; y < y1; y += rt.Rows()) {
+      job.nrows = y1 - y < rt.Rows() ? y1 - y : rt.Rows();
       Shrink<L>(job, &ShrinkBest);
       for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
-      rt.Flush(y0, job.nrows);
+      rt.Flush(y, job.nrows);
     }
     while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
   });
+}
+
+// Byte planes turned by a quarter go through bands of 64 rows, so that each
+// destination row takes a cache line per band, and of whole rows up to
+// kBandCols units, so that the source rows are read through as in the plain
+// kernel.
+constexpr int32_t kBandRows = 64, kBandCols = 2048;
+
+// The rotating one-pass shrink: the plain job on a tile of rows of one
+// column chunk at a time, each tile rotated into place; byte planes turned
+// by a quarter take bands of kBandRows rows while they last (in a band
+// buffer, when one can be had).
+template <class L>
+void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
+  int32_t yf = 0;
+  const int32_t w = whole.cols.dw;
+  const int32_t chunk = w < kBandCols ? w : kBandCols;
+  uint8_t* band = nullptr;
+  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && whole.rows.dh >= kBandRows) {
+    band = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(kBandRows) * chunk));
+  }
+  if (band != nullptr) {
+    yf = whole.rows.dh / kBandRows * kBandRows;
+    const RotTiles rt{op, 1, w, whole.rows.dh, whole.dst, ds, band};
+    ShrinkJob job = whole;
+    job.dst = band;
+    job.nrows = kBandRows;
+    for (int32_t x0 = 0; x0 < w; x0 += chunk) {
+      const int32_t wc = w - x0 < chunk ? w - x0 : chunk;
+      job.dst_step = wc;
+      job.col_end = x0 + wc;
+      job.row0 = RowState{};
+      for (int32_t y0 = 0; y0 < yf; y0 += kBandRows) {
+        Shrink<L>(job, &ShrinkBest);
+        for (int32_t i = 0; i < kBandRows; ++i) job.rows.Next(&job.row0);
+        const int32_t done = KELO_VEC_CALL(TurnTileVec, scalar::TurnTileVec)(
+            op, band, wc, kBandRows, wc, rt.Corner(x0, wc, y0, kBandRows), ds);
+        if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, kBandRows);
+      }
+      while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+    }
+    std::free(band);
+  }
+  RotShrinkTiles<L>(op, whole, ds, 0, w, yf, whole.rows.dh);
 }
 
 template <class L>
