@@ -402,13 +402,6 @@ void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
 
 // ------------------------------------------------------ turned tiles
 
-// A quarter turn of a tile of byte rows whose destination rows take whole
-// cache lines: `rows` (a multiple of 16 per block) rows of cols16 * 16
-// bytes, 16 columns at a time. Every block holds 16 rows (two blocks: rows
-// 16 apart), transposed in registers; the blocks of all rows for one column
-// run go out as one run of its destination row. Plain column x goes to
-// destination row x (90r) or cols - 1 - x (90l) below `dst`, tile row y to
-// destination byte y (90l) or rows - 1 - y (90r).
 using DW = hn::CappedTag<uint8_t, 32>;
 
 // 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
@@ -423,30 +416,43 @@ HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
   }
 }
 
+// A quarter turn of a tile of byte rows whose destination rows take whole
+// cache lines: `rows` (a multiple of 16) rows of cols16 * 16 bytes, 16
+// columns at a time. Every block holds 16 rows (two blocks: rows 16 apart),
+// transposed in registers, and the blocks of all rows for one column run go
+// out as one run of its destination row. Plain column x goes to destination
+// row x (90r) or cols - 1 - x (90l) below `dst`, tile row y to destination
+// byte y (90l) or rows - 1 - y (90r).
+// 16 rows per block from `first` on, `next` bytes apart (block 1: the 16
+// after those), 16 bytes each, turned: column v to o + v * down.
+template <class D>
+HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, ptrdiff_t down) {
+  hn::Vec<D> r[16];
+  for (int32_t i = 0; i < 16; ++i) r[i] = LoadBlocks(d, first + i * next, first + (i + 16) * next);
+  TransposeInBlocks<1, 16>(d, r);
+  for (int32_t v = 0; v < 16; ++v) hn::StoreU(r[v], d, o + v * down);
+}
+
 template <bool kLeft>
 void TurnTile(const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols16, uint8_t* dst,
               ptrdiff_t ds) {
-  const DW d;
-  constexpr int32_t kSlots = static_cast<int32_t>(hn::MaxLanes(DW()));
   const ptrdiff_t down = kLeft ? -ds : ds;
+  const ptrdiff_t next = kLeft ? ts : -ts;
+  constexpr int32_t kSlots = static_cast<int32_t>(hn::MaxLanes(DW()));
+  const int32_t whole = rows / kSlots * kSlots;
   uint8_t* o = kLeft ? dst + ptrdiff_t{16 * cols16 - 1} * ds : dst;
-  for (int32_t k = 0; k < cols16; ++k, o += 16 * down) {
-    for (int32_t set = 0; set < rows; set += kSlots) {
-      // Slot j of this set is tile row set + j (90l) or rows - 1 - set - j.
-      const uint8_t* first =
-          tile + (kLeft ? set : rows - 1 - set) * ts + ptrdiff_t{16} * k;
-      const ptrdiff_t next = kLeft ? ts : -ts;
-      hn::Vec<DW> r[16];
-      for (int32_t i = 0; i < 16; ++i) {
-        r[i] = LoadBlocks(d, first + i * next, first + (i + 16) * next);
-      }
-      TransposeInBlocks<1, 16>(d, r);
-      for (int32_t v = 0; v < 16; ++v) hn::StoreU(r[v], d, o + v * down + set);
+  // Slot j of the set from tile row `set` on is tile row set + j (90l) or
+  // rows - 1 - set - j (90r).
+  const uint8_t* first = tile + (kLeft ? 0 : rows - 1) * ts;
+  for (int32_t k = 0; k < cols16; ++k, o += 16 * down, first += 16) {
+    for (int32_t set = 0; set < whole; set += kSlots) {
+      TurnSet(DW(), first + set * next, next, o + set, down);
     }
+    if (whole < rows) TurnSet(D16x8(), first + whole * next, next, o + whole, down);
   }
 }
 
-// Byte tiles of rows rows (a multiple of 32) turned by op (a quarter turn);
+// Byte tiles of rows rows (a multiple of 16) turned by op (a quarter turn);
 // returns the columns done, from the first.
 int32_t TurnTileVec(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols,
                     uint8_t* dst, ptrdiff_t ds) {
@@ -648,47 +654,50 @@ void RotShrinkTiles(int op, const ShrinkJob& whole, ptrdiff_t ds, int32_t x0, in
 }
 
 // Byte planes turned by a quarter go through bands of 64 rows, so that each
-// destination row takes a cache line per band, and of whole rows up to
-// kBandCols units, so that the source rows are read through as in the plain
-// kernel.
+// destination row takes a cache line per band (then one of 32 and one of 16
+// for the rows left), and of whole rows up to kBandCols units, so that the
+// source rows are read through as in the plain kernel.
 constexpr int32_t kBandRows = 64, kBandCols = 2048;
+inline int32_t BandRows(int32_t left) {
+  return left >= 64 ? 64 : left >= 32 ? 32 : left >= 16 ? 16 : 0;
+}
 
 // The rotating one-pass shrink: the plain job on a tile of rows of one
 // column chunk at a time, each tile rotated into place; byte planes turned
-// by a quarter take bands of kBandRows rows while they last (in a band
-// buffer, when one can be had).
+// by a quarter take bands while they last (in a band buffer, when one can be
+// had).
 template <class L>
 void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
-  int32_t yf = 0;
-  const int32_t w = whole.cols.dw;
+  const int32_t w = whole.cols.dw, h = whole.rows.dh;
   const int32_t chunk = w < kBandCols ? w : kBandCols;
+  int32_t yf = 0;
   uint8_t* band = nullptr;
-  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && whole.rows.dh >= kBandRows) {
+  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && h >= 16) {
     band = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(kBandRows) * chunk));
   }
   if (band != nullptr) {
-    yf = whole.rows.dh / kBandRows * kBandRows;
-    const RotTiles rt{op, 1, w, whole.rows.dh, whole.dst, ds, band};
+    yf = h / 16 * 16;
+    const RotTiles rt{op, 1, w, h, whole.dst, ds, band};
     ShrinkJob job = whole;
     job.dst = band;
-    job.nrows = kBandRows;
     for (int32_t x0 = 0; x0 < w; x0 += chunk) {
       const int32_t wc = w - x0 < chunk ? w - x0 : chunk;
       job.dst_step = wc;
       job.col_end = x0 + wc;
       job.row0 = RowState{};
-      for (int32_t y0 = 0; y0 < yf; y0 += kBandRows) {
+      for (int32_t y0 = 0; y0 < yf; y0 += job.nrows) {
+        job.nrows = BandRows(h - y0);
         Shrink<L>(job, &ShrinkBest);
-        for (int32_t i = 0; i < kBandRows; ++i) job.rows.Next(&job.row0);
+        for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
         const int32_t done = KELO_VEC_CALL(TurnTileVec, scalar::TurnTileVec)(
-            op, band, wc, kBandRows, wc, rt.Corner(x0, wc, y0, kBandRows), ds);
-        if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, kBandRows);
+            op, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
+        if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, job.nrows);
       }
       while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
     }
     std::free(band);
   }
-  RotShrinkTiles<L>(op, whole, ds, 0, w, yf, whole.rows.dh);
+  RotShrinkTiles<L>(op, whole, ds, 0, w, yf, h);
 }
 
 template <class L>
