@@ -20,8 +20,6 @@
 
 #include "common/internal/x86_raw-inl.h"
 #include "imgp/geometry/resize_down_kernels.h"
-#include "imgp/geometry/rotate_kernels.h"
-#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -218,21 +216,15 @@ using D16x8Half = hn::Half<D16x8>;
 
 // Sums of adjacent byte pairs as 16-bit lanes, and the sums of two rows.
 #if KELO_X86_RAW
-// (Of vectors of any width: every 128-bit block on its own.)
-template <class V>
-using WideOf = hn::Vec<hn::RepartitionToWide<hn::DFromV<V>>>;
-template <class V>
-HWY_INLINE WideOf<V> PairSums(V v) {
-  return WideOf<V>{RawMulAddPairs(v.raw, hn::Set(hn::DFromV<V>(), 1).raw)};
+HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
+  return hn::Vec<D16x16>{RawMulAddPairs(v.raw, _mm_set1_epi8(1))};
 }
-template <class V>
-HWY_INLINE WideOf<V> PairSums2(V a, V b) {
+HWY_INLINE hn::Vec<D16x16> PairSums2(hn::Vec<D16x8> a, hn::Vec<D16x8> b) {
   return hn::Add(PairSums(a), PairSums(b));
 }
 // Lanes <= 255 of lo then hi, as bytes.
-template <class W>
-HWY_INLINE hn::Vec<hn::Repartition<uint8_t, hn::DFromV<W>>> Narrow(W lo, W hi) {
-  return hn::Vec<hn::Repartition<uint8_t, hn::DFromV<W>>>{RawPackBytes(lo.raw, hi.raw)};
+HWY_INLINE hn::Vec<D16x8> Narrow(hn::Vec<D16x16> lo, hn::Vec<D16x16> hi) {
+  return hn::Vec<D16x8>{RawPackBytes(lo.raw, hi.raw)};
 }
 #elif HWY_TARGET == HWY_NEON
 HWY_INLINE hn::Vec<D16x16> PairSums(hn::Vec<D16x8> v) {
@@ -400,72 +392,6 @@ void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   }
 }
 
-// ------------------------------------------------------ turned tiles
-
-using DW = hn::CappedTag<uint8_t, 32>;
-
-// 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
-template <class D>
-HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    (void)hi;
-    return hn::LoadU(d, lo);
-  } else {
-    const D16x8 d16;
-    return hn::Combine(d, hn::LoadU(d16, hi), hn::LoadU(d16, lo));
-  }
-}
-
-// A quarter turn of a tile of byte rows whose destination rows take whole
-// cache lines: `rows` (a multiple of 16) rows of cols16 * 16 bytes, 16
-// columns at a time. Every block holds 16 rows (two blocks: rows 16 apart),
-// transposed in registers, and the blocks of all rows for one column run go
-// out as one run of its destination row. Plain column x goes to destination
-// row x (90r) or cols - 1 - x (90l) below `dst`, tile row y to destination
-// byte y (90l) or rows - 1 - y (90r).
-// 16 rows per block from `first` on, `next` bytes apart (block 1: the 16
-// after those), 16 bytes each, turned: column v to o + v * down.
-template <class D>
-HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, ptrdiff_t down) {
-  hn::Vec<D> r[16];
-  for (int32_t i = 0; i < 16; ++i) r[i] = LoadBlocks(d, first + i * next, first + (i + 16) * next);
-  TransposeInBlocks<1, 16>(d, r);
-  for (int32_t v = 0; v < 16; ++v) hn::StoreU(r[v], d, o + v * down);
-}
-
-template <bool kLeft>
-void TurnTile(const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols16, uint8_t* dst,
-              ptrdiff_t ds) {
-  const ptrdiff_t down = kLeft ? -ds : ds;
-  const ptrdiff_t next = kLeft ? ts : -ts;
-  constexpr int32_t kSlots = static_cast<int32_t>(hn::MaxLanes(DW()));
-  const int32_t whole = rows / kSlots * kSlots;
-  uint8_t* o = kLeft ? dst + ptrdiff_t{16 * cols16 - 1} * ds : dst;
-  // Slot j of the set from tile row `set` on is tile row set + j (90l) or
-  // rows - 1 - set - j (90r).
-  const uint8_t* first = tile + (kLeft ? 0 : rows - 1) * ts;
-  for (int32_t k = 0; k < cols16; ++k, o += 16 * down, first += 16) {
-    for (int32_t set = 0; set < whole; set += kSlots) {
-      TurnSet(DW(), first + set * next, next, o + set, down);
-    }
-    if (whole < rows) TurnSet(D16x8(), first + whole * next, next, o + whole, down);
-  }
-}
-
-// Byte tiles of rows rows (a multiple of 16) turned by op (a quarter turn);
-// returns the columns done, from the first.
-int32_t TurnTileVec(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols,
-                    uint8_t* dst, ptrdiff_t ds) {
-  const int32_t cols16 = cols / 16;
-  if (op == kRot90l) {
-    // Columns from cols16 * 16 on are the top destination rows.
-    TurnTile<true>(tile, ts, rows, cols16, dst + ptrdiff_t{cols - 16 * cols16} * ds, ds);
-  } else {
-    TurnTile<false>(tile, ts, rows, cols16, dst, ds);
-  }
-  return 16 * cols16;
-}
-
 void ShrinkVec(const ShrinkJob& job, ColState* st) {
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
@@ -517,9 +443,6 @@ int64_t AvgRowsVec(const uint8_t* a, const uint8_t* b, uint8_t* d, int64_t n, ui
 
 #else   // HWY_SCALAR: the scalar rows do everything.
 void ShrinkVec(const ShrinkJob&, ColState*) {}
-int32_t TurnTileVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*, ptrdiff_t) {
-  return 0;
-}
 int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) { return 0; }
 #endif  // HWY_TARGET != HWY_SCALAR
 
@@ -534,6 +457,7 @@ HWY_AFTER_NAMESPACE();
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
 #include "imgp/geometry/resize_tiles.h"
+#include "imgp/geometry/turn_tile.h"
 #include "kimgp_rsz.h"
 #include "kimgp_rsz_rot.h"
 
@@ -541,9 +465,6 @@ namespace kelo {
 namespace rsz {
 namespace scalar {
 inline void ShrinkVec(const ShrinkJob&, ColState*) {}
-inline int32_t TurnTileVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*, ptrdiff_t) {
-  return 0;
-}
 inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) {
   return 0;
 }
@@ -553,7 +474,6 @@ inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uin
 using rsz::ColState;
 using rsz::ShrinkJob;
 KELO_VEC_EXPORT(ShrinkVec);
-KELO_VEC_EXPORT(TurnTileVec);
 KELO_VEC_EXPORT(AvgRowsVec);
 
 namespace rsz {
@@ -689,8 +609,8 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
         job.nrows = BandRows(h - y0);
         Shrink<L>(job, &ShrinkBest);
         for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
-        const int32_t done = KELO_VEC_CALL(TurnTileVec, scalar::TurnTileVec)(
-            op, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
+        const int32_t done =
+            TurnTileColumns(op, 1, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
         if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, job.nrows);
       }
       while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
