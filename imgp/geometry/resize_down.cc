@@ -592,7 +592,7 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
   const int32_t chunk = w < kBandCols ? w : kBandCols;
   int32_t yf = 0;
   uint8_t* band = nullptr;
-  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && h >= 16) {
+  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && w >= 1 && h >= 16) {
     band = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(kBandRows) * chunk));
   }
   if (band != nullptr) {
