@@ -39,14 +39,18 @@ template <size_t N, size_t R, class D>
 HWY_INLINE void TransposeInBlocks(D d, hwy::HWY_NAMESPACE::Vec<D>* r) {
   namespace hn = hwy::HWY_NAMESPACE;
   const hn::Repartition<typename TransposeLane<N>::T, D> du;
+  // Unrolled: as loops, 32-bit ARM keeps the rows in memory.
+#pragma GCC unroll 4
   for (size_t round = 1; round < R; round *= 2) {
     hn::Vec<D> t[R];
+#pragma GCC unroll 8
     for (size_t i = 0; i < R / 2; ++i) {
       const auto a = hn::BitCast(du, r[i]);
       const auto b = hn::BitCast(du, r[i + R / 2]);
       t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
       t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
     }
+#pragma GCC unroll 16
     for (size_t i = 0; i < R; ++i) r[i] = t[i];
   }
 }
