@@ -1,20 +1,23 @@
 // The kernels of conversion with rotation. Each is a conversion's own rows
 // followed by a rotation's own transposes, with no full-size intermediate:
 //
-// - YUYV to BGRA8888 turned: strips of source rows, cut into column chunks,
-//   go through the YUYV to BGRA8888 row into a tile on the stack, and each
-//   tile is turned into its place in the destination.
+// - YUYV to BGRA8888 turned: bands of source rows go through the YUYV to
+//   BGRA8888 row into a band buffer, and each band is turned into its place
+//   in the destination; the rows past the last band (and a half turn) go
+//   through column chunks of a tile on the stack.
 // - Row halving turned: the rows kept by the halving are every second source
 //   row, i.e. a plane of (height + 1) / 2 rows at twice the stride, which the
 //   byte rotation turns directly.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "common/internal/api.h"
 #include "imgp/csc/pixel_layouts.h"
 #include "imgp/csc/yuv_to_rgb.h"
 #include "imgp/geometry/rotate_kernels.h"
+#include "imgp/geometry/turn_tile.h"
 #include "kimgp_csc.h"
 
 namespace kelo {
@@ -38,6 +41,25 @@ YuvRow YuyvRowFrom(uint8_t* const* sp, const int32_t* ss, int32_t row, int32_t x
   return {r.y + static_cast<ptrdiff_t>(x0) * Yuyv::kYStep, r.u + c, r.v + c};
 }
 
+// Where the image under Op of pixels [x0, x0 + tw) of rows [y0, y0 + th) of
+// a w x h plane starts: the rectangle between the images of its corners.
+template <int Op>
+uint8_t* ImageOf(int32_t x0, int32_t y0, int32_t tw, int32_t th, int32_t w, int32_t h,
+                 uint8_t* dst, int32_t ds) {
+  int32_t c0, r0, c1, r1;
+  kelo::scalar::RotTarget<Op>(x0, y0, w, h, &c0, &r0);
+  kelo::scalar::RotTarget<Op>(x0 + tw - 1, y0 + th - 1, w, h, &c1, &r1);
+  return dst + static_cast<ptrdiff_t>(std::min(r0, r1)) * ds +
+         static_cast<ptrdiff_t>(std::min(c0, c1)) * Bgra8888::kBytes;
+}
+
+// Quarter turns take bands of kBandRows source rows converted whole (up to
+// kBandPixels at a time, so that the source rows are read through) and
+// turned with each destination row taking a cache line per band.
+constexpr int32_t kBandRows = 16;
+constexpr int32_t kBandPixels = 2048;
+static_assert(kBandPixels % 2 == 0, "chunks start on a pixel pair");
+
 // The image of kimgp_csc_yuyv_to_bgra8888, turned by Op: every pixel is the
 // one its row converter gives (which is the same on every path and for any
 // chunk of pairs), and each tile's pixels go where the rotation of the whole
@@ -49,21 +71,44 @@ void YuyvToBgraTurned(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
   const int32_t w = sw[0], h = sh[0];
   if (w < 1 || h < 1) return;
   const YuvToRgbRowFn convert = YuvToRgbRowFor(kRow_Yuyv_Bgra8888_kBt601Limited).one;
+  int32_t yb = 0;  // rows done by bands
+  const int32_t chunk = std::min(kBandPixels, (w + 1) & ~1);
+  uint8_t* band = nullptr;
+  if (Op != kRot180 && h >= kBandRows) {
+    band = static_cast<uint8_t*>(
+        std::malloc(static_cast<size_t>(kBandRows) * chunk * Bgra8888::kBytes));
+  }
+  if (band != nullptr) {
+    const ptrdiff_t bs = static_cast<ptrdiff_t>(chunk) * Bgra8888::kBytes;
+    yb = h / kBandRows * kBandRows;
+    for (int32_t y0 = 0; y0 < yb; y0 += kBandRows) {
+      for (int32_t x0 = 0; x0 < w; x0 += chunk) {
+        const int32_t tw = std::min(chunk, w - x0);
+        for (int32_t r = 0; r < kBandRows; ++r) {
+          convert(YuyvRowFrom(sp, ss, y0 + r, x0), band + r * bs, (tw + 1) & ~1);
+        }
+        const int32_t done = TurnTileColumns(Op, Bgra8888::kBytes, band, bs, kBandRows, tw,
+                                             ImageOf<Op>(x0, y0, tw, kBandRows, w, h, dp[0],
+                                                         ds[0]),
+                                             ds[0]);
+        if (done < tw) {
+          Rotate(Op, Bgra8888::kBytes, band + done * Bgra8888::kBytes, tw - done, kBandRows, bs,
+                 ds[0], ImageOf<Op>(x0 + done, y0, tw - done, kBandRows, w, h, dp[0], ds[0]));
+        }
+      }
+    }
+    std::free(band);
+  }
   alignas(64) uint8_t tile[kTileRows * kTileStride];
-  for (int32_t y0 = 0; y0 < h; y0 += kTileRows) {
+  for (int32_t y0 = yb; y0 < h; y0 += kTileRows) {
     const int32_t th = std::min(kTileRows, h - y0);
     for (int32_t x0 = 0; x0 < w; x0 += kTilePixels) {
       const int32_t tw = std::min(kTilePixels, w - x0);
       for (int32_t r = 0; r < th; ++r) {
         convert(YuyvRowFrom(sp, ss, y0 + r, x0), tile + r * kTileStride, (tw + 1) & ~1);
       }
-      // The tile's image is the rectangle between the images of its corners.
-      int32_t c0, r0, c1, r1;
-      kelo::scalar::RotTarget<Op>(x0, y0, w, h, &c0, &r0);
-      kelo::scalar::RotTarget<Op>(x0 + tw - 1, y0 + th - 1, w, h, &c1, &r1);
-      uint8_t* d = dp[0] + static_cast<ptrdiff_t>(std::min(r0, r1)) * ds[0] +
-                   static_cast<ptrdiff_t>(std::min(c0, c1)) * Bgra8888::kBytes;
-      Rotate(Op, Bgra8888::kBytes, tile, tw, th, kTileStride, ds[0], d);
+      Rotate(Op, Bgra8888::kBytes, tile, tw, th, kTileStride, ds[0],
+             ImageOf<Op>(x0, y0, tw, th, w, h, dp[0], ds[0]));
     }
   }
 }

@@ -452,9 +452,12 @@ HWY_AFTER_NAMESPACE();
 #endif  // KELO_HAVE_HWY
 
 #if !KELO_HAVE_HWY || HWY_ONCE
+#include <cstdlib>
+
 #include "common/internal/api.h"
 #include "imgp/core/copy_rows.h"
 #include "imgp/geometry/resize_tiles.h"
+#include "imgp/geometry/turn_tile.h"
 #include "kimgp_rsz.h"
 #include "kimgp_rsz_rot.h"
 
@@ -542,27 +545,79 @@ void DownH(const void* tmp, void* dst, int32_t dw, int32_t ds, int32_t dh, int32
               rh);
 }
 
-// The rotating one-pass shrink: the plain job on a tile of rows of one
-// column chunk at a time, each tile rotated into place. `whole` is the plain
-// kernel's job with dst the rotated destination.
+// Plain output columns [x0, x1) of rows [y0, y1) of `whole` (the plain
+// kernel's job with dst the rotated destination): the plain job on a tile of
+// rows of one column chunk at a time, each tile rotated into place.
 template <class L>
-void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
+void RotShrinkTiles(int op, const ShrinkJob& whole, ptrdiff_t ds, int32_t x0, int32_t x1,
+                    int32_t y0, int32_t y1) {
+  if (x0 >= x1 || y0 >= y1) return;
   alignas(64) uint8_t tile[kTileBytes];
   RotTiles rt{op, L::kBytes, whole.cols.dw, whole.rows.dh, whole.dst, ds, tile};
   ShrinkJob job = whole;
   job.dst = tile;
-  ForEachChunk(&rt, [&] {
+  while (job.col0.x < x0) job.cols.Next(&job.col0);
+  RowState first = whole.row0;
+  for (int32_t y = 0; y < y0; ++y) whole.rows.Next(&first);
+  ForEachChunk(&rt, x0, x1, [&] {
     job.dst_step = rt.TileStep();
     job.col_end = rt.x0 + rt.wc;
-    job.row0 = RowState{};
-    for (int32_t y0 = 0; y0 < rt.h; y0 += rt.Rows()) {
-      job.nrows = rt.h - y0 < rt.Rows() ? rt.h - y0 : rt.Rows();
+    job.row0 = first;
+    for (int32_t y = y0; y < y1; y += rt.Rows()) {
+      job.nrows = y1 - y < rt.Rows() ? y1 - y : rt.Rows();
       Shrink<L>(job, &ShrinkBest);
       for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
-      rt.Flush(y0, job.nrows);
+      rt.Flush(y, job.nrows);
     }
     while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
   });
+}
+
+// Byte planes turned by a quarter go through bands of 64 rows, so that each
+// destination row takes a cache line per band (then one of 32 and one of 16
+// for the rows left), and of whole rows up to kBandCols units, so that the
+// source rows are read through as in the plain kernel.
+constexpr int32_t kBandRows = 64, kBandCols = 2048;
+inline int32_t BandRows(int32_t left) {
+  return left >= 64 ? 64 : left >= 32 ? 32 : left >= 16 ? 16 : 0;
+}
+
+// The rotating one-pass shrink: the plain job on a tile of rows of one
+// column chunk at a time, each tile rotated into place; byte planes turned
+// by a quarter take bands while they last (in a band buffer, when one can be
+// had).
+template <class L>
+void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
+  const int32_t w = whole.cols.dw, h = whole.rows.dh;
+  const int32_t chunk = w < kBandCols ? w : kBandCols;
+  int32_t yf = 0;
+  uint8_t* band = nullptr;
+  if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && w >= 1 && h >= 16) {
+    band = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(kBandRows) * chunk));
+  }
+  if (band != nullptr) {
+    yf = h / 16 * 16;
+    const RotTiles rt{op, 1, w, h, whole.dst, ds, band};
+    ShrinkJob job = whole;
+    job.dst = band;
+    for (int32_t x0 = 0; x0 < w; x0 += chunk) {
+      const int32_t wc = w - x0 < chunk ? w - x0 : chunk;
+      job.dst_step = wc;
+      job.col_end = x0 + wc;
+      job.row0 = RowState{};
+      for (int32_t y0 = 0; y0 < yf; y0 += job.nrows) {
+        job.nrows = BandRows(h - y0);
+        Shrink<L>(job, &ShrinkBest);
+        for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
+        const int32_t done =
+            TurnTileColumns(op, 1, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
+        if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, job.nrows);
+      }
+      while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+    }
+    std::free(band);
+  }
+  RotShrinkTiles<L>(op, whole, ds, 0, w, yf, h);
 }
 
 template <class L>

@@ -71,17 +71,25 @@ struct RotTiles {
   int32_t Chunk() const { return kTileBytes / Rows() / unit; }
   ptrdiff_t TileStep() const { return ptrdiff_t{wc} * unit; }
 
-  // Rotates tile rows 0 .. n - 1, plain rows y0 .. y0 + n - 1, into place.
-  void Flush(int32_t y0, int32_t n) const {
+  // Where the image of plain columns [cx, cx + cw) of rows [y0, y0 + n)
+  // starts in the destination.
+  uint8_t* Corner(int32_t cx, int32_t cw, int32_t y0, int32_t n) const {
     ptrdiff_t row = 0, col = 0;
     switch (op) {
-      case kRot90l: row = w - x0 - wc, col = y0; break;
-      case kRot90r: row = x0, col = h - y0 - n; break;
-      default: row = h - y0 - n, col = w - x0 - wc; break;
+      case kRot90l: row = w - cx - cw, col = y0; break;
+      case kRot90r: row = cx, col = h - y0 - n; break;
+      default: row = h - y0 - n, col = w - cx - cw; break;
     }
-    Rotate(op, static_cast<size_t>(unit), tile, wc, n, TileStep(), ds,
-           dst + row * ds + col * unit);
+    return dst + row * ds + col * unit;
   }
+  // Rotates rows of cw units ts bytes apart at t, plain columns
+  // [cx, cx + cw) of rows [y0, y0 + n), into place.
+  void Turn(const uint8_t* t, ptrdiff_t ts, int32_t cx, int32_t cw, int32_t y0,
+            int32_t n) const {
+    Rotate(op, static_cast<size_t>(unit), t, cw, n, ts, ds, Corner(cx, cw, y0, n));
+  }
+  // Rotates tile rows 0 .. n - 1, plain rows y0 .. y0 + n - 1, into place.
+  void Flush(int32_t y0, int32_t n) const { Turn(tile, TileStep(), x0, wc, y0, n); }
   static void FlushFn(void* self, int32_t y0, int32_t n) {
     static_cast<const RotTiles*>(self)->Flush(y0, n);
   }
@@ -91,16 +99,21 @@ struct RotTiles {
   }
 };
 
-// Runs f once per column chunk of rt's plain width, with rt->x0 and rt->wc
-// set to the chunk.
+// Runs f once per column chunk of plain columns [x_begin, x_end), with
+// rt->x0 and rt->wc set to the chunk.
 template <class F>
-void ForEachChunk(RotTiles* rt, F&& f) {
+void ForEachChunk(RotTiles* rt, int32_t x_begin, int32_t x_end, F&& f) {
   const int32_t chunk = rt->Chunk();
-  for (int32_t x0 = 0; x0 < rt->w; x0 += chunk) {
+  for (int32_t x0 = x_begin; x0 < x_end; x0 += chunk) {
     rt->x0 = x0;
-    rt->wc = rt->w - x0 < chunk ? rt->w - x0 : chunk;
+    rt->wc = x_end - x0 < chunk ? x_end - x0 : chunk;
     f();
   }
+}
+// The same over rt's whole plain width.
+template <class F>
+void ForEachChunk(RotTiles* rt, F&& f) {
+  ForEachChunk(rt, 0, rt->w, f);
 }
 
 }  // namespace rsz

@@ -60,8 +60,10 @@ const struct TurnedKernel {
 
 std::vector<Size2> TurnSizes(std::mt19937& rng) {
   std::vector<Size2> sizes = TestSizes(rng, 12, 300, 40);
-  // Around the tiles of 128 pixels by 32 rows, and the odd-width pair.
-  const Size2 more[] = {{128, 32}, {129, 33}, {256, 64}, {259, 65}, {9, 33}, {5, 70}, {300, 31}};
+  // Around the bands of 16 rows by 2048 pixels, the tiles of 128 pixels by
+  // 32 rows, and the odd-width pair.
+  const Size2 more[] = {{128, 32}, {129, 33}, {256, 64}, {259, 65}, {9, 33},
+                        {5, 70},   {300, 31}, {2100, 17}, {2051, 20}};
   sizes.insert(sizes.end(), std::begin(more), std::end(more));
   return sizes;
 }

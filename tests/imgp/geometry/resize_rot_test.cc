@@ -85,8 +85,9 @@ struct Planes {
 };
 
 // Plain results W x H of sw x sh sources: shrinking (whole and not), growing,
-// mixed and kept directions, odd sizes, and widths past one tile row (2048
-// units) so that the kernels work in column chunks.
+// mixed and kept directions, odd sizes, widths past one tile row (2048
+// units) so that the kernels work in column chunks, and 2:1 and 3:2 shrinks
+// through bands of 64 rows with rows and columns left over.
 struct Pair {
   int32_t sw, sh, w, h;
 };
@@ -95,7 +96,8 @@ const Pair kPairs[] = {
     {38, 22, 19, 22},  {38, 22, 38, 11},  {17, 9, 33, 9},     {9, 30, 20, 61},
     {8, 6, 19, 13},    {5, 3, 40, 35},    {61, 17, 20, 70},   {20, 70, 61, 17},
     {1, 1, 3, 2},      {3, 1, 1, 1},      {4300, 35, 2100, 33}, {1100, 19, 2300, 40},
-    {1100, 41, 2300, 19}, {120, 260, 60, 19}, {4400, 30, 2200, 15}, {3300, 20, 2200, 10}};
+    {1100, 41, 2300, 19}, {120, 260, 60, 19}, {4400, 30, 2200, 15}, {3300, 20, 2200, 10},
+    {200, 140, 100, 70}, {330, 99, 220, 66}, {333, 200, 222, 133}, {4200, 130, 2100, 65}};
 
 class RotResizers : public ::testing::TestWithParam<Kit> {};
 

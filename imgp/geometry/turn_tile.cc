@@ -1,0 +1,127 @@
+// Turned tiles: 16 bytes of every tile row at a time, transposed in
+// registers block by block (16 rows of bytes or 4 rows of 4-byte units per
+// 128-bit block; a 256-bit vector takes the next rows in its second block),
+// and the blocks of all the rows of a set stored side by side, so that a
+// destination row takes 32 or 64 bytes in a row.
+#include "common/internal/simd.h"
+#include "imgp/geometry/turn_tile.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/geometry/turn_tile.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "imgp/geometry/rotate_kernels.h"
+#include "imgp/geometry/transpose-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+using D16 = hn::Full128<uint8_t>;
+using DW = hn::CappedTag<uint8_t, 32>;
+
+// 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
+template <class D>
+HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
+  if constexpr (hn::MaxLanes(D()) == 16) {
+    (void)hi;
+    return hn::LoadU(d, lo);
+  } else {
+    const D16 d16;
+    return hn::Combine(d, hn::LoadU(d16, hi), hn::LoadU(d16, lo));
+  }
+}
+
+// R = 16 / N rows per block from `first` on, `next` bytes apart (block 1:
+// the R after those), 16 bytes each, turned: unit column v to o + v * down.
+template <size_t N, class D>
+HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, ptrdiff_t down) {
+  constexpr int32_t R = 16 / N;
+  hn::Vec<D> r[R];
+  for (int32_t i = 0; i < R; ++i) r[i] = LoadBlocks(d, first + i * next, first + (i + R) * next);
+  TransposeInBlocks<N, R>(d, r);
+  for (int32_t v = 0; v < R; ++v) hn::StoreU(r[v], d, o + v * down);
+}
+
+// Columns [0, 16 / N * groups) of the tile. Tile row y goes to destination
+// unit y (90l) or rows - 1 - y (90r); column x to destination row x (90r) or
+// n - 1 - x (90l) below dst, n being the columns turned.
+template <size_t N, bool kLeft>
+void TurnGroups(const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t groups, uint8_t* dst,
+                ptrdiff_t ds) {
+  constexpr int32_t R = 16 / N;
+  constexpr int32_t kSet = R * static_cast<int32_t>(hn::MaxLanes(DW()) / 16);
+  const ptrdiff_t down = kLeft ? -ds : ds;
+  const ptrdiff_t next = kLeft ? ts : -ts;
+  const int32_t whole = rows / kSet * kSet;
+  uint8_t* o = kLeft ? dst + ptrdiff_t{R * groups - 1} * ds : dst;
+  // Set `set` reads tile rows set + j (90l) or rows - 1 - set - j (90r).
+  const uint8_t* first = tile + (kLeft ? 0 : rows - 1) * ts;
+  for (int32_t k = 0; k < groups; ++k, o += R * down, first += 16) {
+    for (int32_t set = 0; set < whole; set += kSet) {
+      TurnSet<N>(DW(), first + set * next, next, o + set * ptrdiff_t{N}, down);
+    }
+    if (whole < rows) TurnSet<N>(D16(), first + whole * next, next, o + whole * ptrdiff_t{N}, down);
+  }
+}
+
+template <size_t N>
+int32_t TurnUnits(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols,
+                  uint8_t* dst, ptrdiff_t ds) {
+  constexpr int32_t R = 16 / N;
+  const int32_t groups = cols / R;
+  if (op == kRot90l) {
+    // The columns past the groups are the top destination rows.
+    TurnGroups<N, true>(tile, ts, rows, groups, dst + ptrdiff_t{cols - R * groups} * ds, ds);
+  } else {
+    TurnGroups<N, false>(tile, ts, rows, groups, dst, ds);
+  }
+  return R * groups;
+}
+
+int32_t TurnTileVec(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
+                    int32_t cols, uint8_t* dst, ptrdiff_t ds) {
+  if ((op != kRot90l && op != kRot90r) || rows % static_cast<int32_t>(16 / unit) != 0) return 0;
+  switch (unit) {
+    case 1: return TurnUnits<1>(op, tile, ts, rows, cols, dst, ds);
+    case 4: return TurnUnits<4>(op, tile, ts, rows, cols, dst, ds);
+    default: return 0;
+  }
+}
+
+#else   // HWY_SCALAR
+int32_t TurnTileVec(int, size_t, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*,
+                    ptrdiff_t) {
+  return 0;
+}
+#endif  // HWY_TARGET != HWY_SCALAR
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+namespace kelo {
+namespace scalar {
+inline int32_t TurnTileVec(int, size_t, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*,
+                           ptrdiff_t) {
+  return 0;
+}
+}  // namespace scalar
+
+KELO_VEC_EXPORT(TurnTileVec);
+
+int32_t TurnTileColumns(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
+                        int32_t cols, uint8_t* dst, ptrdiff_t ds) {
+  return KELO_VEC_CALL(TurnTileVec, scalar::TurnTileVec)(op, unit, tile, ts, rows, cols, dst,
+                                                         ds);
+}
+
+}  // namespace kelo
+#endif  // !KELO_HAVE_HWY || HWY_ONCE

@@ -1,0 +1,22 @@
+// Quarter turns of tiles that a kernel has just filled (resize or conversion
+// rows), with destination rows written a cache line or more at a time.
+#ifndef KELO_IMGP_GEOMETRY_TURN_TILE_H_
+#define KELO_IMGP_GEOMETRY_TURN_TILE_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kelo {
+
+// Turns by a quarter (op kRot90l or kRot90r) a leading run of the columns of
+// a tile of `rows` rows of `cols` units of `unit` (1 or 4) bytes, ts bytes
+// apart, with the best path of the running CPU; dst is where the image of
+// the whole tile starts (its top-left unit), ds the destination stride.
+// `rows` must be a multiple of 16 / unit. Returns the columns done; the rest
+// (all of them without vectors, or for another unit) is the caller's.
+int32_t TurnTileColumns(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
+                        int32_t cols, uint8_t* dst, ptrdiff_t ds);
+
+}  // namespace kelo
+
+#endif  // KELO_IMGP_GEOMETRY_TURN_TILE_H_
