@@ -139,44 +139,34 @@ HWY_INLINE void RawNarrow32(const uint8_t* s, uint8_t* d, size_t blocks) {
 
 // Two vld4 leave Y0 in q0, U in q1, Y1 in q2 and V in q3; exchanging q1 and
 // q2 puts the luma pairs in q0/q1 for one vst2. vhadd is (a + b) >> 1.
+#define KELO_NEON_YUYV(average)                                             \
+  asm volatile("1:\n"                                                       \
+               "vld4.8 {d0, d2, d4, d6}, [%0]!\n"                           \
+               "vld4.8 {d1, d3, d5, d7}, [%0]!\n"                           \
+               "subs %4, %4, #1\n"                                          \
+               "vswp q1, q2\n" average                                      \
+               "vst2.8 {d0-d3}, [%1]!\n"                                    \
+               "vst1.8 {d4-d5}, [%2]!\n"                                    \
+               "vst1.8 {d6-d7}, [%3]!\n"                                    \
+               "bne 1b\n"                                                   \
+               : "+r"(s), "+r"(y), "+r"(u), "+r"(v), "+r"(blocks)           \
+               :                                                            \
+               : KELO_NEON_CLOBBERS)
+
 template <bool kAverage>
 HWY_INLINE void RawYuyv16(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v,
                           size_t blocks) {
   if (kAverage) {
-    asm volatile(
-        "1:\n"
-        "vld4.8 {d0, d2, d4, d6}, [%0]!\n"
-        "vld4.8 {d1, d3, d5, d7}, [%0]!\n"
-        "vld1.8 {d16-d17}, [%2]\n"
-        "vld1.8 {d18-d19}, [%3]\n"
-        "subs %4, %4, #1\n"
-        "vswp q1, q2\n"
-        "vhadd.u8 q2, q2, q8\n"
-        "vhadd.u8 q3, q3, q9\n"
-        "vst2.8 {d0-d3}, [%1]!\n"
-        "vst1.8 {d4-d5}, [%2]!\n"
-        "vst1.8 {d6-d7}, [%3]!\n"
-        "bne 1b\n"
-        : "+r"(s), "+r"(y), "+r"(u), "+r"(v), "+r"(blocks)
-        :
-        : KELO_NEON_CLOBBERS);
+    KELO_NEON_YUYV("vld1.8 {d16-d17}, [%2]\n"
+                   "vld1.8 {d18-d19}, [%3]\n"
+                   "vhadd.u8 q2, q2, q8\n"
+                   "vhadd.u8 q3, q3, q9\n");
   } else {
-    asm volatile(
-        "1:\n"
-        "vld4.8 {d0, d2, d4, d6}, [%0]!\n"
-        "vld4.8 {d1, d3, d5, d7}, [%0]!\n"
-        "subs %4, %4, #1\n"
-        "vswp q1, q2\n"
-        "vst2.8 {d0-d3}, [%1]!\n"
-        "vst1.8 {d4-d5}, [%2]!\n"
-        "vst1.8 {d6-d7}, [%3]!\n"
-        "bne 1b\n"
-        : "+r"(s), "+r"(y), "+r"(u), "+r"(v), "+r"(blocks)
-        :
-        : KELO_NEON_CLOBBERS);
+    KELO_NEON_YUYV("");
   }
 }
 
+#undef KELO_NEON_YUYV
 #undef KELO_NEON_CLOBBERS
 
 }  // namespace HWY_NAMESPACE

@@ -31,6 +31,17 @@ template <class Body>
 HWY_INLINE size_t Blocks(size_t n, size_t step, Body body) {
   return Blocks(0, n, step, body);
 }
+// From i0, one(k) for two blocks of L per step while they last, then one
+// block; returns where the vector part stopped.
+template <class One>
+HWY_INLINE size_t TwoThenOne(size_t i0, size_t n, size_t L, One one) {
+  size_t i = Blocks(i0, n, 2 * L, [&](size_t k) {
+    one(k);
+    one(k + L);
+  });
+  if (i + L <= n) one(i), i += L;
+  return i;
+}
 
 // Stores chroma c at p, or with kAverage (stored + c) >> 1: the rounded
 // average less the bit the rounding added.
@@ -179,7 +190,7 @@ void EvenVec(const uint8_t* s, uint8_t* d, size_t n) {
   csc::scalar::Even(s, d, i, n);
 }
 
-// Two vectors per step; each is loaded before it is stored, so s == d works.
+// Each vector is loaded before it is stored, so s == d works.
 void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) {
   const D8 d8;
   const DU du;
@@ -191,13 +202,9 @@ void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) {
   size_t i = 0;
 #if KELO_NEON_RAW
   if (n >= 32) RawSwap32(s, d, n / 32), i = n & ~size_t{31};
+  if (i == n) return;
 #endif
-  i = Blocks(i, n, 2 * L, [&](size_t k) {
-    const V8 x = swap(k), y = swap(k + L);
-    hn::StoreU(x, d8, d + 2 * k);
-    hn::StoreU(y, d8, d + 2 * k + 2 * L);
-  });
-  if (i + L <= n) hn::StoreU(swap(i), d8, d + 2 * i), i += L;
+  i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(swap(k), d8, d + 2 * k); });
   csc::scalar::SwapPairs(s, d, i, n);
 }
 
@@ -214,13 +221,9 @@ void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
   size_t i = 0;
 #if KELO_NEON_RAW
   if (n >= 32) RawNarrow32(s, d, n / 32), i = n & ~size_t{31};
+  if (i == n) return;
 #endif
-  i = Blocks(i, n, 2 * L, [&](size_t k) {
-    const V8 x = narrow(k), y = narrow(k + L);
-    hn::StoreU(x, d8, d + k);
-    hn::StoreU(y, d8, d + k + L);
-  });
-  if (i + L <= n) hn::StoreU(narrow(i), d8, d + i), i += L;
+  i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(narrow(k), d8, d + k); });
   csc::scalar::Narrow16(s, d, i, n);
 }
 
