@@ -116,6 +116,13 @@ Peer Conv(int (*f)(C, int, P, int, P, int, int, int)) {
     f(s.img.plane[0], s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), s.img.width[0], s.img.height[0]);
   };
 }
+Peer Conv(int (*f)(C, int, C, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], d.p(0), d.s(0), d.p(1), d.s(1),
+      i.width[0], i.height[0]);
+  };
+}
 Peer Conv(int (*f)(C, int, C, int, C, int, P, int, P, int, int, int)) {
   return [f](const Frame& s, Frame& d) {
     const kimgp_img& i = s.img;
@@ -155,11 +162,7 @@ void AddCsc() {
   Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, Conv(libyuv::I420ToNV12));
   Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, Conv(libyuv::NV12ToI420));
   Csc("csc yuyv>yuv420", "YUY2ToI420", 101, 1, Conv(libyuv::YUY2ToI420));
-  Csc("csc nv12>nv21", "NV21ToNV12", 6, 7, [](const Frame& s, Frame& d) {
-    const kimgp_img& i = s.img;
-    libyuv::NV21ToNV12(i.plane[0], i.stride[0], i.plane[1], i.stride[1], d.p(0), d.s(0), d.p(1),
-                       d.s(1), kW, kH);
-  });
+  Csc("csc nv12>nv21", "NV21ToNV12", 6, 7, Conv(libyuv::NV21ToNV12));
   using W = const uint16_t*;
   Csc("csc yuv420p16>yuv420", "I010ToI420", 600, 1, [](const Frame& s, Frame& d) {
     const kimgp_img& i = s.img;
