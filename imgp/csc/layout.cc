@@ -1,6 +1,7 @@
 // YUV layout conversions: the exported row helpers and layout kernels.
 // Samples are moved, never changed (except the YUYV chroma average and the
 // 16-bit narrowing).
+#include <algorithm>
 #include <cstring>
 
 #include "common/internal/api.h"
@@ -104,11 +105,66 @@ KELO_EXPORT void kimgp_csc_8b8b_unpck(const uint8_t* src, int32_t bytes, int32_t
   });
 }
 
+namespace kelo {
+namespace csc {
+namespace {
+
+// Bytes of the run that kimgp_csc_swap_8byte8 swaps: (stride & 0xFFFF) *
+// (rows & 0xFFFF), rounded down to whole pairs.
+size_t SwapRunBytes(int32_t stride, int32_t rows) {
+  return ((uint32_t(stride) & 0xFFFF) * (uint32_t(rows) & 0xFFFF)) & ~size_t{1};
+}
+
+// kimgp_cpy_16b of the chroma plane followed by kimgp_csc_swap_8byte8 over
+// swap_rows rows, in one pass: copied pairs are written swapped, the rest of
+// the swapped run (row padding, rows beyond the copy) is swapped in place.
+// Returns false, having written nothing, where that pass would not give the
+// two steps' bytes: destination rows out of order or overlapping each other,
+// or source and destination overlapping.
+bool CopySwapped(const uint8_t* src, int32_t w, int32_t h, int32_t ss, int32_t ds,
+                 uint8_t* dst, int32_t swap_rows) {
+  if (w < 1 || h < 1) return false;
+  const size_t row = 2 * size_t(w);
+  // The copy's row steps: one block when both halved strides equal the width.
+  const bool block = ss / 2 == w && ds / 2 == w;
+  const int64_t src_step = block ? int64_t(row) : ss & ~1;
+  const int64_t dst_step = block ? int64_t(row) : ds & ~1;
+  if (dst_step < int64_t(row) || src_step < 0) return false;
+  const size_t run = SwapRunBytes(ds, swap_rows);
+  const size_t dst_end = std::max(run, size_t(dst_step) * size_t(h - 1) + row);
+  const size_t src_end = size_t(src_step) * size_t(h - 1) + row;
+  const auto s0 = reinterpret_cast<uintptr_t>(src), d0 = reinterpret_cast<uintptr_t>(dst);
+  if (s0 < d0 + dst_end && d0 < s0 + src_end) return false;
+  // Rows without padding on either side are one row.
+  size_t rows = size_t(h), bytes = row;
+  if (src_step == int64_t(row) && dst_step == int64_t(row)) bytes *= rows, rows = 1;
+  // Row starts are even, so pairs of the run never straddle a row's ends.
+  size_t done = 0;
+  auto swap_to = [&](size_t end) {
+    end = std::min(end, run);
+    if (end > done) SwapPairs(dst + done, dst + done, (end - done) / 2);
+  };
+  for (size_t r = 0; r < rows; ++r) {
+    const size_t at = size_t(dst_step) * r;
+    const uint8_t* s = src + size_t(src_step) * r;
+    swap_to(at);
+    const size_t swapped = run > at ? std::min(run - at, bytes) : 0;
+    SwapPairs(s, dst + at, swapped / 2);
+    if (bytes > swapped) CopyBytes(s + swapped, dst + at + swapped, bytes - swapped);
+    done = at + bytes;
+  }
+  swap_to(run);
+  return true;
+}
+
+}  // namespace
+}  // namespace csc
+}  // namespace kelo
+
 // One contiguous run of (stride & 0xFFFF) * (rows & 0xFFFF) bytes, padding
 // included.
 KELO_EXPORT void kimgp_csc_swap_8byte8(uint8_t* plane, int32_t stride, int32_t rows) {
-  const uint32_t count = (uint32_t(stride) & 0xFFFF) * (uint32_t(rows) & 0xFFFF);
-  kelo::csc::SwapPairs(plane, count / 2);
+  kelo::csc::SwapPairs(plane, kelo::csc::SwapRunBytes(stride, rows) / 2);
 }
 
 #define KELO_CSC_PARAMS                                                         \
@@ -192,9 +248,11 @@ KELO_EXPORT void kimgp_csc_nv21_to_yuv420(KELO_CSC_PARAMS) { SplitChroma(sp, sw,
 KELO_EXPORT void kimgp_csc_nv21_to_yv12(KELO_CSC_PARAMS) { SplitChroma(sp, sw, sh, ss, ds, dp, 1); }
 
 // Pairs copied as 16-bit samples, then swapped in place over dst.stride[1]
-// times height / 2 bytes (with an odd height the last chroma row stays).
+// times height / 2 bytes (with an odd height the last chroma row stays);
+// where it can, one pass writes the same bytes.
 KELO_EXPORT void kimgp_csc_nv21_to_nv12(KELO_CSC_PARAMS) {
   CopyLuma(sp, sw, sh, ss, ds, dp);
+  if (kelo::csc::CopySwapped(sp[1], sw[1], sh[1], ss[1], ds[1], dp[1], sh[0] / 2)) return;
   kimgp_cpy_16b(sp[1], sw[1], sh[1], ss[1], ds[1], dp[1]);
   kimgp_csc_swap_8byte8(dp[1], ds[1], sh[0] / 2);
 }
@@ -207,19 +265,10 @@ KELO_EXPORT void kimgp_csc_yuyv_to_yuv420(KELO_CSC_PARAMS) {
   const size_t pairs = size_t(w) / 2;
   Rows(h, [&](int32_t r) {
     const uint8_t* s = Row(sp[0], ss[0], r);
-    kelo::csc::Even(s, Row(dp[0], ds[0], r), size_t(w));
-    uint8_t* u = Row(dp[1], ds[1], r / 2);
-    uint8_t* v = Row(dp[2], ds[2], r / 2);
-    for (size_t k = 0; k < pairs; ++k) {
-      const uint8_t su = s[4 * k + 1], sv = s[4 * k + 3];
-      if (r & 1) {
-        u[k] = static_cast<uint8_t>((u[k] + su) >> 1);
-        v[k] = static_cast<uint8_t>((v[k] + sv) >> 1);
-      } else {
-        u[k] = su;
-        v[k] = sv;
-      }
-    }
+    uint8_t* y = Row(dp[0], ds[0], r);
+    kelo::csc::YuyvToPlanar(s, y, Row(dp[1], ds[1], r / 2), Row(dp[2], ds[2], r / 2), pairs,
+                            r & 1);
+    if (w & 1) y[w - 1] = s[2 * (w - 1)];
   });
 }
 

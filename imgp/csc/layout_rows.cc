@@ -8,6 +8,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/neon_raw-inl.h"
 #include "imgp/csc/csc_vec-inl.h"
 #include "imgp/csc/layout_rows.h"
 
@@ -18,13 +19,39 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET != HWY_SCALAR
 
-// Runs body(i) for i = 0, step, 2 step, ... while i + step <= n and returns
+// Runs body(i) for i = i0, i0 + step, ... while i + step <= n and returns
 // where the vector part stopped.
 template <class Body>
-HWY_INLINE size_t Blocks(size_t n, size_t step, Body body) {
-  size_t i = 0;
+HWY_INLINE size_t Blocks(size_t i0, size_t n, size_t step, Body body) {
+  size_t i = i0;
   for (; i + step <= n; i += step) body(i);
   return i;
+}
+template <class Body>
+HWY_INLINE size_t Blocks(size_t n, size_t step, Body body) {
+  return Blocks(0, n, step, body);
+}
+// From i0, one(k) for two blocks of L per step while they last, then one
+// block; returns where the vector part stopped.
+template <class One>
+HWY_INLINE size_t TwoThenOne(size_t i0, size_t n, size_t L, One one) {
+  size_t i = Blocks(i0, n, 2 * L, [&](size_t k) {
+    one(k);
+    one(k + L);
+  });
+  if (i + L <= n) one(i), i += L;
+  return i;
+}
+
+// Stores chroma c at p, or with kAverage (stored + c) >> 1: the rounded
+// average less the bit the rounding added.
+template <bool kAverage, class D>
+HWY_INLINE void StoreChroma(D d, hn::Vec<D> c, uint8_t* p) {
+  if (kAverage) {
+    const auto old = hn::LoadU(d, p);
+    c = hn::Sub(hn::AverageRound(old, c), hn::And(hn::Xor(old, c), hn::Set(d, 1)));
+  }
+  hn::StoreU(c, d, p);
 }
 
 #if HWY_ARCH_X86
@@ -60,39 +87,98 @@ void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
   });
   csc::scalar::Deinterleave(s, a, b, i, n);
 }
+
+// YUYV rows, 16 pixel pairs per step: even bytes of 64 source bytes are the
+// luma, odd bytes the chroma pairs, whose even bytes are U and odd bytes V.
+template <bool kAverage>
+size_t YuyvRow(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n) {
+  const D16 d8;
+  size_t k = 0;
+  for (; k + 16 <= n; k += 16) {
+    const uint8_t* p = s + 4 * k;
+    const auto a0 = hn::LoadU(d8, p), a1 = hn::LoadU(d8, p + 16);
+    const auto a2 = hn::LoadU(d8, p + 32), a3 = hn::LoadU(d8, p + 48);
+    hn::StoreU(hn::ConcatEven(d8, a1, a0), d8, y + 2 * k);
+    hn::StoreU(hn::ConcatEven(d8, a3, a2), d8, y + 2 * k + 16);
+    const auto c01 = hn::ConcatOdd(d8, a1, a0), c23 = hn::ConcatOdd(d8, a3, a2);
+    StoreChroma<kAverage>(d8, hn::ConcatEven(d8, c23, c01), u + k);
+    StoreChroma<kAverage>(d8, hn::ConcatOdd(d8, c23, c01), v + k);
+  }
+  return k;
+}
 #else
-// Two vectors of each input per step while they last, then one.
+// The loops below step pointers rather than an index, which lets 32-bit ARM
+// use post-incremented addressing, and handle two vectors of each input per
+// step while they last, then one.
 void InterleaveVec(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
   const D8 d8;
   const size_t L = hn::Lanes(d8);
-  auto one = [&](size_t k) {
-    hn::StoreInterleaved2(hn::LoadU(d8, a + k), hn::LoadU(d8, b + k), d8, d + 2 * k);
+#if KELO_NEON_RAW
+  if (n >= 32) {
+    RawMerge32(a, b, d, n / 32);
+    a += n & ~size_t{31}, b += n & ~size_t{31}, d += 2 * (n & ~size_t{31}), n &= 31;
+  }
+#endif
+  auto one = [&] {
+    hn::StoreInterleaved2(hn::LoadU(d8, a), hn::LoadU(d8, b), d8, d);
+    a += L, b += L, d += 2 * L;
   };
-  size_t i = Blocks(n, 2 * L, [&](size_t k) {
-    one(k);
-    one(k + L);
-  });
-  if (i + L <= n) one(i), i += L;
-  csc::scalar::Interleave(a, b, d, i, n);
+  for (; n >= 2 * L; n -= 2 * L) one(), one();
+  if (n >= L) one(), n -= L;
+  csc::scalar::Interleave(a, b, d, 0, n);
 }
 
 void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
   const D8 d8;
   const size_t L = hn::Lanes(d8);
-  auto one = [&](size_t k) {
+#if KELO_NEON_RAW
+  if (n >= 32) {
+    RawSplit32(s, a, b, n / 32);
+    s += 2 * (n & ~size_t{31}), a += n & ~size_t{31}, b += n & ~size_t{31}, n &= 31;
+  }
+#endif
+  auto one = [&] {
     V8 x, y;
-    hn::LoadInterleaved2(d8, s + 2 * k, x, y);
-    hn::StoreU(x, d8, a + k);
-    hn::StoreU(y, d8, b + k);
+    hn::LoadInterleaved2(d8, s, x, y);
+    hn::StoreU(x, d8, a);
+    hn::StoreU(y, d8, b);
+    s += 2 * L, a += L, b += L;
   };
-  size_t i = Blocks(n, 2 * L, [&](size_t k) {
-    one(k);
-    one(k + L);
-  });
-  if (i + L <= n) one(i), i += L;
-  csc::scalar::Deinterleave(s, a, b, i, n);
+  for (; n >= 2 * L; n -= 2 * L) one(), one();
+  if (n >= L) one(), n -= L;
+  csc::scalar::Deinterleave(s, a, b, 0, n);
+}
+
+// YUYV rows: one four-way de-interleave gives luma evens, U, luma odds, V.
+template <bool kAverage>
+size_t YuyvRow(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n) {
+  const D8 d8;
+  const size_t L = hn::Lanes(d8);
+  size_t k = 0;
+#if KELO_NEON_RAW
+  if (n >= 16) {
+    RawYuyv16<kAverage>(s, y, u, v, n / 16);
+    k = n & ~size_t{15};
+    s += 4 * k, y += 2 * k, u += k, v += k;
+  }
+#endif
+  for (; k + L <= n; k += L) {
+    V8 y0, cu, y1, cv;
+    hn::LoadInterleaved4(d8, s, y0, cu, y1, cv);
+    hn::StoreInterleaved2(y0, y1, d8, y);
+    StoreChroma<kAverage>(d8, cu, u);
+    StoreChroma<kAverage>(d8, cv, v);
+    s += 4 * L, y += 2 * L, u += L, v += L;
+  }
+  return k;
 }
 #endif  // HWY_ARCH_X86
+
+void YuyvToPlanarVec(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n,
+                     bool average) {
+  const size_t k = average ? YuyvRow<true>(s, y, u, v, n) : YuyvRow<false>(s, y, u, v, n);
+  if (k < n) csc::scalar::YuyvToPlanar(s, y, u, v, k, n, average);
+}
 
 void EvenVec(const uint8_t* s, uint8_t* d, size_t n) {
   const D8 d8;
@@ -104,26 +190,40 @@ void EvenVec(const uint8_t* s, uint8_t* d, size_t n) {
   csc::scalar::Even(s, d, i, n);
 }
 
-void SwapPairsVec(uint8_t* p, size_t n) {
+// Each vector is loaded before it is stored, so s == d works.
+void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) {
   const D8 d8;
   const DU du;
-  const size_t i = Blocks(n, hn::Lanes(du), [&](size_t k) {
-    const VU v = hn::BitCast(du, hn::LoadU(d8, p + 2 * k));
-    hn::StoreU(hn::BitCast(d8, hn::Or(hn::ShiftLeft<8>(v), hn::ShiftRight<8>(v))), d8, p + 2 * k);
-  });
-  csc::scalar::SwapPairs(p, i, n);
+  const size_t L = hn::Lanes(du);
+  auto swap = [&](size_t k) {
+    const VU v = hn::BitCast(du, hn::LoadU(d8, s + 2 * k));
+    return hn::BitCast(d8, hn::Or(hn::ShiftLeft<8>(v), hn::ShiftRight<8>(v)));
+  };
+  size_t i = 0;
+#if KELO_NEON_RAW
+  if (n >= 32) RawSwap32(s, d, n / 32), i = n & ~size_t{31};
+  if (i == n) return;
+#endif
+  i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(swap(k), d8, d + 2 * k); });
+  csc::scalar::SwapPairs(s, d, i, n);
 }
 
+// The low bytes of the shifted samples are the even bytes of their vectors.
 void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
   const D8 d8;
   const DU du;
   const size_t L = hn::Lanes(d8);
-  const size_t i = Blocks(n, L, [&](size_t k) {
-    const VU mask = hn::Set(du, 0xFF);
-    const VU lo = hn::And(hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k))), mask);
-    const VU hi = hn::And(hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k + L))), mask);
-    hn::StoreU(NarrowToBytes(lo, hi), d8, d + k);
-  });
+  auto narrow = [&](size_t k) {
+    const VU lo = hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k)));
+    const VU hi = hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k + L)));
+    return hn::ConcatEven(d8, hn::BitCast(d8, hi), hn::BitCast(d8, lo));
+  };
+  size_t i = 0;
+#if KELO_NEON_RAW
+  if (n >= 32) RawNarrow32(s, d, n / 32), i = n & ~size_t{31};
+  if (i == n) return;
+#endif
+  i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(narrow(k), d8, d + k); });
   csc::scalar::Narrow16(s, d, i, n);
 }
 
@@ -190,7 +290,11 @@ void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
   csc::scalar::Deinterleave(s, a, b, 0, n);
 }
 void EvenVec(const uint8_t* s, uint8_t* d, size_t n) { csc::scalar::Even(s, d, 0, n); }
-void SwapPairsVec(uint8_t* p, size_t n) { csc::scalar::SwapPairs(p, 0, n); }
+void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) { csc::scalar::SwapPairs(s, d, 0, n); }
+void YuyvToPlanarVec(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n,
+                     bool average) {
+  csc::scalar::YuyvToPlanar(s, y, u, v, 0, n, average);
+}
 void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) { csc::scalar::Narrow16(s, d, 0, n); }
 void GreyTo565Vec(const uint8_t* s, uint8_t* d, size_t n) { csc::scalar::GreyTo565(s, d, 0, n); }
 void GreyTo888Vec(const uint8_t* s, uint8_t* d, size_t n) { csc::scalar::GreyTo888(s, d, 0, n); }
@@ -220,7 +324,11 @@ inline void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) 
   Deinterleave(s, a, b, 0, n);
 }
 inline void EvenVec(const uint8_t* s, uint8_t* d, size_t n) { Even(s, d, 0, n); }
-inline void SwapPairsVec(uint8_t* p, size_t n) { SwapPairs(p, 0, n); }
+inline void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) { SwapPairs(s, d, 0, n); }
+inline void YuyvToPlanarVec(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n,
+                            bool average) {
+  YuyvToPlanar(s, y, u, v, 0, n, average);
+}
 inline void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) { Narrow16(s, d, 0, n); }
 inline void GreyTo565Vec(const uint8_t* s, uint8_t* d, size_t n) { GreyTo565(s, d, 0, n); }
 inline void GreyTo888Vec(const uint8_t* s, uint8_t* d, size_t n) { GreyTo888(s, d, 0, n); }
@@ -234,6 +342,7 @@ KELO_VEC_EXPORT(InterleaveVec);
 KELO_VEC_EXPORT(DeinterleaveVec);
 KELO_VEC_EXPORT(EvenVec);
 KELO_VEC_EXPORT(SwapPairsVec);
+KELO_VEC_EXPORT(YuyvToPlanarVec);
 KELO_VEC_EXPORT(Narrow16Vec);
 KELO_VEC_EXPORT(GreyTo565Vec);
 KELO_VEC_EXPORT(GreyTo888Vec);
@@ -249,7 +358,12 @@ void Deinterleave(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
   KELO_VEC_CALL(DeinterleaveVec, scalar::DeinterleaveVec)(s, a, b, n);
 }
 void Even(const uint8_t* s, uint8_t* d, size_t n) { KELO_VEC_CALL(EvenVec, scalar::EvenVec)(s, d, n); }
-void SwapPairs(uint8_t* p, size_t n) { KELO_VEC_CALL(SwapPairsVec, scalar::SwapPairsVec)(p, n); }
+void SwapPairs(const uint8_t* s, uint8_t* d, size_t n) {
+  KELO_VEC_CALL(SwapPairsVec, scalar::SwapPairsVec)(s, d, n);
+}
+void YuyvToPlanar(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n, bool average) {
+  KELO_VEC_CALL(YuyvToPlanarVec, scalar::YuyvToPlanarVec)(s, y, u, v, n, average);
+}
 void Narrow16(const uint8_t* s, uint8_t* d, size_t n) {
   KELO_VEC_CALL(Narrow16Vec, scalar::Narrow16Vec)(s, d, n);
 }

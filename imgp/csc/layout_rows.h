@@ -29,12 +29,26 @@ inline void Deinterleave(const uint8_t* s, uint8_t* a, uint8_t* b, size_t i0, si
 inline void Even(const uint8_t* s, uint8_t* d, size_t i0, size_t n) {
   for (size_t i = i0; i < n; ++i) d[i] = s[2 * i];
 }
-// Exchanges bytes 2i and 2i + 1 for pairs [i0, n).
-inline void SwapPairs(uint8_t* p, size_t i0, size_t n) {
+// d[2i] = s[2i + 1], d[2i + 1] = s[2i] for pairs [i0, n); s == d swaps in
+// place.
+inline void SwapPairs(const uint8_t* s, uint8_t* d, size_t i0, size_t n) {
   for (size_t i = i0; i < n; ++i) {
-    const uint8_t t = p[2 * i];
-    p[2 * i] = p[2 * i + 1];
-    p[2 * i + 1] = t;
+    const uint8_t t = s[2 * i];
+    d[2 * i] = s[2 * i + 1];
+    d[2 * i + 1] = t;
+  }
+}
+inline void SwapPairs(uint8_t* p, size_t i0, size_t n) { SwapPairs(p, p, i0, n); }
+// YUYV pixel pairs [k0, n) of one row: y[2k] = s[4k], y[2k + 1] = s[4k + 2],
+// u[k] = s[4k + 1], v[k] = s[4k + 3]; with `average`, u[k] and v[k] become
+// (stored + that byte) >> 1 instead.
+inline void YuyvToPlanar(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t k0,
+                         size_t n, bool average) {
+  for (size_t k = k0; k < n; ++k) {
+    y[2 * k] = s[4 * k];
+    y[2 * k + 1] = s[4 * k + 2];
+    u[k] = static_cast<uint8_t>(average ? (u[k] + s[4 * k + 1]) >> 1 : s[4 * k + 1]);
+    v[k] = static_cast<uint8_t>(average ? (v[k] + s[4 * k + 3]) >> 1 : s[4 * k + 3]);
   }
 }
 // d[i] = low byte of (little-endian 16-bit sample i >> 2).
@@ -83,7 +97,9 @@ inline void RgbTo565(const uint8_t* s, uint8_t* d, size_t i0, size_t n) {
 void Interleave(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n);
 void Deinterleave(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n);
 void Even(const uint8_t* s, uint8_t* d, size_t n);
-void SwapPairs(uint8_t* p, size_t n);
+void SwapPairs(const uint8_t* s, uint8_t* d, size_t n);
+inline void SwapPairs(uint8_t* p, size_t n) { SwapPairs(p, p, n); }
+void YuyvToPlanar(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n, bool average);
 void Narrow16(const uint8_t* s, uint8_t* d, size_t n);
 void GreyTo565(const uint8_t* s, uint8_t* d, size_t n);
 void GreyTo888(const uint8_t* s, uint8_t* d, size_t n);

@@ -7,6 +7,7 @@
 
 #include "imgp/csc/layout_rows.h"
 #include "imgp/csc/yuv_to_rgb.h"
+#include "kimgp_copy.h"
 #include "kimgp_csc.h"
 #include "tests/support/guarded.h"
 #include "tests/support/targets.h"
@@ -282,6 +283,32 @@ TEST(CscLayout, Nv12ToNv21OddHeightSwapsHalfTheRows) {
   EXPECT_EQ(dst.buffer(1).data()[4 * s], 4 * s);    // row 4 (the fifth) as copied
 }
 
+// The chroma of NV12 to NV21 is written in one pass where it can be; the
+// bytes are those of the plane copy followed by the in-place swap of
+// dst.stride[1] * (height / 2) bytes, padding and odd strides included.
+TEST(CscLayout, Nv12ToNv21MatchesCopyThenSwap) {
+  std::mt19937 rng = MakeRng(12);
+  ForEachTarget([&](const std::string& target) {
+    for (const Size2& z : TestSizes(rng, 12, 200, 9)) {
+      const int32_t w = (z.w + 1) / 2, h = (z.h + 1) / 2;
+      const int32_t ss = 2 * w + RandomPad(rng), ds = 2 * w + RandomPad(rng);
+      std::vector<uint8_t> src(size_t(ss) * h);
+      for (auto& x : src) x = uint8_t(rng());
+      GuardedBuffer got(size_t(ds) * h), want(size_t(ds) * h);
+      for (size_t i = 0; i < got.size(); ++i) got.data()[i] = want.data()[i] = uint8_t(i * 7);
+      uint8_t* sp[3] = {src.data(), src.data(), nullptr};
+      const int32_t sw[3] = {0, w, 0}, sh[3] = {z.h, h, 0}, dss[3] = {0, ds, 0};
+      int32_t sss[3] = {0, ss, 0};
+      uint8_t* dp[3] = {nullptr, got.data(), nullptr};
+      kimgp_csc_nv21_to_nv12(sp, sw, sh, sss, dss, dp);
+      kimgp_cpy_16b(src.data(), w, h, ss, ds, want.data());
+      csc::scalar::SwapPairs(want.data(), 0, size_t(ds) * size_t(z.h / 2) / 2);
+      ASSERT_EQ(FirstDifference(got.raw(), want.raw()), "")
+          << target << " " << w << "x" << h << " strides " << ss << "/" << ds;
+    }
+  });
+}
+
 // Every layout row operation on every target against its scalar row.
 TEST(CscLayoutRows, VectorMatchesScalarOnEveryTarget) {
   std::mt19937 rng = MakeRng(4);
@@ -305,6 +332,20 @@ TEST(CscLayoutRows, VectorMatchesScalarOnEveryTarget) {
             [&](uint8_t* d) { csc::scalar::Even(s, d, 0, n); });
       check("swap", 2 * n, [&](uint8_t* d) { memcpy(d, s, 2 * n); csc::SwapPairs(d, n); },
             [&](uint8_t* d) { memcpy(d, s, 2 * n); csc::scalar::SwapPairs(d, 0, n); });
+      check("swap copy", 2 * n, [&](uint8_t* d) { csc::SwapPairs(s, d, n); },
+            [&](uint8_t* d) { csc::scalar::SwapPairs(s, d, 0, n); });
+      // YUYV rows over pairs: luma, then U and V planes preset to the input's
+      // bytes, which the averaging mode reads.
+      for (bool average : {false, true}) {
+        check(average ? "yuyv avg" : "yuyv", 4 * n, [&](uint8_t* d) {
+              memcpy(d + 2 * n, s + 4 * n, 2 * n);
+              csc::YuyvToPlanar(s, d, d + 2 * n, d + 3 * n, n, average);
+            },
+            [&](uint8_t* d) {
+              memcpy(d + 2 * n, s + 4 * n, 2 * n);
+              csc::scalar::YuyvToPlanar(s, d, d + 2 * n, d + 3 * n, 0, n, average);
+            });
+      }
       check("narrow16", n, [&](uint8_t* d) { csc::Narrow16(s, d, n); },
             [&](uint8_t* d) { csc::scalar::Narrow16(s, d, 0, n); });
       check("grey565", 2 * n, [&](uint8_t* d) { csc::GreyTo565(s, d, n); },
