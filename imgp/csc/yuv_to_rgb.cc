@@ -425,19 +425,9 @@ struct PackedTerms {
   static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
                     S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
                 "G constant on the luma");
-  // Per block: B factors and constants for its four pairs, then R's.
-  static constexpr uint16_t kRbMul[8] = {S::kBuQ * 256, S::kBuQ * 256, S::kBuQ * 256,
-                                         S::kBuQ * 256, S::kRvMul,     S::kRvMul,
-                                         S::kRvMul,     S::kRvMul};
-  static constexpr int16_t kRbAdd[8] = {S::kB0 - S::kG0, S::kB0 - S::kG0, S::kB0 - S::kG0,
-                                        S::kB0 - S::kG0, S::kR0,          S::kR0,
-                                        S::kR0,          S::kR0};
   PackedTerms()
-      : rb_mul(hn::LoadDup128(DU(), kRbMul)),
-        rb_add(hn::LoadDup128(DI(), kRbAdd)),
-        g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
-        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)),
-        uv_high(hn::LoadDup128(D8(), Src::kUyvyV ? kUvHighUyvy : kUvHighYuyv)) {}
+      : g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)) {}
 #else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
@@ -476,15 +466,16 @@ struct PackedTerms {
     typename A::Luma y;
     y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
     y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
+    // Each pixel's U, V bytes (one byte shuffle): the G term from the byte
+    // pair, the R and B terms from V << 8 and U masked in place.
     typename A::Chroma t;
     const VU uv = hn::BitCast(du, hn::TableLookupBytes(raw, uv_pix));
     t.g = VI{RawMulAddPairs(uv.raw, g_mul.raw)};
-    // U << 8 of the block's four pairs, then V << 8: their B and R terms, each
-    // repeated for both pixels of its pair by interleaving with itself.
-    const VU uvh = hn::BitCast(du, hn::TableLookupBytes(raw, uv_high));
-    const VI rb = hn::Add(hn::BitCast(di, hn::MulHigh(uvh, rb_mul)), rb_add);
-    t.b = HWY_NAMESPACE::DupLo(rb);
-    t.r = HWY_NAMESPACE::DupHi(rb);
+    t.r = hn::Add(hn::BitCast(di, hn::MulHigh(hn::And(uv, hn::Set(du, 0xFF00)),
+                                              hn::Set(du, S::kRvMul))),
+                  hn::Set(di, S::kR0));
+    t.b = hn::Add(hn::BitCast(di, hn::Mul(hn::And(uv, hn::Set(du, 0x00FF)), Coef(du, S::kBuQ))),
+                  hn::Set(di, S::kB0 - S::kG0));
     A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
   }
 #else
@@ -520,17 +511,13 @@ struct PackedTerms {
   // The U, V bytes of each pixel's pair.
   static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
   static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
-  // Per block: U << 8 of its four pairs, then V << 8.
-  static constexpr uint8_t kUvHighYuyv[16] = {0x80, 1,  0x80, 5,  0x80, 9,  0x80, 13,
-                                              0x80, 3,  0x80, 7,  0x80, 11, 0x80, 15};
-  static constexpr uint8_t kUvHighUyvy[16] = {0x80, 0,  0x80, 4,  0x80, 8,  0x80, 12,
-                                              0x80, 2,  0x80, 6,  0x80, 10, 0x80, 14};
+#if KELO_X86_RAW
+  VU g_mul;
+  V8 uv_pix;
+#else
   VU rb_mul;
   VI rb_add;
   VU g_mul;
-#if KELO_X86_RAW
-  V8 uv_pix, uv_high;
-#else
   V8 dup_even, dup_odd;
 #endif
 };
