@@ -116,6 +116,13 @@ Peer Conv(int (*f)(C, int, P, int, P, int, int, int)) {
     f(s.img.plane[0], s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), s.img.width[0], s.img.height[0]);
   };
 }
+Peer Conv(int (*f)(C, int, C, int, P, int, P, int, int, int)) {
+  return [f](const Frame& s, Frame& d) {
+    const kimgp_img& i = s.img;
+    f(i.plane[0], i.stride[0], i.plane[1], i.stride[1], d.p(0), d.s(0), d.p(1), d.s(1),
+      i.width[0], i.height[0]);
+  };
+}
 Peer Conv(int (*f)(C, int, C, int, C, int, P, int, P, int, int, int)) {
   return [f](const Frame& s, Frame& d) {
     const kimgp_img& i = s.img;
