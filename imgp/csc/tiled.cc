@@ -127,6 +127,59 @@ void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   }
   csc::p010::Row(row, dst, static_cast<int>(x), n);
 }
+#elif HWY_TARGET == HWY_NEON
+// P010LE to RGBA8888 on NEON: structure loads split the even and odd luma
+// words and the U, V words of eight pairs; 16 x 16 -> 32-bit products
+// (vmull/vmlal) make the sums, each pair's chroma used by both of its pixels;
+// a shifting narrow and a saturating one give the bytes, zipped back into
+// pixel order for the structure store.
+void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
+  using namespace csc::p010;  // NOLINT: the matrix
+  const csc::YuvRow row = row_in;
+  const int32x4_t lum0 = vdupq_n_s32(2048 - 64 * kCy);
+  const int16x8_t c_off = vdupq_n_s16(512);
+  // Terms of four pairs (one half) and the byte channel of four pixels.
+  struct Half {
+    int32x4_t r, g, b;
+  };
+  const auto terms = [](int16x4_t u, int16x4_t v) {
+    Half h;
+    h.r = vmull_n_s16(v, kRv);
+    h.g = vmlal_n_s16(vmull_n_s16(u, kGu), v, kGv);
+    h.b = vmull_n_s16(u, kBu);
+    return h;
+  };
+  const auto bytes = [](int32x4_t l_lo, int32x4_t l_hi, int32x4_t c_lo, int32x4_t c_hi) {
+    return vqmovun_s16(vcombine_s16(vshrn_n_s32(vaddq_s32(l_lo, c_lo), 12),
+                                    vshrn_n_s32(vaddq_s32(l_hi, c_hi), 12)));
+  };
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    const uint16x8x2_t yw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.y + 2 * x));
+    const uint16x8x2_t cw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.u + 2 * x));
+    const int16x8_t u = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[0], 6)), c_off);
+    const int16x8_t v = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[1], 6)), c_off);
+    const Half lo = terms(vget_low_s16(u), vget_low_s16(v));
+    const Half hi = terms(vget_high_s16(u), vget_high_s16(v));
+    uint8x8_t ch[2][3];
+    for (int k = 0; k < 2; ++k) {
+      const int16x8_t y = vreinterpretq_s16_u16(vshrq_n_u16(yw.val[k], 6));
+      const int32x4_t l_lo = vmlal_n_s16(lum0, vget_low_s16(y), kCy);
+      const int32x4_t l_hi = vmlal_n_s16(lum0, vget_high_s16(y), kCy);
+      ch[k][0] = bytes(l_lo, l_hi, lo.r, hi.r);
+      ch[k][1] = bytes(l_lo, l_hi, lo.g, hi.g);
+      ch[k][2] = bytes(l_lo, l_hi, lo.b, hi.b);
+    }
+    uint8x16x4_t px;
+    for (int c = 0; c < 3; ++c) {
+      const uint8x8x2_t z = vzip_u8(ch[0][c], ch[1][c]);
+      px.val[c] = vcombine_u8(z.val[0], z.val[1]);
+    }
+    px.val[3] = vdupq_n_u8(255);
+    vst4q_u8(dst + 4 * x, px);
+  }
+  csc::p010::Row(row, dst, static_cast<int>(x), n);
+}
 #elif HWY_TARGET != HWY_SCALAR
 // P010LE to RGBA8888 in 32-bit lanes, one pixel per lane: the sums need up to
 // 22 bits. The pair chroma is loaded as U, V words in order, so a pixel's U is

@@ -140,6 +140,10 @@ HWY_INLINE VU LoadWideChroma(const QuadOrder<false>& order, const uint8_t* p) {
 // channels in QuadOrder.
 HWY_INLINE void StoreQuads(V8 s0, V8 s1, V8 s2, V8 s3, uint8_t* out) {
   const D8 d8;
+#if HWY_TARGET == HWY_NEON  // one block: the structure store (vst4)
+  hn::StoreInterleaved4(s0, s1, s2, s3, d8, out);
+  return;
+#endif
   const DU du;
   const size_t L = hn::Lanes(d8);
   const VU a_lo = hn::BitCast(du, hn::InterleaveLower(d8, s0, s1));
@@ -367,7 +371,6 @@ HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
 template <class Src, bool kQuad>
 HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<false>& order, VU* u,
                                VU* vh) {
-  const D8 d8;
   const DU du;
   if constexpr (Src::kFamily == YuvFamily::kPlanar) {
     *u = LoadWideChroma<kQuad, false>(order, row.u + x / 2);
@@ -615,8 +618,145 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
   scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(x), n);
 }
 
+#if HWY_TARGET == HWY_NEON
+// NEON rows of the matrices with 16-bit sums (Sat16). The same sums from byte
+// operands: widening multiplies and multiply-accumulates of the 8-bit samples
+// (vmull/vmlal/vmlsl .u8) give every term modulo 2^16, which is its value as
+// Sat16 keeps each within int16; floor(kRv V / 2) is (kRv >> 1) V + (V >> 1)
+// for an odd kRv. The saturating shift-narrow (vqshrun) shifts and clamps in
+// one instruction. Pair chroma is matched with the luma of the even and of the
+// odd pixels (structure loads split them), so no term is repeated; the
+// channels are zipped back into pixel order before the structure store.
+template <YuvMatrix M>
+struct NeonSat16 {
+  using S = Sat16<typename LimitedOf<M>::type>;
+  static constexpr int kRv = LimitedOf<M>::type::kRv;
+  static_assert(S::kH <= 255 && (kRv >> 1) <= 255 && S::kGuQ <= 255 && S::kGvQ <= 255 &&
+                    S::kBuQ <= 255 && S::kRvMul == kRv * 128,
+                "byte multipliers");
+  struct Terms {
+    int16x8_t r, g, b;
+  };
+  NeonSat16()
+      : r0(vdupq_n_u16(static_cast<uint16_t>(S::kR0))),
+        g0(vdupq_n_u16(static_cast<uint16_t>(S::kG0))),
+        b0(vdupq_n_u16(static_cast<uint16_t>(S::kB0))),
+        k(vdupq_n_s16(S::kK)),
+        h(vdup_n_u8(S::kH)),
+        rv(vdup_n_u8(kRv >> 1)),
+        gu(vdup_n_u8(S::kGuQ)),
+        gv(vdup_n_u8(S::kGvQ)),
+        bu(vdup_n_u8(S::kBuQ)) {}
+
+  HWY_INLINE Terms FromUV(uint8x8_t u, uint8x8_t v) const {
+    Terms t;
+    const uint16x8_t r = (kRv & 1) ? vaddw_u8(r0, vshr_n_u8(v, 1)) : r0;
+    t.r = vreinterpretq_s16_u16(vmlal_u8(r, v, rv));
+    t.g = vreinterpretq_s16_u16(vmlsl_u8(vmlsl_u8(g0, u, gu), v, gv));
+    t.b = vreinterpretq_s16_u16(vmlal_u8(b0, u, bu));
+    return t;
+  }
+  // Eight pixels of luma through their terms: R, G, B bytes.
+  HWY_INLINE uint8x8x3_t Channels(uint8x8_t y, const Terms& t) const {
+    const int16x8_t ys = vsubq_s16(vreinterpretq_s16_u16(vmull_u8(y, h)), k);
+    const int16x8_t yb = vshrq_n_s16(ys, 1);
+    uint8x8x3_t c;
+    c.val[0] = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
+    c.val[1] = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
+    c.val[2] = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
+    return c;
+  }
+  // Sixteen pixels, the even ones in ye, the odd ones in yo, with the terms of
+  // their eight pairs.
+  template <class Dst>
+  HWY_INLINE void Pairs(uint8x8_t ye, uint8x8_t yo, const Terms& t, uint8_t* out) const {
+    const uint8x8x3_t e = Channels(ye, t), o = Channels(yo, t);
+    const uint8x8x2_t r = vzip_u8(e.val[0], o.val[0]);
+    const uint8x8x2_t g = vzip_u8(e.val[1], o.val[1]);
+    const uint8x8x2_t b = vzip_u8(e.val[2], o.val[2]);
+    StoreRgb<Dst>(V8{vcombine_u8(r.val[0], r.val[1])}, V8{vcombine_u8(g.val[0], g.val[1])},
+                  V8{vcombine_u8(b.val[0], b.val[1])}, out);
+  }
+
+  uint16x8_t r0, g0, b0;
+  int16x8_t k;
+  uint8x8_t h, rv, gu, gv, bu;
+};
+
+// The U and V bytes of the eight pixel pairs from pair xp on.
+template <class Src>
+HWY_INLINE void NeonPairChroma(const YuvRow& row, size_t xp, uint8x8_t* u, uint8x8_t* v) {
+  if constexpr (Src::kFamily == YuvFamily::kPlanar) {
+    *u = vld1_u8(row.u + xp);
+    *v = vld1_u8(row.v + xp);
+  } else {
+    const uint8x8x2_t c = vld2_u8((Src::kUFirstV ? row.u : row.v) + 2 * xp);
+    *u = c.val[Src::kUFirstV ? 0 : 1];
+    *v = c.val[Src::kUFirstV ? 1 : 0];
+  }
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void NeonRow(const YuvRow& row, uint8_t* dst, int n) {
+  const NeonSat16<M> k;
+  size_t x = 0;
+  if constexpr (Src::kFamily == YuvFamily::kPacked) {
+    // Four bytes per pair: vld4 splits even luma, U, odd luma, V.
+    const uint8_t* p = Src::kUyvyV ? row.u : row.y;
+    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+      const uint8x8x4_t q = vld4_u8(p + 2 * x);
+      const int yi = Src::kUyvyV ? 1 : 0, ui = Src::kUyvyV ? 0 : 1;
+      k.template Pairs<Dst>(q.val[yi], q.val[yi + 2], k.FromUV(q.val[ui], q.val[ui + 2]),
+                            dst + x * Dst::kBytes);
+    }
+  } else if constexpr (Src::kPairs) {
+    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+      const uint8x8x2_t y = vld2_u8(row.y + x);
+      uint8x8_t u, v;
+      NeonPairChroma<Src>(row, x / 2, &u, &v);
+      k.template Pairs<Dst>(y.val[0], y.val[1], k.FromUV(u, v), dst + x * Dst::kBytes);
+    }
+  } else {
+    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+      const uint8x16_t y = vld1q_u8(row.y + x), u = vld1q_u8(row.u + x), v = vld1q_u8(row.v + x);
+      const uint8x8x3_t lo = k.Channels(vget_low_u8(y),
+                                        k.FromUV(vget_low_u8(u), vget_low_u8(v)));
+      const uint8x8x3_t hi = k.Channels(vget_high_u8(y),
+                                        k.FromUV(vget_high_u8(u), vget_high_u8(v)));
+      StoreRgb<Dst>(V8{vcombine_u8(lo.val[0], hi.val[0])}, V8{vcombine_u8(lo.val[1], hi.val[1])},
+                    V8{vcombine_u8(lo.val[2], hi.val[2])}, dst + x * Dst::kBytes);
+    }
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void NeonRow2(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst1, int n) {
+  const NeonSat16<M> k;
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    uint8x8_t u, v;
+    NeonPairChroma<Src>(row0, x / 2, &u, &v);
+    const typename NeonSat16<M>::Terms t = k.FromUV(u, v);
+    const uint8x8x2_t y0 = vld2_u8(row0.y + x);
+    k.template Pairs<Dst>(y0.val[0], y0.val[1], t, dst0 + x * Dst::kBytes);
+    const uint8x8x2_t y1 = vld2_u8(row1.y + x);
+    k.template Pairs<Dst>(y1.val[0], y1.val[1], t, dst1 + x * Dst::kBytes);
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(x), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(x), n);
+}
+#endif  // HWY_TARGET == HWY_NEON
+
 template <class Src, class Dst, YuvMatrix M>
 constexpr YuvToRgbRows VecRows() {
+#if HWY_TARGET == HWY_NEON
+  if constexpr (UsesSat16<M>() && Src::kVertHalf) {
+    return {&NeonRow<Src, Dst, M>, &NeonRow2<Src, Dst, M>};
+  } else if constexpr (UsesSat16<M>()) {
+    return {&NeonRow<Src, Dst, M>, nullptr};
+  }
+#endif
   if constexpr (Src::kFamily == YuvFamily::kPacked) {
     static_assert(UsesSat16<M>(), "packed rows use the 16-bit sums");
     return {&PackedRowVec<Src, Dst, M>, nullptr};
