@@ -624,9 +624,7 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
 // (vmull/vmlal/vmlsl .u8) give every term modulo 2^16, which is its value as
 // Sat16 keeps each within int16; floor(kRv V / 2) is (kRv >> 1) V + (V >> 1)
 // for an odd kRv. The saturating shift-narrow (vqshrun) shifts and clamps in
-// one instruction. Pair chroma is matched with the luma of the even and of the
-// odd pixels (structure loads split them), so no term is repeated; the
-// channels are zipped back into pixel order before the structure store.
+// one instruction, straight into the registers of the structure store.
 template <YuvMatrix M>
 struct NeonSat16 {
   using S = Sat16<typename LimitedOf<M>::type>;
@@ -646,8 +644,10 @@ struct NeonSat16 {
         rv(vdup_n_u8(kRv >> 1)),
         gu(vdup_n_u8(S::kGuQ)),
         gv(vdup_n_u8(S::kGvQ)),
-        bu(vdup_n_u8(S::kBuQ)) {}
+        bu(vdup_n_u8(S::kBuQ)),
+        alpha(vdup_n_u8(255)) {}
 
+  // The terms of eight chroma samples.
   HWY_INLINE Terms FromUV(uint8x8_t u, uint8x8_t v) const {
     Terms t;
     const uint16x8_t r = (kRv & 1) ? vaddw_u8(r0, vshr_n_u8(v, 1)) : r0;
@@ -656,95 +656,137 @@ struct NeonSat16 {
     t.b = vreinterpretq_s16_u16(vmlal_u8(b0, u, bu));
     return t;
   }
-  // Eight pixels of luma through their terms: R, G, B bytes.
-  HWY_INLINE uint8x8x3_t Channels(uint8x8_t y, const Terms& t) const {
+  // The terms of eight pixel pairs, each repeated for its two pixels: those
+  // of pixels 0-7 and of 8-15.
+  static HWY_INLINE void Repeat(const Terms& t, Terms* lo, Terms* hi) {
+    const int16x8x2_t r = vzipq_s16(t.r, t.r), g = vzipq_s16(t.g, t.g), b = vzipq_s16(t.b, t.b);
+    *lo = {r.val[0], g.val[0], b.val[0]};
+    *hi = {r.val[1], g.val[1], b.val[1]};
+  }
+  // Eight pixels of luma through their terms, stored.
+  template <class Dst>
+  HWY_INLINE void Store8(uint8x8_t y, const Terms& t, uint8_t* out) const {
     const int16x8_t ys = vsubq_s16(vreinterpretq_s16_u16(vmull_u8(y, h)), k);
     const int16x8_t yb = vshrq_n_s16(ys, 1);
-    uint8x8x3_t c;
-    c.val[0] = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
-    c.val[1] = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
-    c.val[2] = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
-    return c;
+    const uint8x8_t r = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
+    const uint8x8_t g = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
+    const uint8x8_t b = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
+    if constexpr (Dst::kBytes == 4) {
+      uint8x8x4_t px;
+      px.val[Dst::kRi] = r;
+      px.val[Dst::kGi] = g;
+      px.val[Dst::kBi] = b;
+      px.val[Dst::kAi] = alpha;
+      vst4_u8(out, px);
+    } else if constexpr (Dst::kBytes == 3) {
+      uint8x8x3_t px;
+      px.val[Dst::kRi] = r;
+      px.val[Dst::kGi] = g;
+      px.val[Dst::kBi] = b;
+      vst3_u8(out, px);
+    } else {
+      const uint8x8_t hi = Dst::kRedHighV ? r : b, lo = Dst::kRedHighV ? b : r;
+      vst1q_u8(out, vreinterpretq_u8_u16(vsriq_n_u16(
+                        vsriq_n_u16(vshll_n_u8(hi, 8), vshll_n_u8(g, 8), 5), vshll_n_u8(lo, 8), 11)));
+    }
   }
-  // Sixteen pixels, the even ones in ye, the odd ones in yo, with the terms of
-  // their eight pairs.
+  // Sixteen pixels of luma with the terms of their eight pairs.
   template <class Dst>
-  HWY_INLINE void Pairs(uint8x8_t ye, uint8x8_t yo, const Terms& t, uint8_t* out) const {
-    const uint8x8x3_t e = Channels(ye, t), o = Channels(yo, t);
-    const uint8x8x2_t r = vzip_u8(e.val[0], o.val[0]);
-    const uint8x8x2_t g = vzip_u8(e.val[1], o.val[1]);
-    const uint8x8x2_t b = vzip_u8(e.val[2], o.val[2]);
-    StoreRgb<Dst>(V8{vcombine_u8(r.val[0], r.val[1])}, V8{vcombine_u8(g.val[0], g.val[1])},
-                  V8{vcombine_u8(b.val[0], b.val[1])}, out);
+  HWY_INLINE void Store16(uint8x16_t y, const Terms& lo, const Terms& hi, uint8_t* out) const {
+    Store8<Dst>(vget_low_u8(y), lo, out);
+    Store8<Dst>(vget_high_u8(y), hi, out + 8 * Dst::kBytes);
   }
 
   uint16x8_t r0, g0, b0;
   int16x8_t k;
-  uint8x8_t h, rv, gu, gv, bu;
+  uint8x8_t h, rv, gu, gv, bu, alpha;
 };
 
-// The U and V bytes of the eight pixel pairs from pair xp on.
+// The U and V bytes of the eight pixel pairs from chroma pointer c on (the U
+// or V plane, or the first byte of the interleaved pairs).
 template <class Src>
-HWY_INLINE void NeonPairChroma(const YuvRow& row, size_t xp, uint8x8_t* u, uint8x8_t* v) {
+HWY_INLINE void NeonPairChroma(const uint8_t* c, const uint8_t* c2, uint8x8_t* u,
+                               uint8x8_t* v) {
   if constexpr (Src::kFamily == YuvFamily::kPlanar) {
-    *u = vld1_u8(row.u + xp);
-    *v = vld1_u8(row.v + xp);
+    *u = vld1_u8(c);
+    *v = vld1_u8(c2);
   } else {
-    const uint8x8x2_t c = vld2_u8((Src::kUFirstV ? row.u : row.v) + 2 * xp);
-    *u = c.val[Src::kUFirstV ? 0 : 1];
-    *v = c.val[Src::kUFirstV ? 1 : 0];
+    const uint8x8x2_t uv = vld2_u8(c);
+    *u = uv.val[Src::kUFirstV ? 0 : 1];
+    *v = uv.val[Src::kUFirstV ? 1 : 0];
   }
+}
+template <class Src>
+HWY_INLINE const uint8_t* NeonChromaBase(const YuvRow& row) {
+  if constexpr (Src::kFamily == YuvFamily::kSemi) return Src::kUFirstV ? row.u : row.v;
+  return row.u;
 }
 
 template <class Src, class Dst, YuvMatrix M>
-void NeonRow(const YuvRow& row, uint8_t* dst, int n) {
+void NeonRow(const YuvRow& row_in, uint8_t* dst, int n) {
+  const YuvRow row = row_in;  // a local copy: the stores cannot alias it
   const NeonSat16<M> k;
-  size_t x = 0;
+  using T = typename NeonSat16<M>::Terms;
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  uint8_t* out = dst;
+  uint8_t* const end = dst + n16 * Dst::kBytes;
   if constexpr (Src::kFamily == YuvFamily::kPacked) {
-    // Four bytes per pair: vld4 splits even luma, U, odd luma, V.
+    // vld2 splits the luma from the chroma bytes, vuzp U from V.
     const uint8_t* p = Src::kUyvyV ? row.u : row.y;
-    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
-      const uint8x8x4_t q = vld4_u8(p + 2 * x);
-      const int yi = Src::kUyvyV ? 1 : 0, ui = Src::kUyvyV ? 0 : 1;
-      k.template Pairs<Dst>(q.val[yi], q.val[yi + 2], k.FromUV(q.val[ui], q.val[ui + 2]),
-                            dst + x * Dst::kBytes);
+    for (; out != end; out += 16 * Dst::kBytes, p += 32) {
+      const uint8x16x2_t q = vld2q_u8(p);
+      const uint8x16_t c = q.val[Src::kUyvyV ? 0 : 1];
+      const uint8x8x2_t uv = vuzp_u8(vget_low_u8(c), vget_high_u8(c));
+      T lo, hi;
+      k.Repeat(k.FromUV(uv.val[0], uv.val[1]), &lo, &hi);
+      k.template Store16<Dst>(q.val[Src::kUyvyV ? 1 : 0], lo, hi, out);
     }
   } else if constexpr (Src::kPairs) {
-    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
-      const uint8x8x2_t y = vld2_u8(row.y + x);
+    const uint8_t* py = row.y;
+    const uint8_t* pc = NeonChromaBase<Src>(row);
+    const uint8_t* pv = row.v;
+    for (; out != end; out += 16 * Dst::kBytes, py += 16, pc += 8 * Src::kCStep, pv += 8) {
       uint8x8_t u, v;
-      NeonPairChroma<Src>(row, x / 2, &u, &v);
-      k.template Pairs<Dst>(y.val[0], y.val[1], k.FromUV(u, v), dst + x * Dst::kBytes);
+      NeonPairChroma<Src>(pc, pv, &u, &v);
+      T lo, hi;
+      k.Repeat(k.FromUV(u, v), &lo, &hi);
+      k.template Store16<Dst>(vld1q_u8(py), lo, hi, out);
     }
   } else {
-    for (; x + 16 <= static_cast<size_t>(n); x += 16) {
-      const uint8x16_t y = vld1q_u8(row.y + x), u = vld1q_u8(row.u + x), v = vld1q_u8(row.v + x);
-      const uint8x8x3_t lo = k.Channels(vget_low_u8(y),
-                                        k.FromUV(vget_low_u8(u), vget_low_u8(v)));
-      const uint8x8x3_t hi = k.Channels(vget_high_u8(y),
-                                        k.FromUV(vget_high_u8(u), vget_high_u8(v)));
-      StoreRgb<Dst>(V8{vcombine_u8(lo.val[0], hi.val[0])}, V8{vcombine_u8(lo.val[1], hi.val[1])},
-                    V8{vcombine_u8(lo.val[2], hi.val[2])}, dst + x * Dst::kBytes);
+    const uint8_t *py = row.y, *pu = row.u, *pv = row.v;
+    for (; out != end; out += 16 * Dst::kBytes, py += 16, pu += 16, pv += 16) {
+      const uint8x16_t y = vld1q_u8(py), u = vld1q_u8(pu), v = vld1q_u8(pv);
+      k.template Store16<Dst>(y, k.FromUV(vget_low_u8(u), vget_low_u8(v)),
+                              k.FromUV(vget_high_u8(u), vget_high_u8(v)), out);
     }
   }
-  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(x), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(n16), n);
 }
 
 template <class Src, class Dst, YuvMatrix M>
-void NeonRow2(const YuvRow& row0, const YuvRow& row1, uint8_t* dst0, uint8_t* dst1, int n) {
+void NeonRow2(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_t* dst1,
+              int n) {
+  const YuvRow row0 = row0_in, row1 = row1_in;
   const NeonSat16<M> k;
-  size_t x = 0;
-  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+  using T = typename NeonSat16<M>::Terms;
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  const uint8_t *py0 = row0.y, *py1 = row1.y;
+  const uint8_t* pc = NeonChromaBase<Src>(row0);
+  const uint8_t* pv = row0.v;
+  uint8_t* out0 = dst0;
+  uint8_t* out1 = dst1;
+  uint8_t* const end = dst0 + n16 * Dst::kBytes;
+  for (; out0 != end; out0 += 16 * Dst::kBytes, out1 += 16 * Dst::kBytes, py0 += 16, py1 += 16,
+                      pc += 8 * Src::kCStep, pv += 8) {
     uint8x8_t u, v;
-    NeonPairChroma<Src>(row0, x / 2, &u, &v);
-    const typename NeonSat16<M>::Terms t = k.FromUV(u, v);
-    const uint8x8x2_t y0 = vld2_u8(row0.y + x);
-    k.template Pairs<Dst>(y0.val[0], y0.val[1], t, dst0 + x * Dst::kBytes);
-    const uint8x8x2_t y1 = vld2_u8(row1.y + x);
-    k.template Pairs<Dst>(y1.val[0], y1.val[1], t, dst1 + x * Dst::kBytes);
+    NeonPairChroma<Src>(pc, pv, &u, &v);
+    T lo, hi;
+    k.Repeat(k.FromUV(u, v), &lo, &hi);
+    k.template Store16<Dst>(vld1q_u8(py0), lo, hi, out0);
+    k.template Store16<Dst>(vld1q_u8(py1), lo, hi, out1);
   }
-  scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(x), n);
-  scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(x), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(n16), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(n16), n);
 }
 #endif  // HWY_TARGET == HWY_NEON
 
