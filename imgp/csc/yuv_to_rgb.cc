@@ -663,14 +663,19 @@ struct NeonSat16 {
     *lo = {r.val[0], g.val[0], b.val[0]};
     *hi = {r.val[1], g.val[1], b.val[1]};
   }
-  // Eight pixels of luma through their terms, stored.
-  template <class Dst>
-  HWY_INLINE void Store8(uint8x8_t y, const Terms& t, uint8_t* out) const {
+  // Eight pixels of luma through their terms: R, G, B bytes.
+  HWY_INLINE uint8x8x3_t Channels(uint8x8_t y, const Terms& t) const {
     const int16x8_t ys = vsubq_s16(vreinterpretq_s16_u16(vmull_u8(y, h)), k);
     const int16x8_t yb = vshrq_n_s16(ys, 1);
-    const uint8x8_t r = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
-    const uint8x8_t g = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
-    const uint8x8_t b = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
+    uint8x8x3_t c;
+    c.val[0] = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
+    c.val[1] = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
+    c.val[2] = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
+    return c;
+  }
+  // Eight pixels of R, G, B bytes, stored.
+  template <class Dst>
+  HWY_INLINE void Put8(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8_t* out) const {
     if constexpr (Dst::kBytes == 4) {
       uint8x8x4_t px;
       px.val[Dst::kRi] = r;
@@ -689,6 +694,22 @@ struct NeonSat16 {
       vst1q_u8(out, vreinterpretq_u8_u16(vsriq_n_u16(
                         vsriq_n_u16(vshll_n_u8(hi, 8), vshll_n_u8(g, 8), 5), vshll_n_u8(lo, 8), 11)));
     }
+  }
+  template <class Dst>
+  HWY_INLINE void Store8(uint8x8_t y, const Terms& t, uint8_t* out) const {
+    const uint8x8x3_t c = Channels(y, t);
+    Put8<Dst>(c.val[0], c.val[1], c.val[2], out);
+  }
+  // Sixteen pixels, the even ones in ye and the odd ones in yo, with the terms
+  // of their eight pairs: the channels are zipped into pixel order.
+  template <class Dst>
+  HWY_INLINE void Pairs(uint8x8_t ye, uint8x8_t yo, const Terms& t, uint8_t* out) const {
+    const uint8x8x3_t e = Channels(ye, t), o = Channels(yo, t);
+    const uint8x8x2_t r = vzip_u8(e.val[0], o.val[0]);
+    const uint8x8x2_t g = vzip_u8(e.val[1], o.val[1]);
+    const uint8x8x2_t b = vzip_u8(e.val[2], o.val[2]);
+    Put8<Dst>(r.val[0], g.val[0], b.val[0], out);
+    Put8<Dst>(r.val[1], g.val[1], b.val[1], out + 8 * Dst::kBytes);
   }
   // Sixteen pixels of luma with the terms of their eight pairs.
   template <class Dst>
@@ -731,15 +752,12 @@ void NeonRow(const YuvRow& row_in, uint8_t* dst, int n) {
   uint8_t* out = dst;
   uint8_t* const end = dst + n16 * Dst::kBytes;
   if constexpr (Src::kFamily == YuvFamily::kPacked) {
-    // vld2 splits the luma from the chroma bytes, vuzp U from V.
+    // vld4 splits the even pixels' luma, U, the odd pixels' luma and V.
     const uint8_t* p = Src::kUyvyV ? row.u : row.y;
+    constexpr int yi = Src::kUyvyV ? 1 : 0, ci = Src::kUyvyV ? 0 : 1;
     for (; out != end; out += 16 * Dst::kBytes, p += 32) {
-      const uint8x16x2_t q = vld2q_u8(p);
-      const uint8x16_t c = q.val[Src::kUyvyV ? 0 : 1];
-      const uint8x8x2_t uv = vuzp_u8(vget_low_u8(c), vget_high_u8(c));
-      T lo, hi;
-      k.Repeat(k.FromUV(uv.val[0], uv.val[1]), &lo, &hi);
-      k.template Store16<Dst>(q.val[Src::kUyvyV ? 1 : 0], lo, hi, out);
+      const uint8x8x4_t q = vld4_u8(p);
+      k.template Pairs<Dst>(q.val[yi], q.val[yi + 2], k.FromUV(q.val[ci], q.val[ci + 2]), out);
     }
   } else if constexpr (Src::kPairs) {
     const uint8_t* py = row.y;
