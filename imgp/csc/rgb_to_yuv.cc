@@ -461,8 +461,10 @@ void ChromaChannels(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   }
   scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(k), n);
 }
-template <class Src, class M, int kCStep>
-void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+// kVFirst: interleaved chroma with V before U (the order is fixed per call,
+// so the loop holds no test of it).
+template <class Src, class M, int kCStep, bool kVFirst>
+void LumaChromaChannelsIn(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
   const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
   const uint8_t* p = src;
   uint8_t *pu = u, *pv = v;
@@ -473,10 +475,25 @@ void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, 
     Luma16<Src, M>(r, g, b, py);
     uint8x8_t cu, cv;
     ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
-    StoreChroma8<kCStep>(cu, cv, pu, pv, 0);
+    if constexpr (kCStep == 1) {
+      vst1_u8(pu, cu);
+      vst1_u8(pv, cv);
+    } else if constexpr (kVFirst) {
+      vst2_u8(pv, (uint8x8x2_t{{cv, cu}}));
+    } else {
+      vst2_u8(pu, (uint8x8x2_t{{cu, cv}}));
+    }
   }
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(n16), n);
   scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(n16 / 2), n / 2);
+}
+template <class Src, class M, int kCStep>
+void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  if (kCStep == 2 && v < u) {
+    LumaChromaChannelsIn<Src, M, kCStep, true>(src, y, u, v, n);
+  } else {
+    LumaChromaChannelsIn<Src, M, kCStep, false>(src, y, u, v, n);
+  }
 }
 #define KELO_RGB_CHANNELS 1
 #else
