@@ -708,8 +708,17 @@ struct NeonSat16 {
     const uint8x8x2_t r = vzip_u8(e.val[0], o.val[0]);
     const uint8x8x2_t g = vzip_u8(e.val[1], o.val[1]);
     const uint8x8x2_t b = vzip_u8(e.val[2], o.val[2]);
-    Put8<Dst>(r.val[0], g.val[0], b.val[0], out);
-    Put8<Dst>(r.val[1], g.val[1], b.val[1], out + 8 * Dst::kBytes);
+    if constexpr (Dst::kBytes == 4) {  // one 16-pixel structure store
+      uint8x16x4_t px;
+      px.val[Dst::kRi] = vcombine_u8(r.val[0], r.val[1]);
+      px.val[Dst::kGi] = vcombine_u8(g.val[0], g.val[1]);
+      px.val[Dst::kBi] = vcombine_u8(b.val[0], b.val[1]);
+      px.val[Dst::kAi] = vcombine_u8(alpha, alpha);
+      vst4q_u8(out, px);
+    } else {
+      Put8<Dst>(r.val[0], g.val[0], b.val[0], out);
+      Put8<Dst>(r.val[1], g.val[1], b.val[1], out + 8 * Dst::kBytes);
+    }
   }
   // Sixteen pixels of luma with the terms of their eight pairs.
   template <class Dst>
