@@ -11,7 +11,7 @@
 //   RawAddPairs(a, b)     sums of neighbouring 16-bit lanes, a's then b's
 //                         within each 128-bit block (phaddw; up to 256 bits)
 //   RawMulAddWords(a, b)  signed 16-bit products, each neighbouring pair
-//                         summed into a 32-bit lane (pmaddwd; 128 bits)
+//                         summed into a 32-bit lane (pmaddwd; up to 256 bits)
 #if defined(KELO_COMMON_INTERNAL_X86_RAW_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KELO_COMMON_INTERNAL_X86_RAW_INL_H_
 #undef KELO_COMMON_INTERNAL_X86_RAW_INL_H_
@@ -41,6 +41,7 @@ HWY_INLINE __m128i RawMulAddWords(__m128i a, __m128i b) { return _mm_madd_epi16(
 HWY_INLINE __m256i RawMulAddPairs(__m256i a, __m256i b) { return _mm256_maddubs_epi16(a, b); }
 HWY_INLINE __m256i RawPackBytes(__m256i lo, __m256i hi) { return _mm256_packus_epi16(lo, hi); }
 HWY_INLINE __m256i RawAddPairs(__m256i a, __m256i b) { return _mm256_hadd_epi16(a, b); }
+HWY_INLINE __m256i RawMulAddWords(__m256i a, __m256i b) { return _mm256_madd_epi16(a, b); }
 #endif
 #if HWY_TARGET <= HWY_AVX3
 HWY_INLINE __m512i RawMulAddPairs(__m512i a, __m512i b) { return _mm512_maddubs_epi16(a, b); }

@@ -48,6 +48,17 @@ HWY_INLINE VU Pack565(VU r, VU g, VU b) {
 // The 565 words of Lanes pixels given as byte channels; `hi` goes to bits
 // 15-11, `lo` to bits 4-0.
 HWY_INLINE void Store565(V8 hi, V8 g, V8 lo, uint8_t* out) {
+#if HWY_TARGET == HWY_NEON
+  // Each channel in the upper byte of a word (vshll), the lower fields shifted
+  // in beneath the upper ones (vsri).
+  const auto pack = [](uint8x8_t h, uint8x8_t m, uint8x8_t l) {
+    return vreinterpretq_u8_u16(vsriq_n_u16(
+        vsriq_n_u16(vshll_n_u8(h, 8), vshll_n_u8(m, 8), 5), vshll_n_u8(l, 8), 11));
+  };
+  vst1q_u8(out, pack(vget_low_u8(hi.raw), vget_low_u8(g.raw), vget_low_u8(lo.raw)));
+  vst1q_u8(out + 16, pack(vget_high_u8(hi.raw), vget_high_u8(g.raw), vget_high_u8(lo.raw)));
+  return;
+#endif
   const D8 d8;
   const DH8 dh;
   const DU du;

@@ -368,14 +368,21 @@ HWY_INLINE uint16x8_t MulAcc(uint16x8_t s, uint8x8_t x) {
   if constexpr (kW < 0) return vmlsl_u8(s, x, vdup_n_u8(static_cast<uint8_t>(-kW)));
   return s;
 }
-// (bias + kR r + kG g + kB b) >> 8 for 8 pixels.
+// (bias + kR r + kG g + kB b) >> 8 for 8 pixels: the sum starts with the
+// product of a positive weight (vmull) and the bias joins in the narrowing
+// add (vaddhn), both modulo 2^16 like the sum.
 template <int kR, int kG, int kB, int kBias>
 HWY_INLINE uint8x8_t Weighted(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
-  uint16x8_t s = vdupq_n_u16(static_cast<uint16_t>(kBias));
-  s = MulAcc<kR>(s, r);
-  s = MulAcc<kG>(s, g);
-  s = MulAcc<kB>(s, b);
-  return vshrn_n_u16(s, 8);
+  static_assert(kR > 0 || kG > 0 || kB > 0, "a positive weight");
+  uint16x8_t s;
+  if constexpr (kR > 0) {
+    s = MulAcc<kB>(MulAcc<kG>(vmull_u8(r, vdup_n_u8(kR)), g), b);
+  } else if constexpr (kG > 0) {
+    s = MulAcc<kB>(MulAcc<kR>(vmull_u8(g, vdup_n_u8(kG)), r), b);
+  } else {
+    s = MulAcc<kG>(MulAcc<kR>(vmull_u8(b, vdup_n_u8(kB)), r), g);
+  }
+  return vaddhn_u16(s, vdupq_n_u16(static_cast<uint16_t>(kBias)));
 }
 template <class M>
 HWY_INLINE uint8x8_t LumaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b) {
@@ -420,15 +427,18 @@ HWY_INLINE void StoreChroma8(uint8x8_t cu, uint8x8_t cv, uint8_t* u, uint8_t* v,
   }
 }
 
+// The loops bump their pointers (post-increment addressing) and stop at the
+// last whole block of 16 pixels.
 template <class Src, class M>
 void LumaChannels(const uint8_t* src, uint8_t* y, int n) {
-  size_t x = 0;
-  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  const uint8_t* p = src;
+  for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
     uint8x16_t r, g, b;
-    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
-    Luma16<Src, M>(r, g, b, y + x);
+    Channels<Src>(p, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, py);
   }
-  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(n16), n);
 }
 // Chroma of samples [0, n): 16 pixels give 16 / kSub samples.
 template <class Src, class M, int kSub, int kCStep>
@@ -451,19 +461,39 @@ void ChromaChannels(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   }
   scalar::RgbToChromaRow<Src, M, kSub>(src, u, v, kCStep, static_cast<int>(k), n);
 }
-template <class Src, class M, int kCStep>
-void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
-  size_t x = 0;
-  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+// kVFirst: interleaved chroma with V before U (the order is fixed per call,
+// so the loop holds no test of it).
+template <class Src, class M, int kCStep, bool kVFirst>
+void LumaChromaChannelsIn(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  const uint8_t* p = src;
+  uint8_t *pu = u, *pv = v;
+  for (uint8_t *py = y, *const end = y + n16; py != end;
+       py += 16, p += 16 * Src::kBytes, pu += 8 * kCStep, pv += 8 * kCStep) {
     uint8x16_t r, g, b;
-    Channels<Src>(src + x * Src::kBytes, &r, &g, &b);
-    Luma16<Src, M>(r, g, b, y + x);
+    Channels<Src>(p, &r, &g, &b);
+    Luma16<Src, M>(r, g, b, py);
     uint8x8_t cu, cv;
     ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
-    StoreChroma8<kCStep>(cu, cv, u, v, x / 2);
+    if constexpr (kCStep == 1) {
+      vst1_u8(pu, cu);
+      vst1_u8(pv, cv);
+    } else if constexpr (kVFirst) {
+      vst2_u8(pv, (uint8x8x2_t{{cv, cu}}));
+    } else {
+      vst2_u8(pu, (uint8x8x2_t{{cu, cv}}));
+    }
   }
-  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(x), n);
-  scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(x / 2), n / 2);
+  scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(n16), n);
+  scalar::RgbToChromaRow<Src, M, 2>(src, u, v, kCStep, static_cast<int>(n16 / 2), n / 2);
+}
+template <class Src, class M, int kCStep>
+void LumaChromaChannels(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int n) {
+  if (kCStep == 2 && v < u) {
+    LumaChromaChannelsIn<Src, M, kCStep, true>(src, y, u, v, n);
+  } else {
+    LumaChromaChannelsIn<Src, M, kCStep, false>(src, y, u, v, n);
+  }
 }
 #define KELO_RGB_CHANNELS 1
 #else

@@ -53,12 +53,134 @@ inline void Row(const YuvRow& row, uint8_t* dst, int x0, int n) {
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-#if HWY_TARGET != HWY_SCALAR
+#if KELO_X86_RAW
+// P010LE to RGBA8888 on x86: the same sums, 16 times over, from products of
+// 16-bit pairs added into 32-bit lanes (pmaddwd), so that a channel is the
+// upper word of its lane. A 32-bit lane of luma words holds pixels 2i, 2i + 1
+// and one of chroma words their U, V, so the pair chroma lines up with the
+// even and the odd pixels without being repeated:
+//   even (y, kIn) . (16 kCy, kLumaK), odd (kIn, y) . (kLumaK, 16 kCy)
+//     = 16 (kCy (Y - 64) + 2048)
+//   (U - 512, V - 512) . (0, 16 kRv), (16 kGu, 16 kGv), 2 (8 kBu, 0)
+// (16 kBu does not fit a word; its product is doubled). Vectors of at most
+// two blocks: the pixels leave each block as two halves, put in order at the
+// store.
+void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
+  using namespace csc::p010;  // NOLINT: the matrix
+  const csc::YuvRow row = row_in;
+  const hn::CappedTag<uint8_t, 32> d8;
+  const hn::Repartition<uint16_t, decltype(d8)> du;
+  const hn::Repartition<int16_t, decltype(d8)> di;
+  const hn::Repartition<int32_t, decltype(d8)> d32;
+  const hn::Repartition<uint32_t, decltype(d8)> du32;
+  using V32 = hn::Vec<decltype(d32)>;
+  using VW = hn::Vec<decltype(di)>;
+  constexpr int kIn = 4096, kLumaK = -16 * (kCy * 64 - 2048) / kIn;
+  static_assert(kIn * kLumaK == -16 * (kCy * 64 - 2048) && 16 * kCy <= 32767 &&
+                    16 * kRv <= 32767 && 16 * -kGv <= 32768 && 8 * kBu <= 32767,
+                "word products");
+  const auto words = [&](int lo, int hi) HWY_ATTR {
+    const uint32_t w = uint32_t(uint16_t(lo)) | uint32_t(uint16_t(hi)) << 16;
+    return hn::BitCast(di, hn::Set(du32, w));
+  };
+  const VW in = hn::Set(di, kIn), lum_e = words(16 * kCy, kLumaK),
+           lum_o = words(kLumaK, 16 * kCy), kr = words(0, 16 * kRv),
+           kg = words(16 * kGu, 16 * kGv), kb = words(8 * kBu, 0), alpha = hn::Set(di, 255);
+  const auto mad = [](VW a, VW b) HWY_ATTR { return V32{RawMulAddWords(a.raw, b.raw)}; };
+  // Words of the channel for pixels 2i (upper word of lane i of e) and
+  // 2i + 1 (of o), in pixel order.
+  const auto channel = [&](V32 e, V32 o) HWY_ATTR {
+    return hn::OddEven(hn::BitCast(di, o), hn::BitCast(di, hn::ShiftRight<16>(e)));
+  };
+  const size_t L = hn::Lanes(du);
+  size_t x = 0;
+  for (; x + L <= static_cast<size_t>(n); x += L) {
+    const auto yw = hn::BitCast(du, hn::LoadU(d8, row.y + 2 * x));
+    const auto cw = hn::BitCast(du, hn::LoadU(d8, row.u + 2 * x));
+    const VW y = hn::BitCast(di, hn::ShiftRight<6>(yw));
+    const VW c = hn::ShiftRight<6>(hn::BitCast(di, hn::Xor(cw, hn::Set(du, 0x8000))));
+    const V32 le = mad(hn::OddEven(in, y), lum_e), lo = mad(hn::OddEven(y, in), lum_o);
+    const V32 cr = mad(c, kr), cg = mad(c, kg), cb2 = mad(c, kb), cb = hn::Add(cb2, cb2);
+    const VW r = channel(hn::Add(le, cr), hn::Add(lo, cr));
+    const VW g = channel(hn::Add(le, cg), hn::Add(lo, cg));
+    const VW b = channel(hn::Add(le, cb), hn::Add(lo, cb));
+    // Bytes R0-7 G0-7 and B0-7 A per block, then pixels 0-3 and 4-7.
+    const auto rg = decltype(hn::Zero(d8)){RawPackBytes(r.raw, g.raw)};
+    const auto ba = decltype(hn::Zero(d8)){RawPackBytes(b.raw, alpha.raw)};
+    const auto rb = hn::InterleaveLower(d8, rg, ba), ga = hn::InterleaveUpper(d8, rg, ba);
+    const auto p0 = hn::InterleaveLower(d8, rb, ga), p1 = hn::InterleaveUpper(d8, rb, ga);
+    uint8_t* out = dst + 4 * x;
+    if constexpr (HWY_TARGET <= HWY_AVX2) {
+      hn::StoreU(hn::ConcatLowerLower(d8, p1, p0), d8, out);
+      hn::StoreU(hn::ConcatUpperUpper(d8, p1, p0), d8, out + 32);
+    } else {
+      hn::StoreU(p0, d8, out);
+      hn::StoreU(p1, d8, out + 16);
+    }
+  }
+  csc::p010::Row(row, dst, static_cast<int>(x), n);
+}
+#elif HWY_TARGET == HWY_NEON
+// P010LE to RGBA8888 on NEON: structure loads split the even and odd luma
+// words and the U, V words of eight pairs; 16 x 16 -> 32-bit products
+// (vmull/vmlal) make the sums, each pair's chroma used by both of its pixels;
+// a shifting narrow and a saturating one give the bytes, zipped back into
+// pixel order for the structure store.
+void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
+  using namespace csc::p010;  // NOLINT: the matrix
+  const csc::YuvRow row = row_in;
+  const int32x4_t lum0 = vdupq_n_s32(2048 - 64 * kCy);
+  const int16x8_t c_off = vdupq_n_s16(512);
+  // Terms of four pairs (one half) and the byte channel of four pixels.
+  struct Half {
+    int32x4_t r, g, b;
+  };
+  const auto terms = [](int16x4_t u, int16x4_t v) {
+    Half h;
+    h.r = vmull_n_s16(v, kRv);
+    h.g = vmlal_n_s16(vmull_n_s16(u, kGu), v, kGv);
+    h.b = vmull_n_s16(u, kBu);
+    return h;
+  };
+  const auto bytes = [](int32x4_t l_lo, int32x4_t l_hi, int32x4_t c_lo, int32x4_t c_hi) {
+    return vqmovun_s16(vcombine_s16(vshrn_n_s32(vaddq_s32(l_lo, c_lo), 12),
+                                    vshrn_n_s32(vaddq_s32(l_hi, c_hi), 12)));
+  };
+  size_t x = 0;
+  for (; x + 16 <= static_cast<size_t>(n); x += 16) {
+    const uint16x8x2_t yw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.y + 2 * x));
+    const uint16x8x2_t cw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.u + 2 * x));
+    const int16x8_t u = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[0], 6)), c_off);
+    const int16x8_t v = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[1], 6)), c_off);
+    const Half lo = terms(vget_low_s16(u), vget_low_s16(v));
+    const Half hi = terms(vget_high_s16(u), vget_high_s16(v));
+    uint8x8_t ch[2][3];
+    for (int k = 0; k < 2; ++k) {
+      const int16x8_t y = vreinterpretq_s16_u16(vshrq_n_u16(yw.val[k], 6));
+      const int32x4_t l_lo = vmlal_n_s16(lum0, vget_low_s16(y), kCy);
+      const int32x4_t l_hi = vmlal_n_s16(lum0, vget_high_s16(y), kCy);
+      ch[k][0] = bytes(l_lo, l_hi, lo.r, hi.r);
+      ch[k][1] = bytes(l_lo, l_hi, lo.g, hi.g);
+      ch[k][2] = bytes(l_lo, l_hi, lo.b, hi.b);
+    }
+    uint8x16x4_t px;
+    for (int c = 0; c < 3; ++c) {
+      const uint8x8x2_t z = vzip_u8(ch[0][c], ch[1][c]);
+      px.val[c] = vcombine_u8(z.val[0], z.val[1]);
+    }
+    px.val[3] = vdupq_n_u8(255);
+    vst4q_u8(dst + 4 * x, px);
+  }
+  csc::p010::Row(row, dst, static_cast<int>(x), n);
+}
+#elif HWY_TARGET != HWY_SCALAR
 // P010LE to RGBA8888 in 32-bit lanes, one pixel per lane: the sums need up to
 // 22 bits. The pair chroma is loaded as U, V words in order, so a pixel's U is
 // the even lane of its pair and V the odd one.

@@ -140,6 +140,10 @@ HWY_INLINE VU LoadWideChroma(const QuadOrder<false>& order, const uint8_t* p) {
 // channels in QuadOrder.
 HWY_INLINE void StoreQuads(V8 s0, V8 s1, V8 s2, V8 s3, uint8_t* out) {
   const D8 d8;
+#if HWY_TARGET == HWY_NEON  // one block: the structure store (vst4)
+  hn::StoreInterleaved4(s0, s1, s2, s3, d8, out);
+  return;
+#endif
   const DU du;
   const size_t L = hn::Lanes(d8);
   const VU a_lo = hn::BitCast(du, hn::InterleaveLower(d8, s0, s1));
@@ -367,7 +371,6 @@ HWY_INLINE void StoreRgb(V8 r, V8 g, V8 b, uint8_t* out) {
 template <class Src, bool kQuad>
 HWY_INLINE void LoadPairChroma(const YuvRow& row, size_t x, const QuadOrder<false>& order, VU* u,
                                VU* vh) {
-  const D8 d8;
   const DU du;
   if constexpr (Src::kFamily == YuvFamily::kPlanar) {
     *u = LoadWideChroma<kQuad, false>(order, row.u + x / 2);
@@ -425,19 +428,9 @@ struct PackedTerms {
   static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
                     S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
                 "G constant on the luma");
-  // Per block: B factors and constants for its four pairs, then R's.
-  static constexpr uint16_t kRbMul[8] = {S::kBuQ * 256, S::kBuQ * 256, S::kBuQ * 256,
-                                         S::kBuQ * 256, S::kRvMul,     S::kRvMul,
-                                         S::kRvMul,     S::kRvMul};
-  static constexpr int16_t kRbAdd[8] = {S::kB0 - S::kG0, S::kB0 - S::kG0, S::kB0 - S::kG0,
-                                        S::kB0 - S::kG0, S::kR0,          S::kR0,
-                                        S::kR0,          S::kR0};
   PackedTerms()
-      : rb_mul(hn::LoadDup128(DU(), kRbMul)),
-        rb_add(hn::LoadDup128(DI(), kRbAdd)),
-        g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
-        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)),
-        uv_high(hn::LoadDup128(D8(), Src::kUyvyV ? kUvHighUyvy : kUvHighYuyv)) {}
+      : g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)) {}
 #else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
@@ -476,15 +469,16 @@ struct PackedTerms {
     typename A::Luma y;
     y.ys = hn::BitCast(di, hn::Sub(hy, hn::Set(du, S::kK)));
     y.yb = hn::BitCast(di, hn::AverageRound(hy, hn::Set(du, 2 * kGLuma - 1)));
+    // Each pixel's U, V bytes (one byte shuffle): the G term from the byte
+    // pair, the R and B terms from V << 8 and U masked in place.
     typename A::Chroma t;
     const VU uv = hn::BitCast(du, hn::TableLookupBytes(raw, uv_pix));
     t.g = VI{RawMulAddPairs(uv.raw, g_mul.raw)};
-    // U << 8 of the block's four pairs, then V << 8: their B and R terms, each
-    // repeated for both pixels of its pair by interleaving with itself.
-    const VU uvh = hn::BitCast(du, hn::TableLookupBytes(raw, uv_high));
-    const VI rb = hn::Add(hn::BitCast(di, hn::MulHigh(uvh, rb_mul)), rb_add);
-    t.b = HWY_NAMESPACE::DupLo(rb);
-    t.r = HWY_NAMESPACE::DupHi(rb);
+    t.r = hn::Add(hn::BitCast(di, hn::MulHigh(hn::And(uv, hn::Set(du, 0xFF00)),
+                                              hn::Set(du, S::kRvMul))),
+                  hn::Set(di, S::kR0));
+    t.b = hn::Add(hn::BitCast(di, hn::Mul(hn::And(uv, hn::Set(du, 0x00FF)), Coef(du, S::kBuQ))),
+                  hn::Set(di, S::kB0 - S::kG0));
     A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
   }
 #else
@@ -520,17 +514,13 @@ struct PackedTerms {
   // The U, V bytes of each pixel's pair.
   static constexpr uint8_t kUvYuyv[16] = {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15};
   static constexpr uint8_t kUvUyvy[16] = {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14};
-  // Per block: U << 8 of its four pairs, then V << 8.
-  static constexpr uint8_t kUvHighYuyv[16] = {0x80, 1,  0x80, 5,  0x80, 9,  0x80, 13,
-                                              0x80, 3,  0x80, 7,  0x80, 11, 0x80, 15};
-  static constexpr uint8_t kUvHighUyvy[16] = {0x80, 0,  0x80, 4,  0x80, 8,  0x80, 12,
-                                              0x80, 2,  0x80, 6,  0x80, 10, 0x80, 14};
+#if KELO_X86_RAW
+  VU g_mul;
+  V8 uv_pix;
+#else
   VU rb_mul;
   VI rb_add;
   VU g_mul;
-#if KELO_X86_RAW
-  V8 uv_pix, uv_high;
-#else
   V8 dup_even, dup_odd;
 #endif
 };
@@ -628,8 +618,214 @@ void Row2Vec(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_
   scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(x), n);
 }
 
+#if HWY_TARGET == HWY_NEON
+// NEON rows of the matrices with 16-bit sums (Sat16). The same sums from byte
+// operands: widening multiplies and multiply-accumulates of the 8-bit samples
+// (vmull/vmlal/vmlsl .u8) give every term modulo 2^16, which is its value as
+// Sat16 keeps each within int16; floor(kRv V / 2) is (kRv >> 1) V + (V >> 1)
+// for an odd kRv. The saturating shift-narrow (vqshrun) shifts and clamps in
+// one instruction, straight into the registers of the structure store.
+template <YuvMatrix M>
+struct NeonSat16 {
+  using S = Sat16<typename LimitedOf<M>::type>;
+  static constexpr int kRv = LimitedOf<M>::type::kRv;
+  static_assert(S::kH <= 255 && (kRv >> 1) <= 255 && S::kGuQ <= 255 && S::kGvQ <= 255 &&
+                    S::kBuQ <= 255 && S::kRvMul == kRv * 128,
+                "byte multipliers");
+  struct Terms {
+    int16x8_t r, g, b;
+  };
+  NeonSat16()
+      : r0(vdupq_n_u16(static_cast<uint16_t>(S::kR0))),
+        g0(vdupq_n_u16(static_cast<uint16_t>(S::kG0))),
+        b0(vdupq_n_u16(static_cast<uint16_t>(S::kB0))),
+        k(vdupq_n_s16(S::kK)),
+        h(vdup_n_u8(S::kH)),
+        rv(vdup_n_u8(kRv >> 1)),
+        gu(vdup_n_u8(S::kGuQ)),
+        gv(vdup_n_u8(S::kGvQ)),
+        bu(vdup_n_u8(S::kBuQ)),
+        alpha(vdup_n_u8(255)) {}
+
+  // The terms of eight chroma samples.
+  HWY_INLINE Terms FromUV(uint8x8_t u, uint8x8_t v) const {
+    Terms t;
+    const uint16x8_t r = (kRv & 1) ? vaddw_u8(r0, vshr_n_u8(v, 1)) : r0;
+    t.r = vreinterpretq_s16_u16(vmlal_u8(r, v, rv));
+    t.g = vreinterpretq_s16_u16(vmlsl_u8(vmlsl_u8(g0, u, gu), v, gv));
+    t.b = vreinterpretq_s16_u16(vmlal_u8(b0, u, bu));
+    return t;
+  }
+  // The terms of eight pixel pairs, each repeated for its two pixels: those
+  // of pixels 0-7 and of 8-15.
+  static HWY_INLINE void Repeat(const Terms& t, Terms* lo, Terms* hi) {
+    const int16x8x2_t r = vzipq_s16(t.r, t.r), g = vzipq_s16(t.g, t.g), b = vzipq_s16(t.b, t.b);
+    *lo = {r.val[0], g.val[0], b.val[0]};
+    *hi = {r.val[1], g.val[1], b.val[1]};
+  }
+  // Eight pixels of luma through their terms: R, G, B bytes.
+  HWY_INLINE uint8x8x3_t Channels(uint8x8_t y, const Terms& t) const {
+    const int16x8_t ys = vsubq_s16(vreinterpretq_s16_u16(vmull_u8(y, h)), k);
+    const int16x8_t yb = vshrq_n_s16(ys, 1);
+    uint8x8x3_t c;
+    c.val[0] = vqshrun_n_s16(vqaddq_s16(ys, t.r), 7);
+    c.val[1] = vqshrun_n_s16(vqaddq_s16(yb, t.g), 6);
+    c.val[2] = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
+    return c;
+  }
+  // Eight pixels of R, G, B bytes, stored.
+  template <class Dst>
+  HWY_INLINE void Put8(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8_t* out) const {
+    if constexpr (Dst::kBytes == 4) {
+      uint8x8x4_t px;
+      px.val[Dst::kRi] = r;
+      px.val[Dst::kGi] = g;
+      px.val[Dst::kBi] = b;
+      px.val[Dst::kAi] = alpha;
+      vst4_u8(out, px);
+    } else if constexpr (Dst::kBytes == 3) {
+      uint8x8x3_t px;
+      px.val[Dst::kRi] = r;
+      px.val[Dst::kGi] = g;
+      px.val[Dst::kBi] = b;
+      vst3_u8(out, px);
+    } else {
+      const uint8x8_t hi = Dst::kRedHighV ? r : b, lo = Dst::kRedHighV ? b : r;
+      vst1q_u8(out, vreinterpretq_u8_u16(vsriq_n_u16(
+                        vsriq_n_u16(vshll_n_u8(hi, 8), vshll_n_u8(g, 8), 5), vshll_n_u8(lo, 8), 11)));
+    }
+  }
+  template <class Dst>
+  HWY_INLINE void Store8(uint8x8_t y, const Terms& t, uint8_t* out) const {
+    const uint8x8x3_t c = Channels(y, t);
+    Put8<Dst>(c.val[0], c.val[1], c.val[2], out);
+  }
+  // Sixteen pixels, the even ones in ye and the odd ones in yo, with the terms
+  // of their eight pairs: the channels are zipped into pixel order.
+  template <class Dst>
+  HWY_INLINE void Pairs(uint8x8_t ye, uint8x8_t yo, const Terms& t, uint8_t* out) const {
+    const uint8x8x3_t e = Channels(ye, t), o = Channels(yo, t);
+    const uint8x8x2_t r = vzip_u8(e.val[0], o.val[0]);
+    const uint8x8x2_t g = vzip_u8(e.val[1], o.val[1]);
+    const uint8x8x2_t b = vzip_u8(e.val[2], o.val[2]);
+    if constexpr (Dst::kBytes == 4) {  // one 16-pixel structure store
+      uint8x16x4_t px;
+      px.val[Dst::kRi] = vcombine_u8(r.val[0], r.val[1]);
+      px.val[Dst::kGi] = vcombine_u8(g.val[0], g.val[1]);
+      px.val[Dst::kBi] = vcombine_u8(b.val[0], b.val[1]);
+      px.val[Dst::kAi] = vcombine_u8(alpha, alpha);
+      vst4q_u8(out, px);
+    } else {
+      Put8<Dst>(r.val[0], g.val[0], b.val[0], out);
+      Put8<Dst>(r.val[1], g.val[1], b.val[1], out + 8 * Dst::kBytes);
+    }
+  }
+  // Sixteen pixels of luma with the terms of their eight pairs.
+  template <class Dst>
+  HWY_INLINE void Store16(uint8x16_t y, const Terms& lo, const Terms& hi, uint8_t* out) const {
+    Store8<Dst>(vget_low_u8(y), lo, out);
+    Store8<Dst>(vget_high_u8(y), hi, out + 8 * Dst::kBytes);
+  }
+
+  uint16x8_t r0, g0, b0;
+  int16x8_t k;
+  uint8x8_t h, rv, gu, gv, bu, alpha;
+};
+
+// The U and V bytes of the eight pixel pairs from chroma pointer c on (the U
+// or V plane, or the first byte of the interleaved pairs).
+template <class Src>
+HWY_INLINE void NeonPairChroma(const uint8_t* c, const uint8_t* c2, uint8x8_t* u,
+                               uint8x8_t* v) {
+  if constexpr (Src::kFamily == YuvFamily::kPlanar) {
+    *u = vld1_u8(c);
+    *v = vld1_u8(c2);
+  } else {
+    const uint8x8x2_t uv = vld2_u8(c);
+    *u = uv.val[Src::kUFirstV ? 0 : 1];
+    *v = uv.val[Src::kUFirstV ? 1 : 0];
+  }
+}
+template <class Src>
+HWY_INLINE const uint8_t* NeonChromaBase(const YuvRow& row) {
+  if constexpr (Src::kFamily == YuvFamily::kSemi) return Src::kUFirstV ? row.u : row.v;
+  return row.u;
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void NeonRow(const YuvRow& row_in, uint8_t* dst, int n) {
+  const YuvRow row = row_in;  // a local copy: the stores cannot alias it
+  const NeonSat16<M> k;
+  using T = typename NeonSat16<M>::Terms;
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  uint8_t* out = dst;
+  uint8_t* const end = dst + n16 * Dst::kBytes;
+  if constexpr (Src::kFamily == YuvFamily::kPacked) {
+    // vld4 splits the even pixels' luma, U, the odd pixels' luma and V.
+    const uint8_t* p = Src::kUyvyV ? row.u : row.y;
+    constexpr int yi = Src::kUyvyV ? 1 : 0, ci = Src::kUyvyV ? 0 : 1;
+    for (; out != end; out += 16 * Dst::kBytes, p += 32) {
+      const uint8x8x4_t q = vld4_u8(p);
+      k.template Pairs<Dst>(q.val[yi], q.val[yi + 2], k.FromUV(q.val[ci], q.val[ci + 2]), out);
+    }
+  } else if constexpr (Src::kPairs) {
+    const uint8_t* py = row.y;
+    const uint8_t* pc = NeonChromaBase<Src>(row);
+    const uint8_t* pv = row.v;
+    for (; out != end; out += 16 * Dst::kBytes, py += 16, pc += 8 * Src::kCStep, pv += 8) {
+      uint8x8_t u, v;
+      NeonPairChroma<Src>(pc, pv, &u, &v);
+      T lo, hi;
+      k.Repeat(k.FromUV(u, v), &lo, &hi);
+      k.template Store16<Dst>(vld1q_u8(py), lo, hi, out);
+    }
+  } else {
+    const uint8_t *py = row.y, *pu = row.u, *pv = row.v;
+    for (; out != end; out += 16 * Dst::kBytes, py += 16, pu += 16, pv += 16) {
+      const uint8x16_t y = vld1q_u8(py), u = vld1q_u8(pu), v = vld1q_u8(pv);
+      k.template Store16<Dst>(y, k.FromUV(vget_low_u8(u), vget_low_u8(v)),
+                              k.FromUV(vget_high_u8(u), vget_high_u8(v)), out);
+    }
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(n16), n);
+}
+
+template <class Src, class Dst, YuvMatrix M>
+void NeonRow2(const YuvRow& row0_in, const YuvRow& row1_in, uint8_t* dst0, uint8_t* dst1,
+              int n) {
+  const YuvRow row0 = row0_in, row1 = row1_in;
+  const NeonSat16<M> k;
+  using T = typename NeonSat16<M>::Terms;
+  const size_t n16 = static_cast<size_t>(n) & ~size_t{15};
+  const uint8_t *py0 = row0.y, *py1 = row1.y;
+  const uint8_t* pc = NeonChromaBase<Src>(row0);
+  const uint8_t* pv = row0.v;
+  uint8_t* out0 = dst0;
+  uint8_t* out1 = dst1;
+  uint8_t* const end = dst0 + n16 * Dst::kBytes;
+  for (; out0 != end; out0 += 16 * Dst::kBytes, out1 += 16 * Dst::kBytes, py0 += 16, py1 += 16,
+                      pc += 8 * Src::kCStep, pv += 8) {
+    uint8x8_t u, v;
+    NeonPairChroma<Src>(pc, pv, &u, &v);
+    T lo, hi;
+    k.Repeat(k.FromUV(u, v), &lo, &hi);
+    k.template Store16<Dst>(vld1q_u8(py0), lo, hi, out0);
+    k.template Store16<Dst>(vld1q_u8(py1), lo, hi, out1);
+  }
+  scalar::YuvToRgbRow<Src, Dst, M>(row0, dst0, static_cast<int>(n16), n);
+  scalar::YuvToRgbRow<Src, Dst, M>(row1, dst1, static_cast<int>(n16), n);
+}
+#endif  // HWY_TARGET == HWY_NEON
+
 template <class Src, class Dst, YuvMatrix M>
 constexpr YuvToRgbRows VecRows() {
+#if HWY_TARGET == HWY_NEON
+  if constexpr (UsesSat16<M>() && Src::kVertHalf) {
+    return {&NeonRow<Src, Dst, M>, &NeonRow2<Src, Dst, M>};
+  } else if constexpr (UsesSat16<M>()) {
+    return {&NeonRow<Src, Dst, M>, nullptr};
+  }
+#endif
   if constexpr (Src::kFamily == YuvFamily::kPacked) {
     static_assert(UsesSat16<M>(), "packed rows use the 16-bit sums");
     return {&PackedRowVec<Src, Dst, M>, nullptr};
