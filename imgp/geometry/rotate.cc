@@ -17,6 +17,7 @@
 #include <hwy/highway.h>
 
 #include "imgp/geometry/rotate_kernels.h"
+#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -29,15 +30,6 @@ using D16 = hn::Full128<uint8_t>;        // one 128-bit block
 using D8 = hn::Full64<uint8_t>;          // half a block
 using DW = hn::CappedTag<uint8_t, 32>;   // one or two blocks
 using V16 = hn::Vec<D16>;
-
-template <size_t N>
-struct UnitLane;
-template <>
-struct UnitLane<1> { using T = uint8_t; };
-template <>
-struct UnitLane<2> { using T = uint16_t; };
-template <>
-struct UnitLane<4> { using T = uint32_t; };
 
 template <class D>
 constexpr size_t BlocksOf() {
@@ -70,31 +62,6 @@ constexpr size_t BandRows() {
 #else
   return 16 / N;
 #endif
-}
-
-// Transposes, inside every 128-bit block (or the whole of a smaller vector),
-// R rows of N-byte units; r[i] holds row i. Each round zips row i with row
-// i + R/2. After log2(R) rounds r[v] holds, per block of B bytes, the
-// B / (R * N) columns v * B / (R * N) + j, each as its R units in row order.
-template <size_t N, size_t R, class D>
-HWY_INLINE void TransposeBlocks(D d, hn::Vec<D>* r) {
-  const hn::Repartition<typename UnitLane<N>::T, D> du;
-  // Every loop here and in QuarterBand is unrolled outright: GCC leaves these
-  // loops of 128-bit bodies rolled on 32-bit ARM and then keeps r and t in
-  // memory, a load and a store for every zip.
-  HWY_UNROLL(4)
-  for (size_t round = 1; round < R; round *= 2) {
-    hn::Vec<D> t[R];
-    HWY_UNROLL(16)
-    for (size_t i = 0; i < R / 2; ++i) {
-      const auto a = hn::BitCast(du, r[i]);
-      const auto b = hn::BitCast(du, r[i + R / 2]);
-      t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
-      t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
-    }
-    HWY_UNROLL(16)
-    for (size_t i = 0; i < R; ++i) r[i] = t[i];
-  }
 }
 
 // Stores the P-byte pieces of a transposed block of D (at most 16 bytes), one
@@ -148,7 +115,7 @@ HWY_INLINE int32_t QuarterBand(D d, const uint8_t* s, ptrdiff_t sstep,
       if (i + 1 < R) p += sstep;
     }
     s += kBytes;
-    TransposeBlocks<N, R>(d, r);
+    TransposeInBlocks<N, R>(d, r);
     if constexpr (kBytes <= 16) {
       HWY_UNROLL(16)
       for (size_t v = 0; v < R; ++v) StorePieces<R * N>(d, r[v], dstep, &q);
@@ -272,7 +239,7 @@ HWY_INLINE hn::Vec<D> ReverseIn64(D d, hn::Vec<D> v) {
       return hn::Vec<D>(vrev64_u8(v.raw));
     }
   } else {
-    const hn::Repartition<typename UnitLane<N>::T, D> du;
+    const hn::Repartition<typename TransposeLane<N>::T, D> du;
     const auto u = hn::BitCast(du, v);
     if constexpr (N == 2) {
       return hn::BitCast(d, hn::Reverse4(du, u));
@@ -334,7 +301,7 @@ HWY_INLINE void MirrorRow(const uint8_t* s, int32_t w, uint8_t* d) {
     // vld/vst addresses as base + offset, which vld/vst cannot encode.
     // The destination address is an integer here: after the row's last
     // step it points before the row.
-    using T = typename UnitLane<N>::T;
+    using T = typename TransposeLane<N>::T;
     const hn::Full64<T> dq;
     uintptr_t back = uintptr_t{0} - 32;
     Pin(back);

@@ -3,7 +3,8 @@
 // rows they computed themselves, without storing them first.
 //
 //   TransposeInBlocks<N, R>(d, r)  r[i] holds row i of R rows of N-byte
-//                                  units in every 128-bit block; afterwards
+//                                  units in every 128-bit block (or the whole
+//                                  of a smaller vector); afterwards
 //                                  r[v] holds, per block, the 16 / (R * N)
 //                                  columns v * 16 / (R * N) + j, each as its
 //                                  R units in row order.
@@ -39,18 +40,20 @@ template <size_t N, size_t R, class D>
 HWY_INLINE void TransposeInBlocks(D d, hwy::HWY_NAMESPACE::Vec<D>* r) {
   namespace hn = hwy::HWY_NAMESPACE;
   const hn::Repartition<typename TransposeLane<N>::T, D> du;
-  // Unrolled: as loops, 32-bit ARM keeps the rows in memory.
-#pragma GCC unroll 4
+  // Every loop unrolled outright: GCC leaves these loops of 128-bit bodies
+  // rolled on 32-bit ARM and then keeps r and t in memory, a load and a store
+  // for every zip.
+  HWY_UNROLL(4)
   for (size_t round = 1; round < R; round *= 2) {
     hn::Vec<D> t[R];
-#pragma GCC unroll 8
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R / 2; ++i) {
       const auto a = hn::BitCast(du, r[i]);
       const auto b = hn::BitCast(du, r[i + R / 2]);
       t[2 * i] = hn::BitCast(d, hn::InterleaveLower(a, b));
       t[2 * i + 1] = hn::BitCast(d, hn::InterleaveUpper(du, a, b));
     }
-#pragma GCC unroll 16
+    HWY_UNROLL(16)
     for (size_t i = 0; i < R; ++i) r[i] = t[i];
   }
 }
