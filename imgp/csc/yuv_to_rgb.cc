@@ -780,11 +780,11 @@ void NeonRow(const YuvRow& row_in, uint8_t* dst, int n) {
       k.template Store16<Dst>(vld1q_u8(py), lo, hi, out);
     }
   } else {
+    // Eight pixels a step: the terms of sixteen do not fit the registers
+    // beside the constants.
     const uint8_t *py = row.y, *pu = row.u, *pv = row.v;
-    for (; out != end; out += 16 * Dst::kBytes, py += 16, pu += 16, pv += 16) {
-      const uint8x16_t y = vld1q_u8(py), u = vld1q_u8(pu), v = vld1q_u8(pv);
-      k.template Store16<Dst>(y, k.FromUV(vget_low_u8(u), vget_low_u8(v)),
-                              k.FromUV(vget_high_u8(u), vget_high_u8(v)), out);
+    for (; out != end; out += 8 * Dst::kBytes, py += 8, pu += 8, pv += 8) {
+      k.template Store8<Dst>(vld1_u8(py), k.FromUV(vld1_u8(pu), vld1_u8(pv)), out);
     }
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(n16), n);
