@@ -23,6 +23,38 @@ using V32 = hn::Vec<D32>;
 // 16-bit table entries by index: a 32-bit read at the entry, the next entry's
 // bytes masked off. Every table the path reads this way is followed by more
 // of the work record, so the read stays inside it.
+#if HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON
+// 32-bit ARM has no gather: the indices leave the vector two at a time
+// (one vmov of a d register to a core register pair), each entry is one
+// load with a register offset, and the entries return two at a time.
+template <typename Table>
+HWY_INLINE V32 LookupLanes(const Table& table, V32 idx) {
+  uint32_t i0, i1, i2, i3;
+  asm("vmov %0, %1, %e4\n\tvmov %2, %3, %f4"
+      : "=r"(i0), "=r"(i1), "=r"(i2), "=r"(i3)
+      : "w"(idx.raw));
+  const uint32_t r0 = table[i0], r1 = table[i1], r2 = table[i2], r3 = table[i3];
+  int32x4_t out;
+  asm("vmov %e0, %1, %2\n\tvmov %f0, %3, %4" : "=w"(out) : "r"(r0), "r"(r1), "r"(r2), "r"(r3));
+  return V32(out);
+}
+
+HWY_INLINE V32 Lookup16(D32, const uint16_t* table, V32 idx) { return LookupLanes(table, idx); }
+HWY_INLINE V32 Lookup8(D32, const uint8_t* table, V32 idx) { return LookupLanes(table, idx); }
+
+// Two neighbouring 16-bit entries, entry i in the low half.
+HWY_INLINE V32 LookupPair(D32, const uint16_t* table, V32 idx) {
+  struct Pair {
+    const uint16_t* t;
+    uint32_t operator[](uint32_t i) const {
+      uint32_t v;
+      std::memcpy(&v, t + i, 4);
+      return v;
+    }
+  };
+  return LookupLanes(Pair{table}, idx);
+}
+#else
 HWY_INLINE V32 Lookup16(D32 d, const uint16_t* table, V32 idx) {
   const int32_t* base = reinterpret_cast<const int32_t*>(table);
   return hn::And(hn::GatherOffset(d, base, hn::ShiftLeft<1>(idx)), hn::Set(d, 0xFFFF));
@@ -32,6 +64,11 @@ HWY_INLINE V32 Lookup8(D32 d, const uint8_t* table, V32 idx) {
   const int32_t* base = reinterpret_cast<const int32_t*>(table);
   return hn::And(hn::GatherOffset(d, base, idx), hn::Set(d, 0xFF));
 }
+
+HWY_INLINE V32 LookupPair(D32 d, const uint16_t* table, V32 idx) {
+  return hn::GatherOffset(d, reinterpret_cast<const int32_t*>(table), hn::ShiftLeft<1>(idx));
+}
+#endif
 
 // One vector of pixels from codes to 8-bit R, G, B (the steps of
 // scalar::PixelToRgb8).
@@ -49,7 +86,20 @@ HWY_INLINE V32 Decode(D32 d, const hdr::DecodeRule& r, V32 code) {
   return hn::Min(hn::Max(v, hn::Set(d, r.out_lo)), hn::Set(d, r.out_hi));
 }
 
-HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, V32 y, V32 rc, V32 gc, V32 bc) {
+// The primaries matrix of the row's variant, one vector per coefficient,
+// made once per row.
+struct Matrix {
+  explicit Matrix(D32 d, int32_t variant) {
+    const hdr::VariantCoeffs& k = hdr::Coeffs(variant);
+    for (int i = 0; i < 3; ++i) {
+      for (int c = 0; c < 3; ++c) m[i][c] = hn::Set(d, k.m[i][c]);
+    }
+  }
+  V32 m[3][3];
+};
+
+HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 rc, V32 gc,
+                      V32 bc) {
   const V32 zero = hn::Zero(d);
   const V32 max10 = hn::Set(d, 1023);
   const V32 yl = Decode(d, hdr::kY10Rule, y);
@@ -57,13 +107,11 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, V32 y, V32 rc, V32 gc, V32 bc
               hn::Min(hn::Max(hn::Add(yl, gc), zero), max10),
               hn::Min(hn::Max(hn::Add(yl, bc), zero), max10)};
   for (auto& v : c) v = Lookup16(d, j.lin, v);
-  const hdr::VariantCoeffs& k = hdr::Coeffs(j.variant);
   const V32 max15 = hn::Set(d, 32767);
   V32 p[3];
   for (int i = 0; i < 3; ++i) {
-    const V32 sum = hn::Add(hn::Add(hn::Mul(c[0], hn::Set(d, k.m[i][0])),
-                                    hn::Mul(c[1], hn::Set(d, k.m[i][1]))),
-                            hn::Mul(c[2], hn::Set(d, k.m[i][2])));
+    const V32 sum =
+        hn::Add(hn::Add(hn::Mul(c[0], k.m[i][0]), hn::Mul(c[1], k.m[i][1])), hn::Mul(c[2], k.m[i][2]));
     p[i] = hn::Min(hn::Max(hn::ShiftRight<8>(sum), zero), max15);
   }
   const V32 max12 = hn::Set(d, 4095);
@@ -73,8 +121,7 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, V32 y, V32 rc, V32 gc, V32 bc
     const V32 m = hn::Max(hn::Max(p[0], p[1]), p[2]);
     const V32 f = hn::And(hn::ShiftRight<3>(m), hn::Set(d, 15));
     // gain[i] in the low half, gain[i + 1] in the high half.
-    const V32 pair = hn::GatherOffset(d, reinterpret_cast<const int32_t*>(j.gain),
-                                      hn::ShiftLeft<1>(hn::ShiftRight<7>(m)));
+    const V32 pair = LookupPair(d, j.gain, hn::ShiftRight<7>(m));
     const V32 g0 = hn::And(pair, hn::Set(d, 0xFFFF));
     const V32 g1 = hn::And(hn::ShiftRight<16>(pair), hn::Set(d, 0xFFFF));
     const V32 gain = hn::ShiftRight<4>(
@@ -152,6 +199,30 @@ HWY_INLINE void StoreChroma(D32 d, const hdr::RowJob& j, const Rgb& c0, const Rg
   }
 }
 
+// Chroma terms of pixel pairs spread over both pixels of each pair: lane i
+// of Lower is lane i / 2, lane i of Upper is lane n / 2 + i / 2.
+struct Spread {
+#if HWY_TARGET == HWY_NEON
+  explicit Spread(D32) {}
+  V32 Lower(D32 d, V32 v) const { return hn::InterleaveLower(d, v, v); }
+  V32 Upper(D32 d, V32 v) const { return hn::InterleaveUpper(d, v, v); }
+#else
+  explicit Spread(D32 d) {
+    const int32_t n = static_cast<int32_t>(hn::Lanes(d));
+    HWY_ALIGN int32_t lo_idx[HWY_MAX_BYTES / 4], hi_idx[HWY_MAX_BYTES / 4];
+    for (int32_t i = 0; i < n; ++i) {
+      lo_idx[i] = i / 2;
+      hi_idx[i] = n / 2 + i / 2;
+    }
+    lo = hn::SetTableIndices(d, lo_idx);
+    hi = hn::SetTableIndices(d, hi_idx);
+  }
+  V32 Lower(D32, V32 v) const { return hn::TableLookupLanes(v, lo); }
+  V32 Upper(D32, V32 v) const { return hn::TableLookupLanes(v, hi); }
+  decltype(hn::SetTableIndices(D32(), static_cast<const int32_t*>(nullptr))) lo, hi;
+#endif
+};
+
 // Converts the row in groups of two vectors of pixels (one vector of chroma
 // pairs); returns the number of pixels done, an even number. The rest of the
 // row is the scalar code's.
@@ -160,12 +231,8 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
   const D32 d;
   const int32_t n = static_cast<int32_t>(hn::Lanes(d));
   const hn::Rebind<uint16_t, D32> d16;
-  HWY_ALIGN int32_t lo_idx[HWY_MAX_BYTES / 4], hi_idx[HWY_MAX_BYTES / 4];
-  for (int32_t i = 0; i < n; ++i) {
-    lo_idx[i] = i / 2;
-    hi_idx[i] = n / 2 + i / 2;
-  }
-  const auto lo = hn::SetTableIndices(d, lo_idx), hi = hn::SetTableIndices(d, hi_idx);
+  const Spread spread(d);
+  const Matrix k(d, j.variant);
   const bool p010 = j.src == hdr::SrcKind::kP010;
   const V32 max10 = hn::Set(d, 1023);
   int32_t x = 0;
@@ -190,10 +257,10 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
     const V32 rc = Decode(d, hdr::kRCr10Rule, v);
     const V32 gc = hn::Add(Decode(d, hdr::kGCb10Rule, u), Decode(d, hdr::kGCr10Rule, v));
     const V32 bc = Decode(d, hdr::kBCb10Rule, u);
-    const Rgb c0 = ToRgb8(d, j, y0, hn::TableLookupLanes(rc, lo), hn::TableLookupLanes(gc, lo),
-                          hn::TableLookupLanes(bc, lo));
-    const Rgb c1 = ToRgb8(d, j, y1, hn::TableLookupLanes(rc, hi), hn::TableLookupLanes(gc, hi),
-                          hn::TableLookupLanes(bc, hi));
+    const Rgb c0 = ToRgb8(d, j, k, y0, spread.Lower(d, rc), spread.Lower(d, gc),
+                          spread.Lower(d, bc));
+    const Rgb c1 = ToRgb8(d, j, k, y1, spread.Upper(d, rc), spread.Upper(d, gc),
+                          spread.Upper(d, bc));
     StorePixels(d, j, c0, x);
     StorePixels(d, j, c1, x + n);
     if (j.du != nullptr) StoreChroma(d, j, c0, c1, x);

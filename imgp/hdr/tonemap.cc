@@ -179,6 +179,93 @@ void InitWork(kimgp_hdr_work* w, const kimgp_img* src, kimgp_img* dst, int32_t v
   w->dst = dst;
 }
 
+namespace {
+
+// Transfer: PQ code to linear light, 32767 = the peak.
+void FillPq(double peak_scale, uint16_t* lut) {
+  for (int i = 0; i < 1024; ++i) {
+    const double p = std::pow(i / 1023.0, 1.0 / m2);
+    const double d = p - c1 > 0.0 ? p - c1 : 0.0;
+    const double l = std::pow(d / (c2 - c3 * p), 1.0 / m1);
+    const double v = l * peak_scale < 1.0 ? l * peak_scale : 1.0;
+    lut[i] = static_cast<uint16_t>(std::trunc(0.5 + v * 32767));
+  }
+}
+
+// Gain by 8-bit linear level.
+void FillGain(const kimgp_hdr_work& w, uint16_t* lut) {
+  lut[0] = 0;
+  for (int j = 1; j < 256; ++j) {
+    const float x = static_cast<float>(j) / 255.0f;
+    const double g = TMO_VD_Norm(x, w.s, w.k, w.n, w.a) / x;
+    lut[j] = static_cast<uint16_t>(std::trunc(0.5 + g * 256));
+  }
+  lut[256] = lut[255];
+}
+
+// The tables that depend only on the peak, or on nothing, are the same for
+// every frame: each is computed once and copied into the frame's record.
+// Peaks come from a handful of values; a few slots hold the latest ones.
+struct PeakTables {
+  int32_t peak;  // 0: empty slot
+  uint16_t pq[1024];
+  uint16_t gain[257];
+};
+constexpr int kPeakSlots = 4;
+pthread_mutex_t g_tables_mutex = PTHREAD_MUTEX_INITIALIZER;
+PeakTables g_peak_tables[kPeakSlots];
+int g_next_slot = 0;
+
+struct FixedTables {
+  uint16_t hlg[1024];
+  uint8_t out[4096];
+};
+
+const FixedTables& Fixed() {
+  static const FixedTables t = [] {
+    FixedTables f;
+    // HLG code to linear light.
+    for (int i = 0; i < 1024; ++i) {
+      f.hlg[i] = static_cast<uint16_t>(std::trunc(0.5 + std::pow(i / 1023.0, 2.4) * 32767));
+    }
+    // 12-bit linear level to 8-bit limited-range code (gamma 1/2.2 kept in
+    // single precision).
+    const double gamma = static_cast<double>(0.45454543828964233f);
+    for (int j = 0; j < 4096; ++j) {
+      const float base = static_cast<float>(j) / 4095.0f;
+      double v = std::pow(static_cast<double>(base), gamma);
+      v = v < 1.0 ? v : 1.0;
+      const int32_t q = static_cast<int32_t>(std::trunc(0.5 + v * 4095)) >> 4;
+      const float code = 16.0f + static_cast<float>(q) * 0.85882354f;
+      f.out[j] = static_cast<uint8_t>(static_cast<int32_t>(code));
+    }
+    return f;
+  }();
+  return t;
+}
+
+// Copies the transfer (PQ) and gain tables of w's peak into w, computing them
+// on the first frame of that peak.
+void CopyPeakTables(kimgp_hdr_work* w, int32_t peak) {
+  pthread_mutex_lock(&g_tables_mutex);
+  PeakTables* t = nullptr;
+  for (PeakTables& slot : g_peak_tables) {
+    if (slot.peak == peak && peak != 0) t = &slot;
+  }
+  if (t == nullptr) {
+    t = &g_peak_tables[g_next_slot];
+    g_next_slot = (g_next_slot + 1) % kPeakSlots;
+    FillPq(w->peak_scale, t->pq);
+    FillGain(*w, t->gain);
+    t->peak = peak;
+  }
+  if (w->hlg != 1) std::memcpy(w->pq_lut, t->pq, sizeof t->pq);
+  std::memcpy(w->gain_lut, t->gain, sizeof t->gain);
+  pthread_mutex_unlock(&g_tables_mutex);
+}
+
+}  // namespace
+
 void BuildTables(kimgp_hdr_work* w, int32_t peak) {
   w->peak_scale = 10000.0 / peak;
   double s = 0.0, k = 0.0;
@@ -198,38 +285,17 @@ void BuildTables(kimgp_hdr_work* w, int32_t peak) {
     w->n = 0;
     w->a = 0.0;
   }
-  // Transfer: PQ (or HLG) code to linear light, 32767 = the peak.
-  for (int i = 0; i < 1024; ++i) {
-    if (w->hlg == 1) {
-      w->hlg_lut[i] = static_cast<uint16_t>(
-          std::trunc(0.5 + std::pow(i / 1023.0, 2.4) * 32767));
-    } else {
-      const double p = std::pow(i / 1023.0, 1.0 / m2);
-      const double d = p - c1 > 0.0 ? p - c1 : 0.0;
-      const double l = std::pow(d / (c2 - c3 * p), 1.0 / m1);
-      const double v = l * w->peak_scale < 1.0 ? l * w->peak_scale : 1.0;
-      w->pq_lut[i] = static_cast<uint16_t>(std::trunc(0.5 + v * 32767));
-    }
+  // Everything the tables depend on follows from the peak (a peak of 0
+  // divides by zero above and is never cached).
+  if (peak != 0) {
+    CopyPeakTables(w, peak);
+  } else {
+    if (w->hlg != 1) FillPq(w->peak_scale, w->pq_lut);
+    FillGain(*w, w->gain_lut);
   }
-  // Gain by 8-bit linear level.
-  w->gain_lut[0] = 0;
-  for (int j = 1; j < 256; ++j) {
-    const float x = static_cast<float>(j) / 255.0f;
-    const double g = TMO_VD_Norm(x, w->s, w->k, w->n, w->a) / x;
-    w->gain_lut[j] = static_cast<uint16_t>(std::trunc(0.5 + g * 256));
-  }
-  w->gain_lut[256] = w->gain_lut[255];
-  // 12-bit linear level to 8-bit limited-range code (gamma 1/2.2 kept in
-  // single precision).
-  const double gamma = static_cast<double>(0.45454543828964233f);
-  for (int j = 0; j < 4096; ++j) {
-    const float base = static_cast<float>(j) / 4095.0f;
-    double v = std::pow(static_cast<double>(base), gamma);
-    v = v < 1.0 ? v : 1.0;
-    const int32_t t = static_cast<int32_t>(std::trunc(0.5 + v * 4095)) >> 4;
-    const float code = 16.0f + static_cast<float>(t) * 0.85882354f;
-    w->out_lut[j] = static_cast<uint8_t>(static_cast<int32_t>(code));
-  }
+  const FixedTables& f = Fixed();
+  if (w->hlg == 1) std::memcpy(w->hlg_lut, f.hlg, sizeof f.hlg);
+  std::memcpy(w->out_lut, f.out, sizeof f.out);
 }
 
 }  // namespace hdr
