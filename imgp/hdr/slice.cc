@@ -76,14 +76,18 @@ struct Rgb {
   V32 r, g, b;
 };
 
-// A decoding table's entry for every lane's code, by its arithmetic rule.
-HWY_INLINE V32 Decode(D32 d, const hdr::DecodeRule& r, V32 code) {
-  const V32 c = hn::Sub(hn::Min(hn::Max(code, hn::Set(d, r.in_lo)), hn::Set(d, r.in_hi)),
-                        hn::Set(d, r.center));
-  const V32 v = hn::ShiftRightSame(hn::Add(hn::Mul(c, hn::Set(d, r.mul)),
-                                           hn::Set(d, 1 << (r.shift - 1))),
-                                   r.shift);
-  return hn::Min(hn::Max(v, hn::Set(d, r.out_lo)), hn::Set(d, r.out_hi));
+// A decoding table's entry for every lane's code, by its arithmetic rule
+// (codes are 0..1023 already; clamps that cannot bind are left out).
+template <const hdr::DecodeRule& r>
+HWY_INLINE V32 Decode(D32 d, V32 code) {
+  V32 c = code;
+  if (r.in_lo > 0) c = hn::Max(c, hn::Set(d, r.in_lo));
+  if (r.in_hi < 1023) c = hn::Min(c, hn::Set(d, r.in_hi));
+  c = hn::Sub(c, hn::Set(d, r.center));
+  V32 v = hn::ShiftRight<r.shift>(hn::Add(hn::Mul(c, hn::Set(d, r.mul)), hn::Set(d, 1 << (r.shift - 1))));
+  if (r.out_lo > -hdr::kNoClamp) v = hn::Max(v, hn::Set(d, r.out_lo));
+  if (r.out_hi < hdr::kNoClamp) v = hn::Min(v, hn::Set(d, r.out_hi));
+  return v;
 }
 
 // The primaries matrix of the row's variant, one vector per coefficient,
@@ -102,7 +106,7 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 r
                       V32 bc) {
   const V32 zero = hn::Zero(d);
   const V32 max10 = hn::Set(d, 1023);
-  const V32 yl = Decode(d, hdr::kY10Rule, y);
+  const V32 yl = Decode<hdr::kY10Rule>(d, y);
   V32 c[3] = {hn::Min(hn::Max(hn::Add(yl, rc), zero), max10),
               hn::Min(hn::Max(hn::Add(yl, gc), zero), max10),
               hn::Min(hn::Max(hn::Add(yl, bc), zero), max10)};
@@ -254,9 +258,9 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
       v = hn::Min(hn::PromoteTo(d, hn::LoadU(d16, reinterpret_cast<const uint16_t*>(j.c1) + x / 2)), max10);
     }
     // Chroma terms once per pair, then spread over the pair's two pixels.
-    const V32 rc = Decode(d, hdr::kRCr10Rule, v);
-    const V32 gc = hn::Add(Decode(d, hdr::kGCb10Rule, u), Decode(d, hdr::kGCr10Rule, v));
-    const V32 bc = Decode(d, hdr::kBCb10Rule, u);
+    const V32 rc = Decode<hdr::kRCr10Rule>(d, v);
+    const V32 gc = hn::Add(Decode<hdr::kGCb10Rule>(d, u), Decode<hdr::kGCr10Rule>(d, v));
+    const V32 bc = Decode<hdr::kBCb10Rule>(d, u);
     const Rgb c0 = ToRgb8(d, j, k, y0, spread.Lower(d, rc), spread.Lower(d, gc),
                           spread.Lower(d, bc));
     const Rgb c1 = ToRgb8(d, j, k, y1, spread.Upper(d, rc), spread.Upper(d, gc),
