@@ -90,16 +90,40 @@ HWY_INLINE V32 Decode(D32 d, V32 code) {
   return v;
 }
 
-// The primaries matrix of the row's variant, one vector per coefficient,
-// made once per row.
+// The primaries matrix of the row's variant, made once per row. Row<i> is
+// output channel i's sum of products.
 struct Matrix {
-  explicit Matrix(D32 d, int32_t variant) {
+#if HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON
+  // Coefficients in d-register lanes, multiplied by lane: nine coefficient
+  // vectors would not leave the pipeline enough of the sixteen q registers.
+  Matrix(D32, int32_t variant) {
+    const hdr::VariantCoeffs& k = hdr::Coeffs(variant);
+    const int32_t a[6] = {k.m[0][0], k.m[0][1], k.m[1][0], k.m[1][1], k.m[2][0], k.m[2][1]};
+    const int32_t b[4] = {k.m[0][2], k.m[1][2], k.m[2][2], 0};
+    for (int i = 0; i < 3; ++i) rg[i] = vld1_s32(a + 2 * i);
+    b01 = vld1_s32(b);
+    b2 = vld1_s32(b + 2);
+  }
+  template <int i>
+  HWY_INLINE V32 Row(V32 r, V32 g, V32 b) const {
+    int32x4_t s = vmlaq_lane_s32(vmulq_lane_s32(r.raw, rg[i], 0), g.raw, rg[i], 1);
+    return V32(i == 2 ? vmlaq_lane_s32(s, b.raw, b2, 0)
+                      : vmlaq_lane_s32(s, b.raw, b01, i == 0 ? 0 : 1));
+  }
+  int32x2_t rg[3], b01, b2;
+#else
+  Matrix(D32 d, int32_t variant) {
     const hdr::VariantCoeffs& k = hdr::Coeffs(variant);
     for (int i = 0; i < 3; ++i) {
       for (int c = 0; c < 3; ++c) m[i][c] = hn::Set(d, k.m[i][c]);
     }
   }
+  template <int i>
+  HWY_INLINE V32 Row(V32 r, V32 g, V32 b) const {
+    return hn::Add(hn::Add(hn::Mul(r, m[i][0]), hn::Mul(g, m[i][1])), hn::Mul(b, m[i][2]));
+  }
   V32 m[3][3];
+#endif
 };
 
 HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 rc, V32 gc,
@@ -112,12 +136,9 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 r
               hn::Min(hn::Max(hn::Add(yl, bc), zero), max10)};
   for (auto& v : c) v = Lookup16(d, j.lin, v);
   const V32 max15 = hn::Set(d, 32767);
-  V32 p[3];
-  for (int i = 0; i < 3; ++i) {
-    const V32 sum =
-        hn::Add(hn::Add(hn::Mul(c[0], k.m[i][0]), hn::Mul(c[1], k.m[i][1])), hn::Mul(c[2], k.m[i][2]));
-    p[i] = hn::Min(hn::Max(hn::ShiftRight<8>(sum), zero), max15);
-  }
+  V32 p[3] = {k.Row<0>(c[0], c[1], c[2]), k.Row<1>(c[0], c[1], c[2]),
+              k.Row<2>(c[0], c[1], c[2])};
+  for (auto& v : p) v = hn::Min(hn::Max(hn::ShiftRight<8>(v), zero), max15);
   const V32 max12 = hn::Set(d, 4095);
   if (j.hlg) {
     for (auto& v : p) v = hn::Min(hn::ShiftRight<3>(v), max12);
