@@ -83,8 +83,9 @@ HWY_INLINE V32 Decode(D32 d, V32 code) {
   V32 c = code;
   if (r.in_lo > 0) c = hn::Max(c, hn::Set(d, r.in_lo));
   if (r.in_hi < 1023) c = hn::Min(c, hn::Set(d, r.in_hi));
-  c = hn::Sub(c, hn::Set(d, r.center));
-  V32 v = hn::ShiftRight<r.shift>(hn::Add(hn::Mul(c, hn::Set(d, r.mul)), hn::Set(d, 1 << (r.shift - 1))));
+  // (c - center) * mul + round, with the constant terms folded.
+  constexpr int32_t kBias = (1 << (r.shift - 1)) - r.center * r.mul;
+  V32 v = hn::ShiftRight<r.shift>(hn::Add(hn::Mul(c, hn::Set(d, r.mul)), hn::Set(d, kBias)));
   if (r.out_lo > -hdr::kNoClamp) v = hn::Max(v, hn::Set(d, r.out_lo));
   if (r.out_hi < hdr::kNoClamp) v = hn::Min(v, hn::Set(d, r.out_hi));
   return v;
