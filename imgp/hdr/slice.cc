@@ -157,6 +157,84 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 r
   return Rgb{Lookup8(d, j.out, p[0]), Lookup8(d, j.out, p[1]), Lookup8(d, j.out, p[2])};
 }
 
+#if HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON
+// The steps of ToRgb8 for two vectors of pixels at once on 32-bit ARM, in
+// 16-bit lanes wherever the values fit (clamps, the largest channel, the
+// gain) and in 32-bit lanes for the lookups and products.
+HWY_INLINE uint16x8_t Narrow(V32 lo, V32 hi) {
+  return vcombine_u16(vmovn_u32(vreinterpretq_u32_s32(lo.raw)),
+                      vmovn_u32(vreinterpretq_u32_s32(hi.raw)));
+}
+HWY_INLINE V32 WidenLo(uint16x8_t v) { return V32(vreinterpretq_s32_u32(vmovl_u16(vget_low_u16(v)))); }
+HWY_INLINE V32 WidenHi(uint16x8_t v) { return V32(vreinterpretq_s32_u32(vmovl_u16(vget_high_u16(v)))); }
+
+// Chroma term of each pair spread over both pixels, 8 lanes.
+HWY_INLINE int16x8_t SpreadTerm(V32 t) {
+  const int16x4_t n = vmovn_s32(t.raw);
+  const int16x4x2_t z = vzip_s16(n, n);
+  return vcombine_s16(z.val[0], z.val[1]);
+}
+
+HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0, V32 y1, V32 rc,
+                           V32 gc, V32 bc, Rgb* c0, Rgb* c1) {
+  const int16x8_t yl = vreinterpretq_s16_u16(
+      Narrow(Decode<hdr::kY10Rule>(d, y0), Decode<hdr::kY10Rule>(d, y1)));
+  const int16x8_t zero = vdupq_n_s16(0), max10 = vdupq_n_s16(1023);
+  const int16x8_t terms[3] = {SpreadTerm(rc), SpreadTerm(gc), SpreadTerm(bc)};
+  V32 lin[2][3];
+  for (int c = 0; c < 3; ++c) {
+    const uint16x8_t idx = vreinterpretq_u16_s16(
+        vminq_s16(vmaxq_s16(vaddq_s16(yl, terms[c]), zero), max10));
+    lin[0][c] = Lookup16(d, j.lin, WidenLo(idx));
+    lin[1][c] = Lookup16(d, j.lin, WidenHi(idx));
+  }
+  // Primaries: saturating narrow of sum >> 8 to 0..65535, then at most 32767.
+  uint16x8_t p[3];
+  const uint16x8_t max15 = vdupq_n_u16(32767);
+  p[0] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<0>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
+                                vqshrun_n_s32(k.Row<0>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
+                   max15);
+  p[1] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<1>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
+                                vqshrun_n_s32(k.Row<1>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
+                   max15);
+  p[2] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<2>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
+                                vqshrun_n_s32(k.Row<2>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
+                   max15);
+  const uint16x8_t max12 = vdupq_n_u16(4095);
+  uint16x8_t t[3];
+  if (j.hlg) {
+    for (int c = 0; c < 3; ++c) t[c] = vminq_u16(vshrq_n_u16(p[c], 3), max12);
+  } else {
+    const uint16x8_t m = vmaxq_u16(vmaxq_u16(p[0], p[1]), p[2]);
+    const int16x8_t f = vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(m, 3), vdupq_n_u16(15)));
+    const uint16x8_t gi = vshrq_n_u16(m, 7);
+    // gain[i] in the low half of each pair, gain[i + 1] in the high half.
+    const uint32x4_t lo = vreinterpretq_u32_s32(LookupPair(d, j.gain, WidenLo(gi)).raw);
+    const uint32x4_t hi = vreinterpretq_u32_s32(LookupPair(d, j.gain, WidenHi(gi)).raw);
+    const uint16x8_t g0 = vcombine_u16(vmovn_u32(lo), vmovn_u32(hi));
+    const uint16x8_t g1 = vcombine_u16(vshrn_n_u32(lo, 16), vshrn_n_u32(hi, 16));
+    // ((16 - f) * g0 + f * g1) >> 4 as (16 * g0 + f * (g1 - g0)) >> 4.
+    const int16x8_t diff = vreinterpretq_s16_u16(vsubq_u16(g1, g0));
+    const int32x4_t s_lo = vmlal_s16(vreinterpretq_s32_u32(vshll_n_u16(vget_low_u16(g0), 4)),
+                                     vget_low_s16(diff), vget_low_s16(f));
+    const int32x4_t s_hi = vmlal_s16(vreinterpretq_s32_u32(vshll_n_u16(vget_high_u16(g0), 4)),
+                                     vget_high_s16(diff), vget_high_s16(f));
+    const uint16x8_t gain = vcombine_u16(vshrn_n_u32(vreinterpretq_u32_s32(s_lo), 4),
+                                         vshrn_n_u32(vreinterpretq_u32_s32(s_hi), 4));
+    // (c * gain) >> 11, at most 4095; the products stay below 2^27.
+    for (int c = 0; c < 3; ++c) {
+      const uint32x4_t a = vmull_u16(vget_low_u16(p[c]), vget_low_u16(gain));
+      const uint32x4_t b = vmull_u16(vget_high_u16(p[c]), vget_high_u16(gain));
+      t[c] = vminq_u16(vcombine_u16(vqshrn_n_u32(a, 11), vqshrn_n_u32(b, 11)), max12);
+    }
+  }
+  *c0 = Rgb{Lookup8(d, j.out, WidenLo(t[0])), Lookup8(d, j.out, WidenLo(t[1])),
+            Lookup8(d, j.out, WidenLo(t[2]))};
+  *c1 = Rgb{Lookup8(d, j.out, WidenHi(t[0])), Lookup8(d, j.out, WidenHi(t[1])),
+            Lookup8(d, j.out, WidenHi(t[2]))};
+}
+#endif
+
 HWY_INLINE V32 Weighted(D32 d, const int32_t w[3], const Rgb& c) {
   return hn::Add(hn::Add(hn::Mul(c.r, hn::Set(d, w[0])), hn::Mul(c.g, hn::Set(d, w[1]))),
                  hn::Mul(c.b, hn::Set(d, w[2])));
@@ -283,10 +361,15 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
     const V32 rc = Decode<hdr::kRCr10Rule>(d, v);
     const V32 gc = hn::Add(Decode<hdr::kGCb10Rule>(d, u), Decode<hdr::kGCr10Rule>(d, v));
     const V32 bc = Decode<hdr::kBCb10Rule>(d, u);
+#if HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON
+    Rgb c0, c1;
+    ToRgb8Pair(d, j, k, y0, y1, rc, gc, bc, &c0, &c1);
+#else
     const Rgb c0 = ToRgb8(d, j, k, y0, spread.Lower(d, rc), spread.Lower(d, gc),
                           spread.Lower(d, bc));
     const Rgb c1 = ToRgb8(d, j, k, y1, spread.Upper(d, rc), spread.Upper(d, gc),
                           spread.Upper(d, bc));
+#endif
     StorePixels(d, j, c0, x);
     StorePixels(d, j, c1, x + n);
     if (j.du != nullptr) StoreChroma(d, j, c0, c1, x);
