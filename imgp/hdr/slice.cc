@@ -162,17 +162,15 @@ HWY_INLINE Rgb ToRgb8(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y, V32 r
 // 16-bit lanes wherever the values fit (clamps, the largest channel, the
 // gain) and in 32-bit lanes for the lookups and products.
 HWY_INLINE uint16x8_t Narrow(V32 lo, V32 hi) {
-  return vcombine_u16(vmovn_u32(vreinterpretq_u32_s32(lo.raw)),
-                      vmovn_u32(vreinterpretq_u32_s32(hi.raw)));
+  return vuzpq_u16(vreinterpretq_u16_s32(lo.raw), vreinterpretq_u16_s32(hi.raw)).val[0];
 }
 HWY_INLINE V32 WidenLo(uint16x8_t v) { return V32(vreinterpretq_s32_u32(vmovl_u16(vget_low_u16(v)))); }
 HWY_INLINE V32 WidenHi(uint16x8_t v) { return V32(vreinterpretq_s32_u32(vmovl_u16(vget_high_u16(v)))); }
 
-// Chroma term of each pair spread over both pixels, 8 lanes.
+// Chroma term of each pair spread over both pixels, 8 lanes: the low half
+// of every 32-bit lane copied into its high half.
 HWY_INLINE int16x8_t SpreadTerm(V32 t) {
-  const int16x4_t n = vmovn_s32(t.raw);
-  const int16x4x2_t z = vzip_s16(n, n);
-  return vcombine_s16(z.val[0], z.val[1]);
+  return vreinterpretq_s16_s32(vsliq_n_s32(t.raw, t.raw, 16));
 }
 
 HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0, V32 y1, V32 rc,
@@ -209,10 +207,9 @@ HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0,
     const int16x8_t f = vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(m, 3), vdupq_n_u16(15)));
     const uint16x8_t gi = vshrq_n_u16(m, 7);
     // gain[i] in the low half of each pair, gain[i + 1] in the high half.
-    const uint32x4_t lo = vreinterpretq_u32_s32(LookupPair(d, j.gain, WidenLo(gi)).raw);
-    const uint32x4_t hi = vreinterpretq_u32_s32(LookupPair(d, j.gain, WidenHi(gi)).raw);
-    const uint16x8_t g0 = vcombine_u16(vmovn_u32(lo), vmovn_u32(hi));
-    const uint16x8_t g1 = vcombine_u16(vshrn_n_u32(lo, 16), vshrn_n_u32(hi, 16));
+    const uint16x8x2_t g = vuzpq_u16(vreinterpretq_u16_s32(LookupPair(d, j.gain, WidenLo(gi)).raw),
+                                     vreinterpretq_u16_s32(LookupPair(d, j.gain, WidenHi(gi)).raw));
+    const uint16x8_t g0 = g.val[0], g1 = g.val[1];
     // ((16 - f) * g0 + f * g1) >> 4 as (16 * g0 + f * (g1 - g0)) >> 4.
     const int16x8_t diff = vreinterpretq_s16_u16(vsubq_u16(g1, g0));
     const int32x4_t s_lo = vmlal_s16(vreinterpretq_s32_u32(vshll_n_u16(vget_low_u16(g0), 4)),
@@ -247,11 +244,21 @@ HWY_INLINE V32 Chroma(D32 d, const int32_t w[3], const Rgb& c) {
 
 // Writes one vector of pixels starting at column x.
 HWY_INLINE void StorePixels(D32 d, const hdr::RowJob& j, const Rgb& c, int32_t x) {
-  const hn::RebindToUnsigned<D32> du;
   const hn::Rebind<uint8_t, D32> d8;
   switch (j.dst) {
     case hdr::DstKind::kRgba:
     case hdr::DstKind::kArgb: {
+#if HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON
+      // Shift-and-insert: each channel is one instruction.
+      const uint32x4_t r = vreinterpretq_u32_s32(c.r.raw), g = vreinterpretq_u32_s32(c.g.raw),
+                       b = vreinterpretq_u32_s32(c.b.raw);
+      const uint32x4_t px =
+          j.dst == hdr::DstKind::kRgba
+              ? vorrq_u32(vsliq_n_u32(vsliq_n_u32(r, g, 8), b, 16), vdupq_n_u32(0xFF000000u))
+              : vsliq_n_u32(vsliq_n_u32(vsliq_n_u32(vdupq_n_u32(0xFFu), r, 8), g, 16), b, 24);
+      vst1q_u32(reinterpret_cast<uint32_t*>(j.d0 + 4 * static_cast<ptrdiff_t>(x)), px);
+#else
+      const hn::RebindToUnsigned<D32> du;
       const auto r = hn::BitCast(du, c.r), g = hn::BitCast(du, c.g), b = hn::BitCast(du, c.b);
       const auto px =
           j.dst == hdr::DstKind::kRgba
@@ -260,6 +267,7 @@ HWY_INLINE void StorePixels(D32 d, const hdr::RowJob& j, const Rgb& c, int32_t x
               : hn::Or(hn::Or(hn::Set(du, 0xFFu), hn::ShiftLeft<8>(r)),
                        hn::Or(hn::ShiftLeft<16>(g), hn::ShiftLeft<24>(b)));
       hn::StoreU(px, du, reinterpret_cast<uint32_t*>(j.d0 + 4 * static_cast<ptrdiff_t>(x)));
+#endif
       return;
     }
     case hdr::DstKind::kRgb888: {
