@@ -204,21 +204,20 @@ HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0,
     for (int c = 0; c < 3; ++c) t[c] = vminq_u16(vshrq_n_u16(p[c], 3), max12);
   } else {
     const uint16x8_t m = vmaxq_u16(vmaxq_u16(p[0], p[1]), p[2]);
-    const int16x8_t f = vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(m, 3), vdupq_n_u16(15)));
+    const int16x8_t f = vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(m, 3), vdupq_n_u16(15)));  // 0..15
     const uint16x8_t gi = vshrq_n_u16(m, 7);
     // gain[i] in the low half of each pair, gain[i + 1] in the high half.
     const uint16x8x2_t g = vuzpq_u16(vreinterpretq_u16_s32(LookupPair(d, j.gain, WidenLo(gi)).raw),
                                      vreinterpretq_u16_s32(LookupPair(d, j.gain, WidenHi(gi)).raw));
     const uint16x8_t g0 = g.val[0], g1 = g.val[1];
-    // ((16 - f) * g0 + f * g1) >> 4 as (16 * g0 + f * (g1 - g0)) >> 4.
-    const int16x8_t diff = vreinterpretq_s16_u16(vsubq_u16(g1, g0));
-    const int32x4_t s_lo = vmlal_s16(vreinterpretq_s32_u32(vshll_n_u16(vget_low_u16(g0), 4)),
-                                     vget_low_s16(diff), vget_low_s16(f));
-    const int32x4_t s_hi = vmlal_s16(vreinterpretq_s32_u32(vshll_n_u16(vget_high_u16(g0), 4)),
-                                     vget_high_s16(diff), vget_high_s16(f));
-    const uint16x8_t gain = vcombine_u16(vshrn_n_u32(vreinterpretq_u32_s32(s_lo), 4),
-                                         vshrn_n_u32(vreinterpretq_u32_s32(s_hi), 4));
-    // (c * gain) >> 11, at most 4095; the products stay below 2^27.
+    // ((16 - f) * g0 + f * g1) >> 4, exact for any 16-bit entries.
+    const uint16x8_t uf = vreinterpretq_u16_s16(f), rf = vsubq_u16(vdupq_n_u16(16), uf);
+    const uint32x4_t s_lo = vmlal_u16(vmull_u16(vget_low_u16(g0), vget_low_u16(rf)),
+                                      vget_low_u16(g1), vget_low_u16(uf));
+    const uint32x4_t s_hi = vmlal_u16(vmull_u16(vget_high_u16(g0), vget_high_u16(rf)),
+                                      vget_high_u16(g1), vget_high_u16(uf));
+    const uint16x8_t gain = vcombine_u16(vshrn_n_u32(s_lo, 4), vshrn_n_u32(s_hi, 4));
+    // (c * gain) >> 11, at most 4095; the products stay below 2^31.
     for (int c = 0; c < 3; ++c) {
       const uint32x4_t a = vmull_u16(vget_low_u16(p[c]), vget_low_u16(gain));
       const uint32x4_t b = vmull_u16(vget_high_u16(p[c]), vget_high_u16(gain));

@@ -3,6 +3,8 @@
 // against the scalar definition on every target.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <string>
 
 #include "tests/imgp/hdr/hdr_test_util.h"
@@ -190,6 +192,15 @@ TEST(HdrSlice, VectorMatchesScalar) {
           const bool hlg = rng() % 3 == 0;
           auto wa = MakeWork(&src.img, &a.img, peak, variant, hlg);
           auto wb = MakeWork(&src.img, &b.img, peak, variant, hlg);
+          if (rng() % 4 == 0) {
+            // A caller's own record: any 16-bit transfer and gain entries.
+            for (auto& e : wa->pq_lut) e = static_cast<uint16_t>(rng());
+            for (auto& e : wa->hlg_lut) e = static_cast<uint16_t>(rng());
+            for (auto& e : wa->gain_lut) e = static_cast<uint16_t>(rng());
+            std::memcpy(wb->pq_lut, wa->pq_lut, sizeof wa->pq_lut);
+            std::memcpy(wb->hlg_lut, wa->hlg_lut, sizeof wa->hlg_lut);
+            std::memcpy(wb->gain_lut, wa->gain_lut, sizeof wa->gain_lut);
+          }
           hdr::ConvertBand(wa.get(), 0, s.h, false);
           hdr::ConvertBand(wb.get(), 0, s.h, true);
           ASSERT_EQ(FirstDifference(b.Snapshot(), a.Snapshot()), "");
