@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-
 #include <string>
 
 #include "tests/imgp/hdr/hdr_test_util.h"
