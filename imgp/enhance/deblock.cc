@@ -97,14 +97,20 @@ void HorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32
 // byte is 0 get a zero ramp, hence d1 = d2 = 0: they are stored unchanged.
 HWY_INLINE void FilterEdges16(uint8x16_t& a, uint8x16_t& b, uint8x16_t& c, uint8x16_t& d,
                               uint8x16_t strength, uint8x16_t keep) {
-  const auto sum = [](uint8x8_t a, uint8x8_t b, uint8x8_t c, uint8x8_t d) {
-    const int16x8_t ad = vreinterpretq_s16_u16(vsubl_u8(a, d));
-    return vmlaq_n_s16(ad, vreinterpretq_s16_u16(vsubl_u8(c, b)), 4);
+  const uint8x8_t k4 = vdup_n_u8(4);
+  const auto sum = [k4](uint8x8_t a, uint8x8_t b, uint8x8_t c, uint8x8_t d) {
+    return vmlsl_u8(vmlal_u8(vsubl_u8(a, d), c, k4), b, k4);
   };
-  const int16x8_t s0 = sum(vget_low_u8(a), vget_low_u8(b), vget_low_u8(c), vget_low_u8(d));
-  const int16x8_t s1 = sum(vget_high_u8(a), vget_high_u8(b), vget_high_u8(c), vget_high_u8(d));
-  const uint8x16_t low = vreinterpretq_u8_s8(vcombine_s8(vshrn_n_s16(s0, 3), vshrn_n_s16(s1, 3)));
-  const uint8x16_t neg = vcltq_s8(vcombine_s8(vshrn_n_s16(s0, 8), vshrn_n_s16(s1, 8)), vdupq_n_s8(0));
+  const uint16x8_t s0 = sum(vget_low_u8(a), vget_low_u8(b), vget_low_u8(c), vget_low_u8(d));
+  const uint16x8_t s1 = sum(vget_high_u8(a), vget_high_u8(b), vget_high_u8(c), vget_high_u8(d));
+  // Both halves narrowed straight into one q register (GCC moves one half
+  // of a vcombine).
+  uint8x16_t low, high;
+  asm("vshrn.i16 %e0, %q2, #3\n\tvshrn.i16 %f0, %q3, #3\n\t"
+      "vshrn.i16 %e1, %q2, #8\n\tvshrn.i16 %f1, %q3, #8"
+      : "=&w"(low), "=&w"(high)
+      : "w"(s0), "w"(s1));
+  const uint8x16_t neg = vcltq_s8(vreinterpretq_s8_u8(high), vdupq_n_s8(0));
   const uint8x16_t m = vsubq_u8(veorq_u8(low, neg), neg);
   const uint8x16_t r = vandq_u8(vqsubq_u8(strength, vabdq_u8(m, strength)), keep);
   const uint8x16_t rn = vandq_u8(r, neg), rp = vbicq_u8(r, neg);
@@ -116,6 +122,8 @@ HWY_INLINE void FilterEdges16(uint8x16_t& a, uint8x16_t& b, uint8x16_t& c, uint8
   a = vsubq_u8(a, vreinterpretq_u8_s8(d2));
   d = vaddq_u8(d, vreinterpretq_u8_s8(d2));
 }
+
+HWY_INLINE void Pin(uint8_t*& p) { asm("" : "+r"(p)); }
 
 HWY_INLINE uint8x16_t StrengthBytes(int16_t strength) {
   return vdupq_n_u8(static_cast<uint8_t>(strength < 0 ? 0 : strength > 255 ? 255 : strength));
@@ -135,19 +143,36 @@ void HorEdges16(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int
   const uint8x16_t all = vdupq_n_u8(0xFF);
   for (int32_t k = k0; k <= k1; ++k) {
     uint8_t* r0 = plane + (8 * k - 2) * stride;
-    const auto step = [&](int32_t x, uint8x16_t keep) {
-      uint8_t* p = r0 + x;
-      uint8x16_t a = vld1q_u8(p), b = vld1q_u8(p + stride);
-      uint8x16_t c = vld1q_u8(p + 2 * stride), d = vld1q_u8(p + 3 * stride);
+    uint8_t* r1 = r0 + stride;
+    uint8_t* r2 = r1 + stride;
+    uint8_t* r3 = r2 + stride;
+    // Each pointer steps after its store (post-increment addressing).
+    const auto step = [&](uint8x16_t keep) {
+      uint8x16_t a = vld1q_u8(r0), b = vld1q_u8(r1), c = vld1q_u8(r2), d = vld1q_u8(r3);
       FilterEdges16(a, b, c, d, vs, keep);
-      vst1q_u8(p, a);
-      vst1q_u8(p + stride, b);
-      vst1q_u8(p + 2 * stride, c);
-      vst1q_u8(p + 3 * stride, d);
+      vst1q_u8(r0, a);
+      vst1q_u8(r1, b);
+      vst1q_u8(r2, c);
+      vst1q_u8(r3, d);
+      r0 += 16;
+      r1 += 16;
+      r2 += 16;
+      r3 += 16;
+      Pin(r0);
+      Pin(r1);
+      Pin(r2);
+      Pin(r3);
     };
     int32_t x = 0;
-    for (; x + 16 <= width; x += 16) step(x, all);
-    if (x < width) step(width - 16, KeepFrom(x - (width - 16)));
+    for (; x + 16 <= width; x += 16) step(all);
+    if (x < width) {
+      const int32_t back = x - (width - 16);
+      r0 -= back;
+      r1 -= back;
+      r2 -= back;
+      r3 -= back;
+      step(KeepFrom(back));
+    }
   }
 }
 

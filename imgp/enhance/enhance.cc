@@ -221,24 +221,24 @@ KELO_EXPORT void color_sat(const uint8_t* table, int32_t n, const uint8_t* su,
   kelo::MapChroma(table, static_cast<size_t>(n), su, sv, du, dv);
 }
 
+// Rows are contiguous, so the copied rows at the top and the bottom are
+// single runs of bytes.
 KELO_EXPORT void detail_enh(const uint8_t* src, int32_t w, int32_t h, uint8_t* dst,
                             int32_t /*strength*/) {
   if (w < 1 || h < 1) return;
   const ptrdiff_t W = w;
-  const bool sharpen = w >= 5;
-  for (int32_t y = 0; y < h; ++y) {
-    const uint8_t* s = src + y * W;
-    uint8_t* d = dst + y * W;
-    if (y < 2 || y > h - 3 || !sharpen) {
-      kelo::CopyBytes(s, d, static_cast<size_t>(w));
-      continue;
-    }
+  if (w < 5 || h < 5) return kelo::CopyBytes(src, dst, static_cast<size_t>(W * h));
+  kelo::CopyBytes(src, dst, static_cast<size_t>(2 * W));
+  const uint8_t* s = src + 2 * W;
+  uint8_t* d = dst + 2 * W;
+  for (int32_t y = 2; y < h - 2; ++y, s += W, d += W) {
     d[0] = s[0];
     d[1] = s[1];
     d[W - 2] = s[W - 2];
     d[W - 1] = s[W - 1];
   }
-  if (sharpen && h > 4) kelo::SharpenRows(src, W, dst, 2, h - 2, 2, W - 2);
+  kelo::SharpenRows(src, W, dst, 2, h - 2, 2, W - 2);
+  kelo::CopyBytes(s, d, static_cast<size_t>(2 * W));
 }
 
 KELO_EXPORT int32_t kimgp_vqe_cs_init(int32_t gain) {
