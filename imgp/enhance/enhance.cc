@@ -94,21 +94,22 @@ HWY_INLINE Wide16 AddW(Wide16 s, uint8x16_t a) {
 }
 HWY_INLINE Wide16 Add(Wide16 a, Wide16 b) { return {vaddq_u16(a.lo, b.lo), vaddq_u16(a.hi, b.hi)}; }
 
-HWY_INLINE void Pin(const uint8_t*& p) { asm("" : "+r"(p)); }
+HWY_INLINE void Pin(uintptr_t& p) { asm("" : "+r"(p)); }
 
 // One row of the 16-pixel column: p is the row's pixels, below the next
 // row's, m and P those of the row; on return they are the next row's. Every
-// pointer steps by a row after use (post-increment addressing).
+// address steps by a row after use (post-increment addressing; kept as
+// integers, since the last step leaves them past the plane).
 struct Column16 {
-  const uint8_t *left, *right, *next_l, *next_r, *under;
+  uintptr_t left, right, next_l, next_r, under;
   uint8_t* d;
 };
 
 HWY_INLINE void SharpenStep(Column16& c, ptrdiff_t w, uint8x8_t k34, uint8x16_t& p,
                             uint8x16_t& below, Wide16& m, Wide16& P) {
-  const auto load = [w](const uint8_t*& q) {
-    const uint8x16_t v = vld1q_u8(q);
-    q += w;
+  const auto load = [w](uintptr_t& q) {
+    const uint8x16_t v = vld1q_u8(reinterpret_cast<const uint8_t*>(q));
+    q += static_cast<uintptr_t>(w);
     Pin(q);
     return v;
   };
@@ -141,7 +142,8 @@ void SharpenColumn16(const uint8_t* s, ptrdiff_t w, uint8_t* d, int32_t rows) {
   Wide16 m = AddW(AddW(AddL(vld1q_u8(s - 1), vld1q_u8(s + 1)), vld1q_u8(s - w)), below);
   Wide16 P = Add(AddW(AddW(AddL(vld1q_u8(s - w - 1), vld1q_u8(s - w + 1)),
                            vld1q_u8(s - 2 * w)), p), m);
-  Column16 c{s - 2, s + 2, s + w - 1, s + w + 1, s + 2 * w, d};
+  const auto at = [s](ptrdiff_t offset) { return reinterpret_cast<uintptr_t>(s + offset); };
+  Column16 c{at(-2), at(2), at(w - 1), at(w + 1), at(2 * w), d};
   int32_t i = rows;
   for (; i >= 6; i -= 6) {
     HWY_UNROLL(6)
