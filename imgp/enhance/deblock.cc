@@ -87,8 +87,135 @@ void HorEdges(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32
   }
 }
 
+#if HWY_TARGET == HWY_NEON
+// NEON: sixteen lines of A, B, C, D as bytes, with only s in 16-bit lanes.
+// m = |s >> 3| <= 160 fits a byte (its low byte is (s >> 3)'s, the sign is
+// s >> 8's); for a plain strength the ramp max(min(m, 2S - m), 0) is
+// S' - |m - S'| saturated at 0 with S' = S clamped to 0 .. 255; d1 = +-ramp
+// goes through saturating byte steps, and (A - D) >> 2 is a halving
+// subtraction (exact in signed bytes) shifted once more. Lanes whose `keep`
+// byte is 0 get a zero ramp, hence d1 = d2 = 0: they are stored unchanged.
+HWY_INLINE void FilterEdges16(uint8x16_t& a, uint8x16_t& b, uint8x16_t& c, uint8x16_t& d,
+                              uint8x16_t strength, uint8x16_t keep) {
+  const uint8x8_t k4 = vdup_n_u8(4);
+  const auto sum = [k4](uint8x8_t a, uint8x8_t b, uint8x8_t c, uint8x8_t d) {
+    return vmlsl_u8(vmlal_u8(vsubl_u8(a, d), c, k4), b, k4);
+  };
+  const uint16x8_t s0 = sum(vget_low_u8(a), vget_low_u8(b), vget_low_u8(c), vget_low_u8(d));
+  const uint16x8_t s1 = sum(vget_high_u8(a), vget_high_u8(b), vget_high_u8(c), vget_high_u8(d));
+  // Both halves narrowed straight into one q register (GCC moves one half
+  // of a vcombine).
+  uint8x16_t low, high;
+  asm("vshrn.i16 %e0, %q2, #3\n\tvshrn.i16 %f0, %q3, #3\n\t"
+      "vshrn.i16 %e1, %q2, #8\n\tvshrn.i16 %f1, %q3, #8"
+      : "=&w"(low), "=&w"(high)
+      : "w"(s0), "w"(s1));
+  const uint8x16_t neg = vcltq_s8(vreinterpretq_s8_u8(high), vdupq_n_s8(0));
+  const uint8x16_t m = vsubq_u8(veorq_u8(low, neg), neg);
+  const uint8x16_t r = vandq_u8(vqsubq_u8(strength, vabdq_u8(m, strength)), keep);
+  const uint8x16_t rn = vandq_u8(r, neg), rp = vbicq_u8(r, neg);
+  b = vqsubq_u8(vqaddq_u8(b, rp), rn);
+  c = vqsubq_u8(vqaddq_u8(c, rn), rp);
+  const int8x16_t h = vreinterpretq_s8_u8(vshrq_n_u8(r, 1));
+  int8x16_t d2 = vshrq_n_s8(vreinterpretq_s8_u8(vhsubq_u8(a, d)), 1);
+  d2 = vminq_s8(vmaxq_s8(d2, vnegq_s8(h)), h);
+  a = vsubq_u8(a, vreinterpretq_u8_s8(d2));
+  d = vaddq_u8(d, vreinterpretq_u8_s8(d2));
+}
+
+HWY_INLINE void Pin(uint8_t*& p) { asm("" : "+r"(p)); }
+
+HWY_INLINE uint8x16_t StrengthBytes(int16_t strength) {
+  return vdupq_n_u8(static_cast<uint8_t>(strength < 0 ? 0 : strength > 255 ? 255 : strength));
+}
+
+// Lanes from `first` on.
+HWY_INLINE uint8x16_t KeepFrom(int32_t first) {
+  static const uint8_t kIota[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+  return vcgeq_u8(vld1q_u8(kIota), vdupq_n_u8(static_cast<uint8_t>(first)));
+}
+
+// Horizontal edges over at least 16 columns: 16 columns a step, the last
+// step ending at the last column with the columns already done kept.
+void HorEdges16(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
+                int16_t strength) {
+  const uint8x16_t vs = StrengthBytes(strength);
+  const uint8x16_t all = vdupq_n_u8(0xFF);
+  for (int32_t k = k0; k <= k1; ++k) {
+    uint8_t* r0 = plane + (8 * k - 2) * stride;
+    uint8_t* r1 = r0 + stride;
+    uint8_t* r2 = r1 + stride;
+    uint8_t* r3 = r2 + stride;
+    // Each pointer steps after its store (post-increment addressing).
+    const auto step = [&](uint8x16_t keep) {
+      uint8x16_t a = vld1q_u8(r0), b = vld1q_u8(r1), c = vld1q_u8(r2), d = vld1q_u8(r3);
+      FilterEdges16(a, b, c, d, vs, keep);
+      vst1q_u8(r0, a);
+      vst1q_u8(r1, b);
+      vst1q_u8(r2, c);
+      vst1q_u8(r3, d);
+      r0 += 16;
+      r1 += 16;
+      r2 += 16;
+      r3 += 16;
+      Pin(r0);
+      Pin(r1);
+      Pin(r2);
+      Pin(r3);
+    };
+    int32_t x = 0;
+    for (; x + 16 <= width; x += 16) step(all);
+    if (x < width) {
+      const int32_t back = x - (width - 16);
+      r0 -= back;
+      r1 -= back;
+      r2 -= back;
+      r3 -= back;
+      step(KeepFrom(back));
+    }
+  }
+}
+
+// Vertical edges of rows with at least 16 edges: 16 edges (128 bytes from
+// column 8k - 2) a step as two four-way word deinterleaves; an unzip of
+// bytes splits the AB and CD words into A, B, C, D. The last step ends at
+// edge n with the edges already done kept.
+void VerRows16(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
+               int16_t strength) {
+  const int32_t n = BlockEdges(width);
+  const uint8x16_t vs = StrengthBytes(strength);
+  const uint8x16_t all = vdupq_n_u8(0xFF);
+  for (int32_t y = y0; y < y1; ++y) {
+    uint8_t* row = plane + y * stride;
+    const auto step = [&](int32_t k, uint8x16_t keep) {
+      uint16_t* p = reinterpret_cast<uint16_t*>(row + 8 * k - 2);
+      uint16x8x4_t w0 = vld4q_u16(p), w1 = vld4q_u16(p + 32);
+      const uint8x16x2_t ab = vuzpq_u8(vreinterpretq_u8_u16(w0.val[0]),
+                                       vreinterpretq_u8_u16(w1.val[0]));
+      const uint8x16x2_t cd = vuzpq_u8(vreinterpretq_u8_u16(w0.val[1]),
+                                       vreinterpretq_u8_u16(w1.val[1]));
+      uint8x16_t a = ab.val[0], b = ab.val[1], c = cd.val[0], d = cd.val[1];
+      FilterEdges16(a, b, c, d, vs, keep);
+      const uint8x16x2_t ab2 = vzipq_u8(a, b), cd2 = vzipq_u8(c, d);
+      w0.val[0] = vreinterpretq_u16_u8(ab2.val[0]);
+      w1.val[0] = vreinterpretq_u16_u8(ab2.val[1]);
+      w0.val[1] = vreinterpretq_u16_u8(cd2.val[0]);
+      w1.val[1] = vreinterpretq_u16_u8(cd2.val[1]);
+      vst4q_u16(p, w0);
+      vst4q_u16(p + 32, w1);
+    };
+    int32_t k = 1;
+    for (; k + 15 <= n; k += 16) step(k, all);
+    if (k <= n) step(n - 15, KeepFrom(k - (n - 15)));
+  }
+}
+#endif
+
 void DeblockHorVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t k0, int32_t k1,
                    int16_t strength) {
+#if HWY_TARGET == HWY_NEON
+  if (IsPlain(strength) && width >= 16) return HorEdges16(plane, stride, width, k0, k1, strength);
+#endif
   if (IsPlain(strength)) return HorEdges<true>(plane, stride, width, k0, k1, strength);
   HorEdges<false>(plane, stride, width, k0, k1, strength);
 }
@@ -200,6 +327,11 @@ void VerRows(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_
 
 void DeblockVerVec(uint8_t* plane, ptrdiff_t stride, int32_t width, int32_t y0, int32_t y1,
                    int16_t strength) {
+#if HWY_TARGET == HWY_NEON
+  if (IsPlain(strength) && BlockEdges(width) >= 16) {
+    return VerRows16(plane, stride, width, y0, y1, strength);
+  }
+#endif
   if (IsPlain(strength)) return VerRows<true>(plane, stride, width, y0, y1, strength);
   VerRows<false>(plane, stride, width, y0, y1, strength);
 }

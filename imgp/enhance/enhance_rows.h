@@ -34,12 +34,19 @@ inline void SharpenSpan(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t x0,
   }
 }
 
+// Pixels x0 .. x1 - 1 of rows y0 .. y1 - 1, each row as SharpenSpan.
+inline void SharpenRows(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t y0, ptrdiff_t y1,
+                        ptrdiff_t x0, ptrdiff_t x1) {
+  for (ptrdiff_t y = y0; y < y1; ++y) SharpenSpan(s + y * w, w, d + y * w, x0, x1);
+}
+
 }  // namespace scalar
 
 // With the best vector path of the running CPU.
 void MapChroma(const uint8_t* table, size_t n, const uint8_t* su, const uint8_t* sv,
                uint8_t* du, uint8_t* dv);
-void SharpenSpan(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t x0, ptrdiff_t x1);
+void SharpenRows(const uint8_t* s, ptrdiff_t w, uint8_t* d, ptrdiff_t y0, ptrdiff_t y1,
+                 ptrdiff_t x0, ptrdiff_t x1);
 
 }  // namespace kelo
 

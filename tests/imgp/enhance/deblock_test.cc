@@ -160,6 +160,33 @@ TEST(Deblock, VectorPassesMatchScalarOnEveryTarget) {
   });
 }
 
+// Strengths around the byte range (the ramp of |s >> 3| <= 160 reaches its
+// top below 160 and stays there), on planes with strong edges.
+TEST(Deblock, StrengthsBeyondBytesMatchScalarOnEveryTarget) {
+  std::mt19937 rng = MakeRng(25);
+  ForEachTarget([&](const std::string& target) {
+    for (int32_t strength : {80, 159, 160, 255, 256, 1000, 16000, 16001}) {
+      for (bool hor : {true, false}) {
+        Plane p(hor ? 150 : 170, hor ? 170 : 150, 3);
+        for (size_t i = 0; i < p.buf.size(); ++i) {
+          p.buf.data()[i] = static_cast<uint8_t>((i / 3) % 2 ? rng() : rng() % 2 * 255);
+        }
+        std::vector<uint8_t> want = p.buf.raw();
+        uint8_t* q = want.data() + kGuardBytes;
+        if (hor) {
+          scalar::DeblockHor(q, p.stride, p.w, p.h, Low16(strength));
+          kimgp_dbf8x8_h263_hor(p.buf.data(), strength, p.stride, p.w, p.h);
+        } else {
+          scalar::DeblockVer(q, p.stride, p.w, p.h, Low16(strength));
+          kimgp_dbf8x8_h263_ver(p.buf.data(), strength, p.stride, p.w, p.h);
+        }
+        ASSERT_EQ(FirstDifference(p.buf.raw(), want), "")
+            << target << (hor ? " hor" : " ver") << " s=" << strength;
+      }
+    }
+  });
+}
+
 // The plane entry (both passes, in strips) on every target against the two
 // scalar passes one after the other.
 TEST(Deblock, PlaneEntryMatchesTwoPassesOnEveryTarget) {
