@@ -37,15 +37,49 @@ HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
   }
 }
 
+// Keeps a pointer as computed here: without it GCC hoists one pointer per
+// row out of the loops, more than x86 has registers, and reloads them from
+// the stack for every access; with it each access is base + index * scale.
+template <class A>
+HWY_INLINE void Opaque(A& a) {
+#if HWY_ARCH_X86
+  asm("" : "+r"(a));
+#else
+  (void)a;
+#endif
+}
+
 // R = 16 / N rows per block from `first` on, `next` bytes apart (block 1:
 // the R after those), 16 bytes each, turned: unit column v to o + v * down.
 template <size_t N, class D>
 HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, ptrdiff_t down) {
   constexpr int32_t R = 16 / N;
+  static_assert(R % 4 == 0, "rows in fours");
   hn::Vec<D> r[R];
-  for (int32_t i = 0; i < R; ++i) r[i] = LoadBlocks(d, first + i * next, first + (i + R) * next);
+  const ptrdiff_t next3 = 3 * next, down3 = 3 * down;
+  const uint8_t* p = first;
+  const uint8_t* q = first + R * next;
+  HWY_UNROLL(4)
+  for (int32_t i = 0; i < R; i += 4) {
+    r[i] = LoadBlocks(d, p, q);
+    r[i + 1] = LoadBlocks(d, p + next, q + next);
+    r[i + 2] = LoadBlocks(d, p + 2 * next, q + 2 * next);
+    r[i + 3] = LoadBlocks(d, p + next3, q + next3);
+    p += 4 * next;
+    q += 4 * next;
+    Opaque(p);
+    Opaque(q);
+  }
   TransposeInBlocks<N, R>(d, r);
-  for (int32_t v = 0; v < R; ++v) hn::StoreU(r[v], d, o + v * down);
+  HWY_UNROLL(4)
+  for (int32_t v = 0; v < R; v += 4) {
+    hn::StoreU(r[v], d, o);
+    hn::StoreU(r[v + 1], d, o + down);
+    hn::StoreU(r[v + 2], d, o + 2 * down);
+    hn::StoreU(r[v + 3], d, o + down3);
+    o += 4 * down;
+    Opaque(o);
+  }
 }
 
 // Columns [0, 16 / N * groups) of the tile. Tile row y goes to destination
