@@ -37,15 +37,28 @@ HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
   }
 }
 
-// Keeps a pointer as computed here: without it GCC hoists one pointer per
-// row out of the loops, more than x86 has registers, and reloads them from
-// the stack for every access; with it each access is base + index * scale.
-template <class A>
-HWY_INLINE void Opaque(A& a) {
+// Calls f(i, p + i * step) for i in [0, R). On x86 the pointer is stepped
+// four rows at a time behind an empty asm, so that every access is one
+// base + index * scale address: otherwise GCC hoists a pointer per row out of
+// the loops, more than x86 has registers, and reloads them from the stack.
+// Elsewhere the plain form (32-bit ARM counted fewer instructions with it).
+template <int32_t R, class T, class F>
+HWY_INLINE void ForRows(T* p, ptrdiff_t step, F&& f) {
 #if HWY_ARCH_X86
-  asm("" : "+r"(a));
+  static_assert(R % 4 == 0, "rows in fours");
+  const ptrdiff_t step3 = 3 * step;
+  HWY_UNROLL(4)
+  for (int32_t i = 0; i < R; i += 4) {
+    f(i, p);
+    f(i + 1, p + step);
+    f(i + 2, p + 2 * step);
+    f(i + 3, p + step3);
+    p += 4 * step;
+    asm("" : "+r"(p));
+  }
 #else
-  (void)a;
+  HWY_UNROLL(16)
+  for (int32_t i = 0; i < R; ++i) f(i, p + i * step);
 #endif
 }
 
@@ -54,32 +67,11 @@ HWY_INLINE void Opaque(A& a) {
 template <size_t N, class D>
 HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, ptrdiff_t down) {
   constexpr int32_t R = 16 / N;
-  static_assert(R % 4 == 0, "rows in fours");
   hn::Vec<D> r[R];
-  const ptrdiff_t next3 = 3 * next, down3 = 3 * down;
-  const uint8_t* p = first;
-  const uint8_t* q = first + R * next;
-  HWY_UNROLL(4)
-  for (int32_t i = 0; i < R; i += 4) {
-    r[i] = LoadBlocks(d, p, q);
-    r[i + 1] = LoadBlocks(d, p + next, q + next);
-    r[i + 2] = LoadBlocks(d, p + 2 * next, q + 2 * next);
-    r[i + 3] = LoadBlocks(d, p + next3, q + next3);
-    p += 4 * next;
-    q += 4 * next;
-    Opaque(p);
-    Opaque(q);
-  }
+  const ptrdiff_t hi = R * next;
+  ForRows<R>(first, next, [&](int32_t i, const uint8_t* p) { r[i] = LoadBlocks(d, p, p + hi); });
   TransposeInBlocks<N, R>(d, r);
-  HWY_UNROLL(4)
-  for (int32_t v = 0; v < R; v += 4) {
-    hn::StoreU(r[v], d, o);
-    hn::StoreU(r[v + 1], d, o + down);
-    hn::StoreU(r[v + 2], d, o + 2 * down);
-    hn::StoreU(r[v + 3], d, o + down3);
-    o += 4 * down;
-    Opaque(o);
-  }
+  ForRows<R>(o, down, [&](int32_t v, uint8_t* q) { hn::StoreU(r[v], d, q); });
 }
 
 // Columns [0, 16 / N * groups) of the tile. Tile row y goes to destination
