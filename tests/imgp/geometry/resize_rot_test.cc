@@ -87,7 +87,8 @@ struct Planes {
 // Plain results W x H of sw x sh sources: shrinking (whole and not), growing,
 // mixed and kept directions, odd sizes, widths past one tile row (2048
 // units) so that the kernels work in column chunks, and 2:1 and 3:2 shrinks
-// through bands of 64 rows with rows and columns left over.
+// through bands of 64 rows with rows and columns left over (12 rows after a
+// band: the last 8-row turn overlaps the one before).
 struct Pair {
   int32_t sw, sh, w, h;
 };
@@ -97,7 +98,8 @@ const Pair kPairs[] = {
     {8, 6, 19, 13},    {5, 3, 40, 35},    {61, 17, 20, 70},   {20, 70, 61, 17},
     {1, 1, 3, 2},      {3, 1, 1, 1},      {4300, 35, 2100, 33}, {1100, 19, 2300, 40},
     {1100, 41, 2300, 19}, {120, 260, 60, 19}, {4400, 30, 2200, 15}, {3300, 20, 2200, 10},
-    {200, 140, 100, 70}, {330, 99, 220, 66}, {333, 200, 222, 133}, {4200, 130, 2100, 65}};
+    {200, 140, 100, 70}, {330, 99, 220, 66}, {333, 200, 222, 133}, {4200, 130, 2100, 65},
+    {200, 152, 100, 76}};
 
 class RotResizers : public ::testing::TestWithParam<Kit> {};
 
