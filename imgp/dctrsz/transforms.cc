@@ -108,6 +108,13 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
   IdctDequant(dst, dst_stride, acc, q);
 }
 
+void RunToBytes(const BlockRun& run) {
+  for (int i = 0; i < run.n; ++i) {
+    BlockToBytes(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
+                 run.dst + 4 * i, run.dst_stride);
+  }
+}
+
 }  // namespace scalar
 }  // namespace kelo
 #endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
@@ -119,6 +126,7 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 #include <hwy/highway.h>
 
 #include "common/internal/x86_raw-inl.h"
+#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -147,6 +155,7 @@ void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      ptrdiff_t dst_stride) {
   scalar::BlockToBytes(pix, stride, v, h, ni, nj, q, dst, dst_stride);
 }
+void RunToBytesVec(const BlockRun& run) { scalar::RunToBytes(run); }
 #else
 using DU = hn::FixedTag<uint32_t, 4>;
 using DI = hn::FixedTag<int32_t, 4>;
@@ -159,9 +168,10 @@ HWY_INLINE VU LoadRow16(const int16_t* m) {
   return hn::BitCast(DU(), hn::PromoteTo(DI(), hn::LoadU(d16, m)));
 }
 
-template <int kShift>
-HWY_INLINE VU Sar(VU v) {
-  return hn::BitCast(DU(), hn::ShiftRight<kShift>(hn::BitCast(DI(), v)));
+template <int kShift, class V>
+HWY_INLINE V Sar(V v) {
+  const hn::DFromV<V> d;
+  return hn::BitCast(d, hn::ShiftRight<kShift>(hn::BitCast(hn::RebindToSigned<decltype(d)>(), v)));
 }
 
 // Rows to columns in registers.
@@ -178,14 +188,14 @@ HWY_INLINE void Transpose(VU& r0, VU& r1, VU& r2, VU& r3) {
 }
 
 // The butterfly on four vectors x0..x3 (lane i of each is one line).
-template <int kShift>
-HWY_INLINE void Butterfly(VU x0, VU x1, VU x2, VU x3, VU& y0, VU& y1, VU& y2,
-                          VU& y3) {
-  const VU k128 = hn::Set(DU(), 128u), k53 = hn::Set(DU(), 53u);
-  const VU e0 = hn::Mul(hn::Add(x0, x2), k128);
-  const VU e1 = hn::Mul(hn::Sub(x0, x2), k128);
-  const VU o0 = hn::Add(hn::Mul(x1, k128), hn::Mul(x3, k53));
-  const VU o1 = hn::Sub(hn::Mul(x1, k53), hn::Mul(x3, k128));
+template <int kShift, class V>
+HWY_INLINE void Butterfly(V x0, V x1, V x2, V x3, V& y0, V& y1, V& y2, V& y3) {
+  const hn::DFromV<V> d;
+  const V k128 = hn::Set(d, 128u), k53 = hn::Set(d, 53u);
+  const V e0 = hn::Mul(hn::Add(x0, x2), k128);
+  const V e1 = hn::Mul(hn::Sub(x0, x2), k128);
+  const V o0 = hn::Add(hn::Mul(x1, k128), hn::Mul(x3, k53));
+  const V o1 = hn::Sub(hn::Mul(x1, k53), hn::Mul(x3, k128));
   y0 = Sar<kShift>(hn::Add(e0, o0));
   y1 = Sar<kShift>(hn::Add(e1, o1));
   y2 = Sar<kShift>(hn::Sub(e1, o1));
@@ -348,6 +358,159 @@ void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
   InverseStore(LoadRow16(coef), LoadRow16(coef + 4), LoadRow16(coef + 8),
                LoadRow16(coef + 12), dst, stride);
 }
+
+// ------------------------------ Runs of blocks
+// The blocks of a run share their matrices, so the vertical products are
+// those of whole source columns: T[u][x] summed over the sub-block rows (each
+// product shifted first) once per column for the whole run. Then every lane
+// is one block: its columns of T are gathered with in-register transposes
+// (per 128-bit block, four blocks each), and the horizontal products, the
+// dequantisation and both inverse passes are the per-block arithmetic with
+// the constants broadcast.
+using DR = hn::CappedTag<uint32_t, 8>;
+using VR = hn::Vec<DR>;
+constexpr size_t kRunLanes = hn::MaxLanes(DR());
+constexpr int32_t kSpan = 512;  // columns of T computed at a time
+
+constexpr int kMaxSub = 8;     // sub-blocks across or down a run handles
+
+// The run's matrices and scale, every entry broadcast to a whole vector
+// (memory operands on x86, plain loads on ARM).
+struct RunConstants {
+  HWY_ALIGN uint32_t v[kMaxSub * 16 * kRunLanes];
+  HWY_ALIGN uint32_t h[kMaxSub * 16 * kRunLanes];
+  HWY_ALIGN uint32_t q[16 * kRunLanes];
+};
+
+HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
+  for (int e = 0; e < 16; ++e) hn::Store(hn::Set(DR(), static_cast<uint32_t>(m[e])), DR(), out + e * kRunLanes);
+}
+
+HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
+
+// T of the `L` columns at src into out[u * kSpan].
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const uint32_t* vk, int ni,
+                        uint32_t* out) {
+  const DR d;
+  const hn::Rebind<uint8_t, DR> d8;
+  VR s[4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    const VR p0 = hn::PromoteTo(d, hn::LoadU(d8, p));
+    const VR p1 = hn::PromoteTo(d, hn::LoadU(d8, p + stride));
+    const VR p2 = hn::PromoteTo(d, hn::LoadU(d8, p + 2 * stride));
+    const VR p3 = hn::PromoteTo(d, hn::LoadU(d8, p + 3 * stride));
+    const uint32_t* m = vk + bi * 16 * kRunLanes;
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      VR t = hn::Mul(p0, Splat(m, 4 * u));
+      t = hn::Add(t, hn::Mul(p1, Splat(m, 4 * u + 1)));
+      t = hn::Add(t, hn::Mul(p2, Splat(m, 4 * u + 2)));
+      t = hn::Add(t, hn::Mul(p3, Splat(m, 4 * u + 3)));
+      s[u] = hn::Add(s[u], Sar<4>(t));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+}
+
+// Four consecutive T entries of block t (and of block t + 4 in the upper
+// 128-bit half).
+HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
+  const DR d;
+  if constexpr (kRunLanes == 8) {
+    const hn::Half<DR> dh;
+    return hn::Combine(d, hn::LoadU(dh, row + rel[t + 4]), hn::LoadU(dh, row + rel[t]));
+  } else {
+    return hn::LoadU(d, row + rel[t]);
+  }
+}
+
+// kRunLanes blocks whose windows start at column rel[i] of T.
+HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
+                      uint8_t* dst, ptrdiff_t stride) {
+  const DR d;
+  VR y[4][4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    VR a[4];
+    HWY_UNROLL(4)
+    for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
+    const uint32_t* row = tsum + u * kSpan;
+    for (int bj = 0; bj < nj; ++bj) {
+      VR r[4];
+      HWY_UNROLL(4)
+      for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+      TransposeInBlocks<4, 4>(d, r);
+      const uint32_t* m = k.h + bj * 16 * kRunLanes;
+      HWY_UNROLL(4)
+      for (int c = 0; c < 4; ++c) {
+        HWY_UNROLL(4)
+        for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+      }
+    }
+    VR dq[4];
+    HWY_UNROLL(4)
+    for (int w = 0; w < 4; ++w) {
+      const VR prod = Sar<8>(hn::Mul(Sar<16>(a[w]), Splat(k.q, 4 * u + w)));
+      dq[w] = Sar<16>(hn::ShiftLeft<16>(prod));
+    }
+    Butterfly<7>(dq[0], dq[1], dq[2], dq[3], y[u][0], y[u][1], y[u][2], y[u][3]);
+  }
+  VR o[4][4];
+  HWY_UNROLL(4)
+  for (int c = 0; c < 4; ++c) Butterfly<14>(y[0][c], y[1][c], y[2][c], y[3][c], o[0][c], o[1][c], o[2][c], o[3][c]);
+  const hn::RebindToSigned<DR> di;
+  const hn::Rebind<uint8_t, DR> d8;
+  HWY_UNROLL(4)
+  for (int k = 0; k < 4; ++k) {
+    hn::Vec<decltype(d8)> b[4];
+    HWY_UNROLL(4)
+    for (int c = 0; c < 4; ++c) {
+      b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[k][c]))));
+    }
+    hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst + k * stride);
+  }
+}
+
+void RunToBytesVec(const BlockRun& run) {
+  constexpr int L = static_cast<int>(kRunLanes);
+  HWY_ALIGN uint32_t tsum[4 * kSpan];
+  RunConstants k;
+  const int32_t ww = 4 * run.nj;
+  int i = 0;
+  const bool batches = run.n >= L && run.ni <= kMaxSub && run.nj <= kMaxSub;
+  if (batches) {
+    for (int bi = 0; bi < run.ni; ++bi) Broadcast16(run.v[bi], k.v + bi * 16 * kRunLanes);
+    for (int bj = 0; bj < run.nj; ++bj) Broadcast16(run.h[bj], k.h + bj * 16 * kRunLanes);
+    for (int e = 0; e < 16; ++e) {
+      hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
+    }
+  }
+  while (batches && run.n - i >= L) {
+    const int32_t x0 = run.xoff[i];
+    int cnt = 0;
+    while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
+    const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
+    if (w < L) break;
+    const uint8_t* src = run.src + x0;
+    int32_t x = 0;
+    for (; x + L <= w; x += L) Columns(src + x, run.src_stride, k.v, run.ni, tsum + x);
+    if (x < w) Columns(src + w - L, run.src_stride, k.v, run.ni, tsum + w - L);
+    for (int b = 0; b < cnt; b += L) {
+      int32_t rel[L];
+      for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
+      Batch(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
+    }
+    i += cnt;
+  }
+  for (; i < run.n; ++i) {
+    BlockToBytesVec(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
+                    run.dst + 4 * i, run.dst_stride);
+  }
+}
 #endif  // HWY_TARGET == HWY_SCALAR
 
 }  // namespace HWY_NAMESPACE
@@ -365,6 +528,9 @@ KELO_VEC_EXPORT(IdctDequantVec);
 KELO_VEC_EXPORT(Idct16Vec);
 KELO_VEC_EXPORT(AccumulateBlockVec);
 KELO_VEC_EXPORT(BlockToBytesVec);
+KELO_VEC_EXPORT(RunToBytesVec);
+
+void RunToBytes(const BlockRun& run) { KELO_VEC_CALL(RunToBytesVec, scalar::RunToBytes)(run); }
 
 void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      int16_t* const* h, int ni, int nj, int32_t* acc) {
