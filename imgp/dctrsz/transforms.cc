@@ -380,6 +380,9 @@ struct RunConstants {
   HWY_ALIGN uint32_t v[kMaxSub * 16 * kRunLanes];
   HWY_ALIGN uint32_t h[kMaxSub * 16 * kRunLanes];
   HWY_ALIGN uint32_t q[16 * kRunLanes];
+  // Pairs (V[u][2p], V[u][2p + 1]) as 16-bit halves, entry bi * 8 + 2u + p.
+  HWY_ALIGN uint32_t vp[kMaxSub * 8 * kRunLanes];
+  bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
 };
 
 HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
@@ -389,8 +392,51 @@ HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
 HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
 
 // T of the `L` columns at src into out[u * kSpan].
-HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const uint32_t* vk, int ni,
+#if KELO_X86_RAW
+// Rows n and n + 1 as 16-bit (P[n][x], P[n + 1][x]) lanes: one pmaddwd per
+// pair of rows. The sums (bytes times 16-bit entries) are far from 32 bits,
+// so they equal the wrapping ones.
+HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
+#if HWY_TARGET <= HWY_AVX2
+  static_assert(kRunLanes == 8, "256-bit run vectors");
+  const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  const __m128i b = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + stride));
+  return VR{_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(a, b))};
+#else
+  static_assert(kRunLanes == 4, "128-bit run vectors");
+  int32_t a, b;
+  memcpy(&a, p, 4);
+  memcpy(&b, p + stride, 4);
+  const __m128i ab = _mm_unpacklo_epi8(_mm_cvtsi32_si128(a), _mm_cvtsi32_si128(b));
+  return VR{_mm_unpacklo_epi8(ab, _mm_setzero_si128())};
+#endif
+}
+
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
                         uint32_t* out) {
+  const DR d;
+  VR s[4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    const VR p01 = RowPair(p, stride);
+    const VR p23 = RowPair(p + 2 * stride, stride);
+    const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
+                           VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
+      s[u] = hn::Add(s[u], Sar<4>(t));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+}
+#else
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                        uint32_t* out) {
+  const uint32_t* vk = k.v;
   const DR d;
   const hn::Rebind<uint8_t, DR> d8;
   VR s[4];
@@ -415,6 +461,7 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const uint32_t* vk
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
 }
+#endif
 
 // Four consecutive T entries of block t (and of block t + 4 in the upper
 // 128-bit half).
@@ -447,6 +494,7 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
       const uint32_t* m = k.h + bj * 16 * kRunLanes;
       HWY_UNROLL(4)
       for (int c = 0; c < 4; ++c) {
+        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
         HWY_UNROLL(4)
         for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
       }
@@ -483,8 +531,19 @@ void RunToBytesVec(const BlockRun& run) {
   int i = 0;
   const bool batches = run.n >= L && run.ni <= kMaxSub && run.nj <= kMaxSub;
   if (batches) {
-    for (int bi = 0; bi < run.ni; ++bi) Broadcast16(run.v[bi], k.v + bi * 16 * kRunLanes);
-    for (int bj = 0; bj < run.nj; ++bj) Broadcast16(run.h[bj], k.h + bj * 16 * kRunLanes);
+    for (int bi = 0; bi < run.ni; ++bi) {
+      const int16_t* m = run.v[bi];
+      Broadcast16(m, k.v + bi * 16 * kRunLanes);
+      for (int e = 0; e < 8; ++e) {
+        const uint32_t pair = static_cast<uint16_t>(m[2 * e]) | (uint32_t{static_cast<uint16_t>(m[2 * e + 1])} << 16);
+        hn::Store(hn::Set(DR(), pair), DR(), k.vp + (bi * 8 + e) * kRunLanes);
+      }
+    }
+    for (int bj = 0; bj < run.nj; ++bj) {
+      const int16_t* m = run.h[bj];
+      Broadcast16(m, k.h + bj * 16 * kRunLanes);
+      for (int c = 0; c < 4; ++c) k.h_zero[bj][c] = (m[4 * c] | m[4 * c + 1] | m[4 * c + 2] | m[4 * c + 3]) == 0;
+    }
     for (int e = 0; e < 16; ++e) {
       hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
     }
@@ -497,8 +556,8 @@ void RunToBytesVec(const BlockRun& run) {
     if (w < L) break;
     const uint8_t* src = run.src + x0;
     int32_t x = 0;
-    for (; x + L <= w; x += L) Columns(src + x, run.src_stride, k.v, run.ni, tsum + x);
-    if (x < w) Columns(src + w - L, run.src_stride, k.v, run.ni, tsum + w - L);
+    for (; x + L <= w; x += L) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
+    if (x < w) Columns(src + w - L, run.src_stride, k, run.ni, tsum + w - L);
     for (int b = 0; b < cnt; b += L) {
       int32_t rel[L];
       for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
