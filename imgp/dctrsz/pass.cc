@@ -142,14 +142,17 @@ void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
         ++c;
         continue;
       }
+      // Blocks to the right in the same window row, with windows not to the
+      // left of their neighbour's, are inside when their right edges are.
+      const uint8_t k = ctx.blk_class[i];
+      const int32_t yo = ctx.blk_yoff[i];
+      const int64_t x_end = int64_t{job.src.w} - 4 * ctx.ceil_x[0];
+      const int64_t c_end = std::min<int64_t>(end, job.dst.w / 4);
       int64_t e = c + 1;
-      while (e < end && ctx.blk_class[row + e] == ctx.blk_class[i] &&
-             ctx.blk_yoff[row + e] == ctx.blk_yoff[i] &&
-             ctx.blk_xoff[row + e] >= ctx.blk_xoff[row + e - 1] &&
-             Inside(ctx, job, r, e, row + static_cast<size_t>(e))) {
+      while (e < c_end && ctx.blk_class[row + e] == k && ctx.blk_yoff[row + e] == yo &&
+             ctx.blk_xoff[row + e] >= ctx.blk_xoff[row + e - 1] && ctx.blk_xoff[row + e] <= x_end) {
         ++e;
       }
-      const int k = ctx.blk_class[i];
       const int m = MatrixClass(k, ctx.n_class[0]);
       BlockRun run;
       run.src = job.src.data + ctx.blk_yoff[i] * job.src.stride;
