@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "common/internal/api.h"
+#include "imgp/csc/layout_rows.h"
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kimgp_dctrsz.h"
 #include "kimgp_rsz.h"
@@ -484,19 +485,27 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
       return;
     }
     if (prepared[0] == nullptr) return;
+    if (f == 1) {
+      // The chroma pairs split into their planes, row by row.
+      const bool v_first = s.cs == KIMGP_CS_NV21;
+      for (int32_t y = 0; y < chroma[0].h; ++y) {
+        csc::Deinterleave(s.plane[1] + static_cast<ptrdiff_t>(y) * s.stride[1],
+                          prepared[v_first ? 1 : 0] + y * pitch, prepared[v_first ? 0 : 1] + y * pitch,
+                          static_cast<size_t>(chroma[0].w));
+      }
+      return;
+    }
     for (int comp = 0; comp < 2; ++comp) {
       const SrcPlane from = Readable(ChromaOf(s, comp));
       Average(from, from.step, f, prepared[comp], pitch, 1, chroma[comp].w, chroma[comp].h);
     }
   });
   if (dst_nv) {
-    for (int comp = 0; comp < 2; ++comp) {
-      const DstPlane to = ChromaOf(d, comp);
-      for (int32_t y = 0; y < to.h; ++y) {
-        uint8_t* out = to.data + y * to.stride;
-        const uint8_t* in = dchroma[comp].data + y * uv_pitch;
-        for (int32_t x = 0; x < to.w; ++x) out[2 * x] = in[x];
-      }
+    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
+    for (int32_t y = 0; y < d.height[1]; ++y) {
+      csc::Interleave(dchroma[first].data + y * uv_pitch, dchroma[1 - first].data + y * uv_pitch,
+                      d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1],
+                      static_cast<size_t>(d.width[1]));
     }
   }
   return KIMGP_OK;
