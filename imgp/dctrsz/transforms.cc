@@ -370,7 +370,7 @@ void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
 using DR = hn::CappedTag<uint32_t, 8>;
 using VR = hn::Vec<DR>;
 constexpr size_t kRunLanes = hn::MaxLanes(DR());
-constexpr int32_t kSpan = 512;  // columns of T a row holds (the last 8 pad 16-bit rows)
+constexpr int32_t kSpan = 512;  // columns of T computed at a time
 
 constexpr int kMaxSub = 8;     // sub-blocks across or down a run handles
 
@@ -383,18 +383,6 @@ struct RunConstants {
   // Pairs (V[u][2p], V[u][2p + 1]) as 16-bit halves, entry bi * 8 + 2u + p.
   HWY_ALIGN uint32_t vp[kMaxSub * 8 * kRunLanes];
   bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
-#if KELO_X86_RAW
-  // Narrow products: when every T[u] of the run lies within 65536 values,
-  // T - off[u] is a 16-bit value and pairs of columns go through pmaddwd;
-  // the products of off[u] are added back as corr[u][v] = off[u] times the
-  // sum of column v of H (all modulo 2^32, like the sums themselves).
-  bool narrow;
-  int32_t off[4];
-  HWY_ALIGN uint32_t corr[16 * kRunLanes];
-  // Pairs (H[c][v], H[c + 1][v]) of window columns c = 8g + 2p, entry
-  // (g * 4 + p) * 4 + v; zero past the last sub-block.
-  HWY_ALIGN uint32_t hp[kMaxSub / 2 * 16 * kRunLanes];
-#endif
 };
 
 HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
@@ -403,8 +391,7 @@ HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
 
 HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
 
-// T of the `L` columns at src: columns x.. of T[u] (32-bit entries at
-// tsum[u * kSpan], or 16-bit ones at the same place when narrow).
+// T of the `L` columns at src into out[u * kSpan].
 #if KELO_X86_RAW
 // Rows n and n + 1 as 16-bit (P[n][x], P[n + 1][x]) lanes: one pmaddwd per
 // pair of rows. The sums (bytes times 16-bit entries) are far from 32 bits,
@@ -425,9 +412,8 @@ HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #endif
 }
 
-template <bool kNarrow>
 HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
-                        uint32_t* tsum, int32_t x) {
+                        uint32_t* out) {
   const DR d;
   VR s[4];
   HWY_UNROLL(4)
@@ -444,25 +430,12 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants
       s[u] = hn::Add(s[u], Sar<4>(t));
     }
   }
-  if constexpr (kNarrow) {
-    // 16-bit entries, kSpan of them per u, in the same buffer.
-    const hn::Rebind<int16_t, DR> d16;
-    const hn::RebindToSigned<DR> di;
-    int16_t* out16 = reinterpret_cast<int16_t*>(tsum) + x;
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      const VR t = hn::Sub(s[u], hn::Set(d, static_cast<uint32_t>(k.off[u])));
-      hn::StoreU(hn::DemoteTo(d16, hn::BitCast(di, t)), d16, out16 + u * kSpan);
-    }
-  } else {
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, tsum + x + u * kSpan);
-  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
 }
 #else
-template <bool kNarrow>
 HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
-                        uint32_t* tsum, int32_t x) {
+                        uint32_t* out) {
   const uint32_t* vk = k.v;
   const DR d;
   const hn::Rebind<uint8_t, DR> d8;
@@ -486,7 +459,7 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants
     }
   }
   HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, tsum + x + u * kSpan);
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
 }
 #endif
 
@@ -502,47 +475,18 @@ HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
   }
 }
 
-// a[v] = the coefficients (u, v) of the blocks, from T[u] at `row`.
-template <bool kNarrow>
-HWY_INLINE void Products(const uint32_t* tsum, int u, const int32_t* rel, int nj,
-                         const RunConstants& k, VR a[4]) {
+// kRunLanes blocks whose windows start at column rel[i] of T.
+HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
+                      uint8_t* dst, ptrdiff_t stride) {
   const DR d;
-#if KELO_X86_RAW
-  if constexpr (kNarrow) {
-    // Pairs of 16-bit columns: four pairs of a block are one 128-bit row of
-    // the transpose, so one transpose serves two sub-block columns.
-    const uint16_t* row = reinterpret_cast<const uint16_t*>(tsum) + u * kSpan;
-    HWY_UNROLL(4)
-    for (int w = 0; w < 4; ++w) a[w] = Splat(k.corr, 4 * u + w);
-    for (int g = 0; 2 * g < nj; ++g) {
-      VR r[4];
-      HWY_UNROLL(4)
-      for (int t = 0; t < 4; ++t) {
-        if constexpr (kRunLanes == 8) {
-          const hn::Half<DR> dh;
-          r[t] = hn::Combine(d, hn::LoadU(dh, reinterpret_cast<const uint32_t*>(row + rel[t + 4] + 8 * g)),
-                             hn::LoadU(dh, reinterpret_cast<const uint32_t*>(row + rel[t] + 8 * g)));
-        } else {
-          r[t] = hn::LoadU(d, reinterpret_cast<const uint32_t*>(row + rel[t] + 8 * g));
-        }
-      }
-      TransposeInBlocks<4, 4>(d, r);
-      const uint32_t* m = k.hp + g * 16 * kRunLanes;
-      HWY_UNROLL(4)
-      for (int p = 0; p < 4; ++p) {
-        HWY_UNROLL(4)
-        for (int w = 0; w < 4; ++w) {
-          a[w] = hn::Add(a[w], VR{RawMulAddWords(r[p].raw, Splat(m, 4 * p + w).raw)});
-        }
-      }
-    }
-    return;
-  }
-#endif
+  VR y[4][4];
   HWY_UNROLL(4)
-  for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
-  const uint32_t* row = tsum + u * kSpan;
-  for (int bj = 0; bj < nj; ++bj) {
+  for (int u = 0; u < 4; ++u) {
+    VR a[4];
+    HWY_UNROLL(4)
+    for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
+    const uint32_t* row = tsum + u * kSpan;
+    for (int bj = 0; bj < nj; ++bj) {
       VR r[4];
       HWY_UNROLL(4)
       for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
@@ -554,18 +498,7 @@ HWY_INLINE void Products(const uint32_t* tsum, int u, const int32_t* rel, int nj
         HWY_UNROLL(4)
         for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
       }
-  }
-}
-
-// kRunLanes blocks whose windows start at column rel[i] of T.
-template <bool kNarrow>
-HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
-                      uint8_t* dst, ptrdiff_t stride) {
-  VR y[4][4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) {
-    VR a[4];
-    Products<kNarrow>(tsum, u, rel, nj, k, a);
+    }
     VR dq[4];
     HWY_UNROLL(4)
     for (int w = 0; w < 4; ++w) {
@@ -589,77 +522,6 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
     hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst + k * stride);
   }
 }
-
-// Blocks i .. i + cnt - 1 of a run, whose windows span w columns.
-template <bool kNarrow>
-HWY_INLINE void Chunk(const BlockRun& run, const RunConstants& k, int i, int cnt, int32_t w,
-                      uint32_t* tsum) {
-  constexpr int L = static_cast<int>(kRunLanes);
-  const int32_t x0 = run.xoff[i];
-  const uint8_t* src = run.src + x0;
-  int32_t x = 0;
-  for (; x + L <= w; x += L) Columns<kNarrow>(src + x, run.src_stride, k, run.ni, tsum, x);
-  if (x < w) Columns<kNarrow>(src + w - L, run.src_stride, k, run.ni, tsum, w - L);
-  if (kNarrow) {
-    // Pairs past the last column meet zero H pairs: keep them zero too.
-    int16_t* t16 = reinterpret_cast<int16_t*>(tsum);
-    for (int u = 0; u < 4; ++u) memset(t16 + u * kSpan + w, 0, 8 * sizeof(int16_t));
-  }
-  for (int b = 0; b < cnt; b += L) {
-    int32_t rel[L];
-    for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
-    Batch<kNarrow>(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
-  }
-}
-
-#if KELO_X86_RAW
-// Whether the run's T fit 16 bits after an offset, and the constants then.
-HWY_INLINE void NarrowConstants(const BlockRun& run, RunConstants& k) {
-  k.narrow = true;
-  for (int u = 0; u < 4; ++u) {
-    // T[u] = sum over bi of (sum over n of V[u][n] P[n]) >> 4, exactly (the
-    // products are far from 32 bits), with P in 0..255.
-    int64_t lo = 0, hi = 0;
-    for (int bi = 0; bi < run.ni; ++bi) {
-      int64_t neg = 0, pos = 0;
-      for (int n = 0; n < 4; ++n) {
-        const int64_t e = run.v[bi][4 * u + n];
-        (e < 0 ? neg : pos) += e * 255;
-      }
-      lo += neg >> 4;
-      hi += pos >> 4;
-    }
-    if (hi - lo > 65535) k.narrow = false;
-    k.off[u] = static_cast<int32_t>(lo + 32768);
-  }
-  if (!k.narrow) return;
-  const int groups = (run.nj + 1) / 2;
-  for (int g = 0; g < groups; ++g) {
-    for (int p = 0; p < 4; ++p) {
-      for (int w = 0; w < 4; ++w) {
-        uint32_t pair = 0;
-        for (int half = 0; half < 2; ++half) {
-          const int c = 8 * g + 2 * p + half;
-          const int bj = c / 4;
-          const int16_t e = bj < run.nj ? run.h[bj][4 * (c % 4) + w] : 0;
-          pair |= uint32_t{static_cast<uint16_t>(e)} << (16 * half);
-        }
-        hn::Store(hn::Set(DR(), pair), DR(), k.hp + ((g * 4 + p) * 4 + w) * kRunLanes);
-      }
-    }
-  }
-  for (int u = 0; u < 4; ++u) {
-    for (int w = 0; w < 4; ++w) {
-      uint32_t sum = 0;
-      for (int bj = 0; bj < run.nj; ++bj) {
-        for (int c = 0; c < 4; ++c) sum += static_cast<uint32_t>(run.h[bj][4 * c + w]);
-      }
-      const uint32_t corr = static_cast<uint32_t>(k.off[u]) * sum;
-      hn::Store(hn::Set(DR(), corr), DR(), k.corr + (4 * u + w) * kRunLanes);
-    }
-  }
-}
-#endif
 
 void RunToBytesVec(const BlockRun& run) {
   constexpr int L = static_cast<int>(kRunLanes);
@@ -685,25 +547,22 @@ void RunToBytesVec(const BlockRun& run) {
     for (int e = 0; e < 16; ++e) {
       hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
     }
-#if KELO_X86_RAW
-    NarrowConstants(run, k);
-#endif
   }
   while (batches && run.n - i >= L) {
     const int32_t x0 = run.xoff[i];
     int cnt = 0;
-    while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan - 8) cnt += L;
+    while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
     const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
     if (w < L) break;
-#if KELO_X86_RAW
-    if (k.narrow) {
-      Chunk<true>(run, k, i, cnt, w, tsum);
-    } else {
-      Chunk<false>(run, k, i, cnt, w, tsum);
+    const uint8_t* src = run.src + x0;
+    int32_t x = 0;
+    for (; x + L <= w; x += L) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
+    if (x < w) Columns(src + w - L, run.src_stride, k, run.ni, tsum + w - L);
+    for (int b = 0; b < cnt; b += L) {
+      int32_t rel[L];
+      for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
+      Batch(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
     }
-#else
-    Chunk<false>(run, k, i, cnt, w, tsum);
-#endif
     i += cnt;
   }
   for (; i < run.n; ++i) {
