@@ -383,7 +383,15 @@ struct RunConstants {
   // Pairs (V[u][2p], V[u][2p + 1]) as 16-bit halves, entry bi * 8 + 2u + p.
   HWY_ALIGN uint32_t vp[kMaxSub * 8 * kRunLanes];
   bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
+  const int16_t* v16[kMaxSub];  // the V matrices themselves
 };
+
+// Columns of T one Columns call makes.
+#if HWY_TARGET == HWY_NEON
+constexpr int32_t kColumnStep = 8;
+#else
+constexpr int32_t kColumnStep = static_cast<int32_t>(kRunLanes);
+#endif
 
 HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
   for (int e = 0; e < 16; ++e) hn::Store(hn::Set(DR(), static_cast<uint32_t>(m[e])), DR(), out + e * kRunLanes);
@@ -436,6 +444,41 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants
 #else
 HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
                         uint32_t* out) {
+#if HWY_TARGET == HWY_NEON
+  // Eight columns as 16-bit lanes, each V row one d register: products by
+  // lane, widened while they accumulate (vmull/vmlal.s16), exact like the
+  // definition's sums.
+  int32x4_t s[4][2];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    int16x8_t rows[4];
+    HWY_UNROLL(4)
+    for (int n = 0; n < 4; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
+    const int16_t* m = k.v16[bi];
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      const int16x4_t vu = vld1_s16(m + 4 * u);
+      int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
+      int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[1]), vu, 1);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[1]), vu, 1);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[2]), vu, 2);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[2]), vu, 2);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
+      s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
+      s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    int32_t* o = reinterpret_cast<int32_t*>(out + u * kSpan);
+    vst1q_s32(o, s[u][0]);
+    vst1q_s32(o + 4, s[u][1]);
+  }
+#else
   const uint32_t* vk = k.v;
   const DR d;
   const hn::Rebind<uint8_t, DR> d8;
@@ -460,6 +503,7 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants
   }
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+#endif
 }
 #endif
 
@@ -533,6 +577,7 @@ void RunToBytesVec(const BlockRun& run) {
   if (batches) {
     for (int bi = 0; bi < run.ni; ++bi) {
       const int16_t* m = run.v[bi];
+      k.v16[bi] = m;
       Broadcast16(m, k.v + bi * 16 * kRunLanes);
       for (int e = 0; e < 8; ++e) {
         const uint32_t pair = static_cast<uint16_t>(m[2 * e]) | (uint32_t{static_cast<uint16_t>(m[2 * e + 1])} << 16);
@@ -553,11 +598,11 @@ void RunToBytesVec(const BlockRun& run) {
     int cnt = 0;
     while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
     const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
-    if (w < L) break;
+    if (w < kColumnStep) break;
     const uint8_t* src = run.src + x0;
     int32_t x = 0;
-    for (; x + L <= w; x += L) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
-    if (x < w) Columns(src + w - L, run.src_stride, k, run.ni, tsum + w - L);
+    for (; x + kColumnStep <= w; x += kColumnStep) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
+    if (x < w) Columns(src + w - kColumnStep, run.src_stride, k, run.ni, tsum + w - kColumnStep);
     for (int b = 0; b < cnt; b += L) {
       int32_t rel[L];
       for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
