@@ -383,7 +383,8 @@ struct RunConstants {
   // Pairs (V[u][2p], V[u][2p + 1]) as 16-bit halves, entry bi * 8 + 2u + p.
   HWY_ALIGN uint32_t vp[kMaxSub * 8 * kRunLanes];
   bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
-  const int16_t* v16[kMaxSub];  // the V matrices themselves
+  const int16_t* v16[kMaxSub];  // the V and H matrices themselves
+  const int16_t* h16[kMaxSub];
 };
 
 // Columns of T one Columns call makes.
@@ -535,6 +536,20 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
       HWY_UNROLL(4)
       for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
       TransposeInBlocks<4, 4>(d, r);
+#if HWY_TARGET == HWY_NEON
+      // Row c of H widened into two d registers: multiply-accumulates by
+      // lane instead of a broadcast vector per entry.
+      const int16_t* hm = k.h16[bj];
+      HWY_UNROLL(4)
+      for (int c = 0; c < 4; ++c) {
+        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+        const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
+        a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
+        a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
+        a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
+        a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+      }
+#else
       const uint32_t* m = k.h + bj * 16 * kRunLanes;
       HWY_UNROLL(4)
       for (int c = 0; c < 4; ++c) {
@@ -542,6 +557,7 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
         HWY_UNROLL(4)
         for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
       }
+#endif
     }
     VR dq[4];
     HWY_UNROLL(4)
@@ -586,6 +602,7 @@ void RunToBytesVec(const BlockRun& run) {
     }
     for (int bj = 0; bj < run.nj; ++bj) {
       const int16_t* m = run.h[bj];
+      k.h16[bj] = m;
       Broadcast16(m, k.h + bj * 16 * kRunLanes);
       for (int c = 0; c < 4; ++c) k.h_zero[bj][c] = (m[4 * c] | m[4 * c + 1] | m[4 * c + 2] | m[4 * c + 3]) == 0;
     }
