@@ -47,6 +47,23 @@ inline int MatrixClass(int k, int n_class0) {
 
 }  // namespace dctrsz
 
+// A run of output blocks side by side in one block row that share their
+// class: the same matrices, scale and sub-block counts, windows starting in
+// the same source row. Every window and every output block lies inside its
+// plane.
+struct BlockRun {
+  const uint8_t* src;    // the windows' top source row
+  ptrdiff_t src_stride;
+  const int32_t* xoff;   // window column of each block, ascending
+  int n;                 // blocks; block i writes dst + 4 * i
+  int ni, nj;            // sub-blocks down and across
+  int16_t* const* v;
+  int16_t* const* h;
+  const int32_t* q;
+  uint8_t* dst;          // top-left output pixel of the first block
+  ptrdiff_t dst_stride;
+};
+
 namespace scalar {
 
 // The per-block definitions (stride in bytes).
@@ -66,6 +83,8 @@ void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
                   ptrdiff_t dst_stride);
+// BlockToBytes for every block of a run.
+void RunToBytes(const BlockRun& run);
 
 }  // namespace scalar
 
@@ -83,6 +102,8 @@ void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   int16_t* const* h, int ni, int nj, const int32_t* q, uint8_t* dst,
                   ptrdiff_t dst_stride);
+// The blocks of a run, several at a time.
+void RunToBytes(const BlockRun& run);
 
 }  // namespace kelo
 

@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "common/internal/api.h"
+#include "imgp/csc/layout_rows.h"
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kimgp_dctrsz.h"
 #include "kimgp_rsz.h"
@@ -52,6 +53,25 @@ inline int32_t Clamp(int64_t v, int32_t hi) {
   return static_cast<int32_t>(v < 0 ? 0 : (v > hi ? hi : v));
 }
 
+// Whether block i (row r, column c) reads its window straight from the
+// plane and writes a whole 4x4 block of a plane of single-byte samples.
+bool Inside(const kimgp_rsz_new_ctx& ctx, const PlaneJob& job, int64_t r, int64_t c, size_t i) {
+  const int64_t xo = ctx.blk_xoff[i], yo = ctx.blk_yoff[i];
+  const SrcPlane& sp = job.src;
+  const DstPlane& dp = job.dst;
+  return sp.step == 1 && dp.step == 1 && xo >= 0 && yo >= 0 && xo + 4 * ctx.ceil_x[0] <= sp.w &&
+         yo + 4 * ctx.ceil_y[0] <= sp.h && 4 * c + 4 <= dp.w && 4 * r + 4 <= dp.h;
+}
+
+// Sub-blocks down and across of matrix class m: those overhanging the block
+// by less than 4.
+int32_t SubRows(const kimgp_rsz_new_ctx& ctx, int m) {
+  return ctx.ceil_y[0] - (ctx.pad_y[0][m] >= 4 ? 1 : 0);
+}
+int32_t SubCols(const kimgp_rsz_new_ctx& ctx, int m) {
+  return ctx.ceil_x[0] - (ctx.pad_x[0][m] >= 4 ? 1 : 0);
+}
+
 // One output block at block row r, column c of a plane.
 void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
            const PlaneJob& job, int64_t r, int64_t c, size_t i, Scratch s) {
@@ -76,8 +96,8 @@ void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
     pix = s.buf;
     pitch = win_w;
   }
-  const int32_t ni = cy - (ctx.pad_y[0][m] >= 4 ? 1 : 0);
-  const int32_t nj = cx - (ctx.pad_x[0][m] >= 4 ? 1 : 0);
+  const int32_t ni = SubRows(ctx, m);
+  const int32_t nj = SubCols(ctx, m);
   const DstPlane& dp = job.dst;
   const int64_t x0 = 4 * c, y0 = 4 * r;
   const int32_t* q = ctx.qscale[job.p][k];
@@ -105,15 +125,50 @@ void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
   }
 }
 
-// Block rows r with r % 2 == parity of one plane.
+// Block rows r with r % 2 == parity of one plane. Neighbouring blocks that
+// lie inside their planes and share class and window row go through the
+// transforms together.
 void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
                const PlaneJob& job, int parity, Scratch s) {
   const int p = job.p;
   const int64_t rows = int64_t{ctx.n_rows_b[p]} + ctx.n_rows_b1[p];
   const int64_t cols = int64_t{ctx.n_cols_a[p]} + ctx.n_cols_a1[p];
+  const int64_t end = std::min<int64_t>(cols, (int64_t{job.dst.w} + 3) / 4);
   for (int64_t r = parity; r < rows && 4 * r < job.dst.h; r += 2) {
-    for (int64_t c = 0; c < cols && 4 * c < job.dst.w; ++c) {
-      Block(ctx, vmat, hmat, job, r, c, job.first + static_cast<size_t>(r * cols + c), s);
+    const size_t row = job.first + static_cast<size_t>(r * cols);
+    for (int64_t c = 0; c < end;) {
+      const size_t i = row + static_cast<size_t>(c);
+      if (!Inside(ctx, job, r, c, i)) {
+        Block(ctx, vmat, hmat, job, r, c, i, s);
+        ++c;
+        continue;
+      }
+      // Blocks to the right in the same window row, with windows not to the
+      // left of their neighbour's, are inside when their right edges are.
+      const uint8_t k = ctx.blk_class[i];
+      const int32_t yo = ctx.blk_yoff[i];
+      const int64_t x_end = int64_t{job.src.w} - 4 * ctx.ceil_x[0];
+      const int64_t c_end = std::min<int64_t>(end, job.dst.w / 4);
+      int64_t e = c + 1;
+      while (e < c_end && ctx.blk_class[row + e] == k && ctx.blk_yoff[row + e] == yo &&
+             ctx.blk_xoff[row + e] >= ctx.blk_xoff[row + e - 1] && ctx.blk_xoff[row + e] <= x_end) {
+        ++e;
+      }
+      const int m = MatrixClass(k, ctx.n_class[0]);
+      BlockRun run;
+      run.src = job.src.data + ctx.blk_yoff[i] * job.src.stride;
+      run.src_stride = job.src.stride;
+      run.xoff = ctx.blk_xoff + i;
+      run.n = static_cast<int>(e - c);
+      run.ni = SubRows(ctx, m);
+      run.nj = SubCols(ctx, m);
+      run.v = vmat[m];
+      run.h = hmat[m];
+      run.q = ctx.qscale[p][k];
+      run.dst = job.dst.data + 4 * r * job.dst.stride + 4 * c;
+      run.dst_stride = job.dst.stride;
+      RunToBytes(run);
+      c = e;
     }
   }
 }
@@ -430,19 +485,27 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
       return;
     }
     if (prepared[0] == nullptr) return;
+    if (f == 1) {
+      // The chroma pairs split into their planes, row by row.
+      const bool v_first = s.cs == KIMGP_CS_NV21;
+      for (int32_t y = 0; y < chroma[0].h; ++y) {
+        csc::Deinterleave(s.plane[1] + static_cast<ptrdiff_t>(y) * s.stride[1],
+                          prepared[v_first ? 1 : 0] + y * pitch, prepared[v_first ? 0 : 1] + y * pitch,
+                          static_cast<size_t>(chroma[0].w));
+      }
+      return;
+    }
     for (int comp = 0; comp < 2; ++comp) {
       const SrcPlane from = Readable(ChromaOf(s, comp));
       Average(from, from.step, f, prepared[comp], pitch, 1, chroma[comp].w, chroma[comp].h);
     }
   });
   if (dst_nv) {
-    for (int comp = 0; comp < 2; ++comp) {
-      const DstPlane to = ChromaOf(d, comp);
-      for (int32_t y = 0; y < to.h; ++y) {
-        uint8_t* out = to.data + y * to.stride;
-        const uint8_t* in = dchroma[comp].data + y * uv_pitch;
-        for (int32_t x = 0; x < to.w; ++x) out[2 * x] = in[x];
-      }
+    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
+    for (int32_t y = 0; y < d.height[1]; ++y) {
+      csc::Interleave(dchroma[first].data + y * uv_pitch, dchroma[1 - first].data + y * uv_pitch,
+                      d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1],
+                      static_cast<size_t>(d.width[1]));
     }
   }
   return KIMGP_OK;

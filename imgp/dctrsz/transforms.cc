@@ -108,6 +108,13 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
   IdctDequant(dst, dst_stride, acc, q);
 }
 
+void RunToBytes(const BlockRun& run) {
+  for (int i = 0; i < run.n; ++i) {
+    BlockToBytes(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
+                 run.dst + 4 * i, run.dst_stride);
+  }
+}
+
 }  // namespace scalar
 }  // namespace kelo
 #endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
@@ -119,6 +126,7 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 #include <hwy/highway.h>
 
 #include "common/internal/x86_raw-inl.h"
+#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -147,6 +155,7 @@ void BlockToBytesVec(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      ptrdiff_t dst_stride) {
   scalar::BlockToBytes(pix, stride, v, h, ni, nj, q, dst, dst_stride);
 }
+void RunToBytesVec(const BlockRun& run) { scalar::RunToBytes(run); }
 #else
 using DU = hn::FixedTag<uint32_t, 4>;
 using DI = hn::FixedTag<int32_t, 4>;
@@ -159,9 +168,10 @@ HWY_INLINE VU LoadRow16(const int16_t* m) {
   return hn::BitCast(DU(), hn::PromoteTo(DI(), hn::LoadU(d16, m)));
 }
 
-template <int kShift>
-HWY_INLINE VU Sar(VU v) {
-  return hn::BitCast(DU(), hn::ShiftRight<kShift>(hn::BitCast(DI(), v)));
+template <int kShift, class V>
+HWY_INLINE V Sar(V v) {
+  const hn::DFromV<V> d;
+  return hn::BitCast(d, hn::ShiftRight<kShift>(hn::BitCast(hn::RebindToSigned<decltype(d)>(), v)));
 }
 
 // Rows to columns in registers.
@@ -178,14 +188,14 @@ HWY_INLINE void Transpose(VU& r0, VU& r1, VU& r2, VU& r3) {
 }
 
 // The butterfly on four vectors x0..x3 (lane i of each is one line).
-template <int kShift>
-HWY_INLINE void Butterfly(VU x0, VU x1, VU x2, VU x3, VU& y0, VU& y1, VU& y2,
-                          VU& y3) {
-  const VU k128 = hn::Set(DU(), 128u), k53 = hn::Set(DU(), 53u);
-  const VU e0 = hn::Mul(hn::Add(x0, x2), k128);
-  const VU e1 = hn::Mul(hn::Sub(x0, x2), k128);
-  const VU o0 = hn::Add(hn::Mul(x1, k128), hn::Mul(x3, k53));
-  const VU o1 = hn::Sub(hn::Mul(x1, k53), hn::Mul(x3, k128));
+template <int kShift, class V>
+HWY_INLINE void Butterfly(V x0, V x1, V x2, V x3, V& y0, V& y1, V& y2, V& y3) {
+  const hn::DFromV<V> d;
+  const V k128 = hn::Set(d, 128u), k53 = hn::Set(d, 53u);
+  const V e0 = hn::Mul(hn::Add(x0, x2), k128);
+  const V e1 = hn::Mul(hn::Sub(x0, x2), k128);
+  const V o0 = hn::Add(hn::Mul(x1, k128), hn::Mul(x3, k53));
+  const V o1 = hn::Sub(hn::Mul(x1, k53), hn::Mul(x3, k128));
   y0 = Sar<kShift>(hn::Add(e0, o0));
   y1 = Sar<kShift>(hn::Add(e1, o1));
   y2 = Sar<kShift>(hn::Sub(e1, o1));
@@ -348,6 +358,280 @@ void Idct16Vec(uint8_t* dst, ptrdiff_t stride, const int16_t* coef) {
   InverseStore(LoadRow16(coef), LoadRow16(coef + 4), LoadRow16(coef + 8),
                LoadRow16(coef + 12), dst, stride);
 }
+
+// ------------------------------ Runs of blocks
+// The blocks of a run share their matrices, so the vertical products are
+// those of whole source columns: T[u][x] summed over the sub-block rows (each
+// product shifted first) once per column for the whole run. Then every lane
+// is one block: its columns of T are gathered with in-register transposes
+// (per 128-bit block, four blocks each), and the horizontal products, the
+// dequantisation and both inverse passes are the per-block arithmetic with
+// the constants broadcast.
+using DR = hn::CappedTag<uint32_t, 8>;
+using VR = hn::Vec<DR>;
+constexpr size_t kRunLanes = hn::MaxLanes(DR());
+constexpr int32_t kSpan = 512;  // columns of T computed at a time
+
+constexpr int kMaxSub = 8;     // sub-blocks across or down a run handles
+
+// The run's matrices and scale, every entry broadcast to a whole vector
+// (memory operands on x86, plain loads on ARM).
+struct RunConstants {
+  HWY_ALIGN uint32_t v[kMaxSub * 16 * kRunLanes];
+  HWY_ALIGN uint32_t h[kMaxSub * 16 * kRunLanes];
+  HWY_ALIGN uint32_t q[16 * kRunLanes];
+  // Pairs (V[u][2p], V[u][2p + 1]) as 16-bit halves, entry bi * 8 + 2u + p.
+  HWY_ALIGN uint32_t vp[kMaxSub * 8 * kRunLanes];
+  bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
+  const int16_t* v16[kMaxSub];  // the V and H matrices themselves
+  const int16_t* h16[kMaxSub];
+};
+
+// Columns of T one Columns call makes.
+#if HWY_TARGET == HWY_NEON
+constexpr int32_t kColumnStep = 8;
+#else
+constexpr int32_t kColumnStep = static_cast<int32_t>(kRunLanes);
+#endif
+
+HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
+  for (int e = 0; e < 16; ++e) hn::Store(hn::Set(DR(), static_cast<uint32_t>(m[e])), DR(), out + e * kRunLanes);
+}
+
+HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
+
+// T of the `L` columns at src into out[u * kSpan].
+#if KELO_X86_RAW
+// Rows n and n + 1 as 16-bit (P[n][x], P[n + 1][x]) lanes: one pmaddwd per
+// pair of rows. The sums (bytes times 16-bit entries) are far from 32 bits,
+// so they equal the wrapping ones.
+HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
+#if HWY_TARGET <= HWY_AVX2
+  static_assert(kRunLanes == 8, "256-bit run vectors");
+  const __m128i a = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  const __m128i b = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + stride));
+  return VR{_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(a, b))};
+#else
+  static_assert(kRunLanes == 4, "128-bit run vectors");
+  int32_t a, b;
+  memcpy(&a, p, 4);
+  memcpy(&b, p + stride, 4);
+  const __m128i ab = _mm_unpacklo_epi8(_mm_cvtsi32_si128(a), _mm_cvtsi32_si128(b));
+  return VR{_mm_unpacklo_epi8(ab, _mm_setzero_si128())};
+#endif
+}
+
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                        uint32_t* out) {
+  const DR d;
+  VR s[4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    const VR p01 = RowPair(p, stride);
+    const VR p23 = RowPair(p + 2 * stride, stride);
+    const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
+                           VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
+      s[u] = hn::Add(s[u], Sar<4>(t));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+}
+#else
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                        uint32_t* out) {
+#if HWY_TARGET == HWY_NEON
+  // Eight columns as 16-bit lanes, each V row one d register: products by
+  // lane, widened while they accumulate (vmull/vmlal.s16), exact like the
+  // definition's sums.
+  int32x4_t s[4][2];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    int16x8_t rows[4];
+    HWY_UNROLL(4)
+    for (int n = 0; n < 4; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
+    const int16_t* m = k.v16[bi];
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      const int16x4_t vu = vld1_s16(m + 4 * u);
+      int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
+      int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[1]), vu, 1);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[1]), vu, 1);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[2]), vu, 2);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[2]), vu, 2);
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
+      s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
+      s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    int32_t* o = reinterpret_cast<int32_t*>(out + u * kSpan);
+    vst1q_s32(o, s[u][0]);
+    vst1q_s32(o + 4, s[u][1]);
+  }
+#else
+  const uint32_t* vk = k.v;
+  const DR d;
+  const hn::Rebind<uint8_t, DR> d8;
+  VR s[4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
+  for (int bi = 0; bi < ni; ++bi) {
+    const uint8_t* p = src + 4 * bi * stride;
+    const VR p0 = hn::PromoteTo(d, hn::LoadU(d8, p));
+    const VR p1 = hn::PromoteTo(d, hn::LoadU(d8, p + stride));
+    const VR p2 = hn::PromoteTo(d, hn::LoadU(d8, p + 2 * stride));
+    const VR p3 = hn::PromoteTo(d, hn::LoadU(d8, p + 3 * stride));
+    const uint32_t* m = vk + bi * 16 * kRunLanes;
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) {
+      VR t = hn::Mul(p0, Splat(m, 4 * u));
+      t = hn::Add(t, hn::Mul(p1, Splat(m, 4 * u + 1)));
+      t = hn::Add(t, hn::Mul(p2, Splat(m, 4 * u + 2)));
+      t = hn::Add(t, hn::Mul(p3, Splat(m, 4 * u + 3)));
+      s[u] = hn::Add(s[u], Sar<4>(t));
+    }
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+#endif
+}
+#endif
+
+// Four consecutive T entries of block t (and of block t + 4 in the upper
+// 128-bit half).
+HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
+  const DR d;
+  if constexpr (kRunLanes == 8) {
+    const hn::Half<DR> dh;
+    return hn::Combine(d, hn::LoadU(dh, row + rel[t + 4]), hn::LoadU(dh, row + rel[t]));
+  } else {
+    return hn::LoadU(d, row + rel[t]);
+  }
+}
+
+// kRunLanes blocks whose windows start at column rel[i] of T.
+HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
+                      uint8_t* dst, ptrdiff_t stride) {
+  const DR d;
+  VR y[4][4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    VR a[4];
+    HWY_UNROLL(4)
+    for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
+    const uint32_t* row = tsum + u * kSpan;
+    for (int bj = 0; bj < nj; ++bj) {
+      VR r[4];
+      HWY_UNROLL(4)
+      for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+      TransposeInBlocks<4, 4>(d, r);
+#if HWY_TARGET == HWY_NEON
+      // Row c of H widened into two d registers: multiply-accumulates by
+      // lane instead of a broadcast vector per entry.
+      const int16_t* hm = k.h16[bj];
+      HWY_UNROLL(4)
+      for (int c = 0; c < 4; ++c) {
+        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+        const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
+        a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
+        a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
+        a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
+        a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+      }
+#else
+      const uint32_t* m = k.h + bj * 16 * kRunLanes;
+      HWY_UNROLL(4)
+      for (int c = 0; c < 4; ++c) {
+        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+        HWY_UNROLL(4)
+        for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+      }
+#endif
+    }
+    VR dq[4];
+    HWY_UNROLL(4)
+    for (int w = 0; w < 4; ++w) {
+      const VR prod = Sar<8>(hn::Mul(Sar<16>(a[w]), Splat(k.q, 4 * u + w)));
+      dq[w] = Sar<16>(hn::ShiftLeft<16>(prod));
+    }
+    Butterfly<7>(dq[0], dq[1], dq[2], dq[3], y[u][0], y[u][1], y[u][2], y[u][3]);
+  }
+  VR o[4][4];
+  HWY_UNROLL(4)
+  for (int c = 0; c < 4; ++c) Butterfly<14>(y[0][c], y[1][c], y[2][c], y[3][c], o[0][c], o[1][c], o[2][c], o[3][c]);
+  const hn::RebindToSigned<DR> di;
+  const hn::Rebind<uint8_t, DR> d8;
+  HWY_UNROLL(4)
+  for (int k = 0; k < 4; ++k) {
+    hn::Vec<decltype(d8)> b[4];
+    HWY_UNROLL(4)
+    for (int c = 0; c < 4; ++c) {
+      b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[k][c]))));
+    }
+    hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst + k * stride);
+  }
+}
+
+void RunToBytesVec(const BlockRun& run) {
+  constexpr int L = static_cast<int>(kRunLanes);
+  HWY_ALIGN uint32_t tsum[4 * kSpan];
+  RunConstants k;
+  const int32_t ww = 4 * run.nj;
+  int i = 0;
+  const bool batches = run.n >= L && run.ni <= kMaxSub && run.nj <= kMaxSub;
+  if (batches) {
+    for (int bi = 0; bi < run.ni; ++bi) {
+      const int16_t* m = run.v[bi];
+      k.v16[bi] = m;
+      Broadcast16(m, k.v + bi * 16 * kRunLanes);
+      for (int e = 0; e < 8; ++e) {
+        const uint32_t pair = static_cast<uint16_t>(m[2 * e]) | (uint32_t{static_cast<uint16_t>(m[2 * e + 1])} << 16);
+        hn::Store(hn::Set(DR(), pair), DR(), k.vp + (bi * 8 + e) * kRunLanes);
+      }
+    }
+    for (int bj = 0; bj < run.nj; ++bj) {
+      const int16_t* m = run.h[bj];
+      k.h16[bj] = m;
+      Broadcast16(m, k.h + bj * 16 * kRunLanes);
+      for (int c = 0; c < 4; ++c) k.h_zero[bj][c] = (m[4 * c] | m[4 * c + 1] | m[4 * c + 2] | m[4 * c + 3]) == 0;
+    }
+    for (int e = 0; e < 16; ++e) {
+      hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
+    }
+  }
+  while (batches && run.n - i >= L) {
+    const int32_t x0 = run.xoff[i];
+    int cnt = 0;
+    while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
+    const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
+    if (w < kColumnStep) break;
+    const uint8_t* src = run.src + x0;
+    int32_t x = 0;
+    for (; x + kColumnStep <= w; x += kColumnStep) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
+    if (x < w) Columns(src + w - kColumnStep, run.src_stride, k, run.ni, tsum + w - kColumnStep);
+    for (int b = 0; b < cnt; b += L) {
+      int32_t rel[L];
+      for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
+      Batch(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
+    }
+    i += cnt;
+  }
+  for (; i < run.n; ++i) {
+    BlockToBytesVec(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
+                    run.dst + 4 * i, run.dst_stride);
+  }
+}
 #endif  // HWY_TARGET == HWY_SCALAR
 
 }  // namespace HWY_NAMESPACE
@@ -365,6 +649,9 @@ KELO_VEC_EXPORT(IdctDequantVec);
 KELO_VEC_EXPORT(Idct16Vec);
 KELO_VEC_EXPORT(AccumulateBlockVec);
 KELO_VEC_EXPORT(BlockToBytesVec);
+KELO_VEC_EXPORT(RunToBytesVec);
+
+void RunToBytes(const BlockRun& run) { KELO_VEC_CALL(RunToBytesVec, scalar::RunToBytes)(run); }
 
 void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      int16_t* const* h, int ni, int nj, int32_t* acc) {

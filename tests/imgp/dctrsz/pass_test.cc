@@ -191,7 +191,13 @@ INSTANTIATE_TEST_SUITE_P(
                       PassCase{KIMGP_CS_NV21, 328, 200, 50, 30, 4},
                       PassCase{KIMGP_CS_YUV420, 128, 96, 64, 48, 2},
                       PassCase{KIMGP_CS_NV12, 256, 96, 64, 24, 4},
-                      PassCase{KIMGP_CS_NV12, 256, 96, 128, 48, 4}));
+                      PassCase{KIMGP_CS_NV12, 256, 96, 128, 48, 4},
+                      // Block rows wider than the columns one pass over a
+                      // row's windows holds: uniform, two widths, and three
+                      // sub-blocks with all four classes.
+                      PassCase{KIMGP_CS_YUV420, 1200, 48, 800, 32, 0},
+                      PassCase{KIMGP_CS_NV12, 1290, 40, 640, 20, 0},
+                      PassCase{KIMGP_CS_YUV420, 1100, 66, 350, 21, 0}));
 
 int32_t RunOnce(int32_t (*fn)(kimgp_img*, kimgp_rsz_new_ctx*, int16_t***, int16_t***),
                 const kimgp_img& src, kimgp_img& dst, int mode);
