@@ -645,7 +645,9 @@ struct NeonSat16 {
         gu(vdup_n_u8(S::kGuQ)),
         gv(vdup_n_u8(S::kGvQ)),
         bu(vdup_n_u8(S::kBuQ)),
-        alpha(vdup_n_u8(255)) {}
+        alpha(vdup_n_u8(255)),
+        gl(vdupq_n_u16(static_cast<uint16_t>(kGl))),
+        bb(vdupq_n_u16(static_cast<uint16_t>(kBb))) {}
 
   // The terms of eight chroma samples.
   HWY_INLINE Terms FromUV(uint8x8_t u, uint8x8_t v) const {
@@ -673,6 +675,33 @@ struct NeonSat16 {
     c.val[2] = vqshrun_n_s16(vqaddq_s16(yb, t.b), 6);
     return c;
   }
+  // Eight pixels with a chroma sample each. The luma product L = h Y feeds
+  // all three sums, and the G and B sums accumulate their chroma products on
+  // it instead of on copies of constant terms:
+  //   G: (Ys >> 1) + Tg = floor((L + kGl) / 2) - kGuQ U - kGvQ V, kGl = 2 kG0 - kK,
+  //      within int16, so the wrapping multiply-subtracts are exact;
+  //   B: (Ys >> 1) + Tb + kBb = (L >> 1) + kBuQ U, kBb = kK / 2 - kB0, within
+  //      uint16; subtracting kBb with unsigned saturation clamps below and the
+  //      saturating narrow above.
+  HWY_INLINE uint8x8x3_t Channels444(uint8x8_t y, uint8x8_t u, uint8x8_t v) const {
+    const uint16x8_t l = vmull_u8(y, h);
+    const int16x8_t ys = vsubq_s16(vreinterpretq_s16_u16(l), k);
+    const uint16x8_t r = (kRv & 1) ? vaddw_u8(r0, vshr_n_u8(v, 1)) : r0;
+    const int16x8_t g = vreinterpretq_s16_u16(vmlsl_u8(vmlsl_u8(vhaddq_u16(l, gl), u, gu), v, gv));
+    const uint16x8_t b = vmlal_u8(vshrq_n_u16(l, 1), u, bu);
+    uint8x8x3_t c;
+    c.val[0] = vqshrun_n_s16(vqaddq_s16(ys, vreinterpretq_s16_u16(vmlal_u8(r, v, rv))), 7);
+    c.val[1] = vqshrun_n_s16(g, 6);
+    c.val[2] = vqshrn_n_u16(vqsubq_u16(b, bb), 6);
+    return c;
+  }
+  static constexpr int kGl = 2 * S::kG0 - S::kK, kBb = S::kK / 2 - S::kB0;
+  static constexpr int kLMax = 255 * S::kH, kYbMin = -S::kK / 2;
+  static_assert(S::kK % 2 == 0 && kGl >= 0 && kLMax + kGl <= 65535 && kBb >= 0 &&
+                    kLMax / 2 + 255 * S::kBuQ <= 65535 &&
+                    S::In16(kYbMin + S::kG0 - 255 * (S::kGuQ + S::kGvQ),
+                            (kLMax - S::kK) / 2 + S::kG0),
+                "444 sums");
   // Eight pixels of R, G, B bytes, stored.
   template <class Dst>
   HWY_INLINE void Put8(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8_t* out) const {
@@ -730,6 +759,7 @@ struct NeonSat16 {
   uint16x8_t r0, g0, b0;
   int16x8_t k;
   uint8x8_t h, rv, gu, gv, bu, alpha;
+  uint16x8_t gl, bb;
 };
 
 // The U and V bytes of the eight pixel pairs from chroma pointer c on (the U
@@ -780,11 +810,11 @@ void NeonRow(const YuvRow& row_in, uint8_t* dst, int n) {
       k.template Store16<Dst>(vld1q_u8(py), lo, hi, out);
     }
   } else {
-    // Eight pixels a step: the terms of sixteen do not fit the registers
-    // beside the constants.
+    // Eight pixels a step: GCC spills the registers of sixteen.
     const uint8_t *py = row.y, *pu = row.u, *pv = row.v;
     for (; out != end; out += 8 * Dst::kBytes, py += 8, pu += 8, pv += 8) {
-      k.template Store8<Dst>(vld1_u8(py), k.FromUV(vld1_u8(pu), vld1_u8(pv)), out);
+      const uint8x8x3_t c = k.Channels444(vld1_u8(py), vld1_u8(pu), vld1_u8(pv));
+      k.template Put8<Dst>(c.val[0], c.val[1], c.val[2], out);
     }
   }
   scalar::YuvToRgbRow<Src, Dst, M>(row, dst, static_cast<int>(n16), n);
