@@ -21,6 +21,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/neon_raw-inl.h"
 #include "imgp/geometry/resize_up_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -131,6 +132,13 @@ void MixBytesRowVec(const uint8_t* s, const uint8_t* n, uint8_t* out, size_t len
   size_t i = 0;
   uint16_t a, b, m;
   if (IsMean(t)) {
+#if KELO_NEON_RAW
+    // The last 32 bytes overlap the ones before; out is not s or n.
+    if (len >= 32) {
+      RawMeanRows(s, n, out, len);
+      return;
+    }
+#endif
     for (; i + L <= len; i += L) {
       hn::StoreU(MeanDown(hn::LoadU(d8, s + i), hn::LoadU(d8, n + i)), d8, out + i);
     }
@@ -376,6 +384,12 @@ int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
   const hn::Repartition<hwy::UnsignedFromSize<bpp>, B8> du;
   const int64_t bytes = int64_t{sw} * bpp;
   if (bytes < 16 + bpp) return 0;
+#if KELO_NEON_RAW
+  if (bpp == 1) {
+    RawDouble(src, out, static_cast<size_t>(bytes));
+    return sw - 1;
+  }
+#endif
   auto run = [&](int64_t i) {
     const auto s = hn::LoadU(d8, src + i);
     const auto m = hn::BitCast(du, MeanDown(s, hn::LoadU(d8, src + i + bpp)));
