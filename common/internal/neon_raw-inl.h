@@ -196,6 +196,22 @@ namespace HWY_NAMESPACE {
   "cc", "memory", "r12", "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", \
       "d18", "d19", "d20", "d21", "d22", "d23"
 
+// 32 bytes of %0 to q8/q9 and of %1 to q0/q1; `inc` is "!" to step them.
+#define KELO_NEON_LOAD2X32(inc) \
+  "vld1.8 {d16-d19}, [%0]" inc "\n" \
+  "vld1.8 {d0-d3}, [%1]" inc "\n"
+
+// 16 outputs of RawBox2x2 from 32 bytes of each row.
+#define KELO_NEON_BOX16(inc)   \
+  KELO_NEON_LOAD2X32(inc)      \
+  "vpaddl.u8 q8, q8\n"         \
+  "vpaddl.u8 q9, q9\n"         \
+  "vpadal.u8 q8, q0\n"         \
+  "vpadal.u8 q9, q1\n"         \
+  "vshrn.u16 d0, q8, #2\n"     \
+  "vshrn.u16 d1, q9, #2\n"     \
+  "vst1.8 {d0-d1}, [%2]" inc "\n"
+
 // Pair sums of both rows, added, shifted right by two while narrowing.
 HWY_INLINE void RawBox2x2(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
   asm volatile(
@@ -223,37 +239,26 @@ HWY_INLINE void RawBox2x2(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t
       "bne 1b\n"
       "2:\n"
       "tst %3, #16\n"
-      "beq 3f\n"
-      "vld1.8 {d16-d19}, [%0]!\n"
-      "vld1.8 {d0-d3}, [%1]!\n"
-      "vpaddl.u8 q8, q8\n"
-      "vpaddl.u8 q9, q9\n"
-      "vpadal.u8 q8, q0\n"
-      "vpadal.u8 q9, q1\n"
-      "vshrn.u16 d0, q8, #2\n"
-      "vshrn.u16 d1, q9, #2\n"
-      "vst1.8 {d0-d1}, [%2]!\n"
+      "beq 3f\n" KELO_NEON_BOX16("!")
       "3:\n"
       "ands r12, %3, #15\n"
       "beq 4f\n"
       "rsb r12, r12, #16\n"
       "sub %2, %2, r12\n"
       "sub %0, %0, r12, lsl #1\n"
-      "sub %1, %1, r12, lsl #1\n"
-      "vld1.8 {d16-d19}, [%0]\n"
-      "vld1.8 {d0-d3}, [%1]\n"
-      "vpaddl.u8 q8, q8\n"
-      "vpaddl.u8 q9, q9\n"
-      "vpadal.u8 q8, q0\n"
-      "vpadal.u8 q9, q1\n"
-      "vshrn.u16 d0, q8, #2\n"
-      "vshrn.u16 d1, q9, #2\n"
-      "vst1.8 {d0-d1}, [%2]\n"
+      "sub %1, %1, r12, lsl #1\n" KELO_NEON_BOX16("")
       "4:\n"
       : "+r"(a), "+r"(b), "+r"(d)
       : "r"(n)
       : KELO_NEON_RSZ_CLOBBERS);
 }
+
+// 16 units of RawDouble: samples and their means with the next ones.
+#define KELO_NEON_DOUBLE16(inc)           \
+  "vld1.8 {d16-d17}, [%0]" inc "\n"       \
+  "vld1.8 {d18-d19}, [%1]" inc "\n"       \
+  "vhadd.u8 q9, q8, q9\n"                 \
+  "vst2.8 {d16-d19}, [%2]" inc "\n"
 
 // Each sample and the mean with its right neighbour (read through a second
 // pointer one byte on), stored interleaved by vst2.
@@ -276,71 +281,54 @@ HWY_INLINE void RawDouble(const uint8_t* s, uint8_t* d, size_t n) {
       "2:\n"
       "sub r12, %3, #1\n"
       "tst r12, #16\n"
-      "beq 3f\n"
-      "vld1.8 {d16-d17}, [%0]!\n"
-      "vld1.8 {d18-d19}, [%1]!\n"
-      "vhadd.u8 q9, q8, q9\n"
-      "vst2.8 {d16-d19}, [%2]!\n"
+      "beq 3f\n" KELO_NEON_DOUBLE16("!")
       "3:\n"
       "ands r12, r12, #15\n"
       "beq 4f\n"
       "rsb r12, r12, #16\n"
       "sub %0, %0, r12\n"
       "sub %1, %1, r12\n"
-      "sub %2, %2, r12, lsl #1\n"
-      "vld1.8 {d16-d17}, [%0]\n"
-      "vld1.8 {d18-d19}, [%1]\n"
-      "vhadd.u8 q9, q8, q9\n"
-      "vst2.8 {d16-d19}, [%2]\n"
+      "sub %2, %2, r12, lsl #1\n" KELO_NEON_DOUBLE16("")
       "4:\n"
       : "+r"(s), "+r"(t), "+r"(d)
       : "r"(n)
       : KELO_NEON_RSZ_CLOBBERS);
 }
 
+// 32 bytes of RawMeanRows.
+#define KELO_NEON_MEAN32(inc) \
+  KELO_NEON_LOAD2X32(inc)     \
+  "vhadd.u8 q8, q8, q0\n"     \
+  "vhadd.u8 q9, q9, q1\n"     \
+  "vst1.8 {d16-d19}, [%2]" inc "\n"
+
 HWY_INLINE void RawMeanRows(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
   asm volatile(
       "lsrs r12, %3, #6\n"
       "beq 2f\n"
       "1:\n"
-      "vld1.8 {d16-d19}, [%0]!\n"
-      "vld1.8 {d20-d23}, [%0]!\n"
-      "vld1.8 {d0-d3}, [%1]!\n"
-      "vld1.8 {d4-d7}, [%1]!\n"
-      "subs r12, r12, #1\n"
-      "vhadd.u8 q8, q8, q0\n"
-      "vhadd.u8 q9, q9, q1\n"
-      "vhadd.u8 q10, q10, q2\n"
-      "vhadd.u8 q11, q11, q3\n"
-      "vst1.8 {d16-d19}, [%2]!\n"
-      "vst1.8 {d20-d23}, [%2]!\n"
+      "subs r12, r12, #1\n" KELO_NEON_MEAN32("!") KELO_NEON_MEAN32("!")
       "bne 1b\n"
       "2:\n"
       "tst %3, #32\n"
-      "beq 3f\n"
-      "vld1.8 {d16-d19}, [%0]!\n"
-      "vld1.8 {d0-d3}, [%1]!\n"
-      "vhadd.u8 q8, q8, q0\n"
-      "vhadd.u8 q9, q9, q1\n"
-      "vst1.8 {d16-d19}, [%2]!\n"
+      "beq 3f\n" KELO_NEON_MEAN32("!")
       "3:\n"
       "ands r12, %3, #31\n"
       "beq 4f\n"
       "rsb r12, r12, #32\n"
       "sub %0, %0, r12\n"
       "sub %1, %1, r12\n"
-      "sub %2, %2, r12\n"
-      "vld1.8 {d16-d19}, [%0]\n"
-      "vld1.8 {d0-d3}, [%1]\n"
-      "vhadd.u8 q8, q8, q0\n"
-      "vhadd.u8 q9, q9, q1\n"
-      "vst1.8 {d16-d19}, [%2]\n"
+      "sub %2, %2, r12\n" KELO_NEON_MEAN32("")
       "4:\n"
       : "+r"(a), "+r"(b), "+r"(d)
       : "r"(n)
       : KELO_NEON_RSZ_CLOBBERS);
 }
 
+#undef KELO_NEON_MEAN32
+#undef KELO_NEON_DOUBLE16
+#undef KELO_NEON_BOX16
+#undef KELO_NEON_LOAD2X32
 #undef KELO_NEON_RSZ_CLOBBERS
 
 }  // namespace HWY_NAMESPACE
