@@ -174,4 +174,166 @@ HWY_INLINE void RawYuyv16(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v,
 HWY_AFTER_NAMESPACE();
 #endif  // KELO_NEON_RAW
 
+
+// Resize rows (appended section).
+//
+//   RawBox2x2(a, b, d, n)          n >= 16 outputs: d[i] = (a[2i] + a[2i + 1] +
+//                                  b[2i] + b[2i + 1]) >> 2; 32 per block, then
+//                                  16, then 16 ending at n (d must not overlap
+//                                  a or b)
+//   RawDouble(s, d, n)             n >= 17 source bytes: d[2i] = s[i],
+//                                  d[2i + 1] = (s[i] + s[i + 1]) >> 1 for
+//                                  i < n - 1; 32 per block, then 16, then 16
+//                                  ending at n - 1
+//   RawMeanRows(a, b, d, n)        n >= 32 bytes: d[i] = (a[i] + b[i]) >> 1;
+//                                  64 per block, then 32, then 32 ending at n
+#if KELO_NEON_RAW
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+
+#define KELO_NEON_RSZ_CLOBBERS                                                      \
+  "cc", "memory", "r12", "d0", "d1", "d2", "d3", "d4", "d5", "d6", "d7", "d16", "d17", \
+      "d18", "d19", "d20", "d21", "d22", "d23"
+
+// 32 bytes of %0 to q8/q9 and of %1 to q0/q1; `inc` is "!" to step them.
+#define KELO_NEON_LOAD2X32(inc) \
+  "vld1.8 {d16-d19}, [%0]" inc "\n" \
+  "vld1.8 {d0-d3}, [%1]" inc "\n"
+
+// 16 outputs of RawBox2x2 from 32 bytes of each row.
+#define KELO_NEON_BOX16(inc)   \
+  KELO_NEON_LOAD2X32(inc)      \
+  "vpaddl.u8 q8, q8\n"         \
+  "vpaddl.u8 q9, q9\n"         \
+  "vpadal.u8 q8, q0\n"         \
+  "vpadal.u8 q9, q1\n"         \
+  "vshrn.u16 d0, q8, #2\n"     \
+  "vshrn.u16 d1, q9, #2\n"     \
+  "vst1.8 {d0-d1}, [%2]" inc "\n"
+
+// Pair sums of both rows, added, shifted right by two while narrowing.
+HWY_INLINE void RawBox2x2(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
+  asm volatile(
+      "lsrs r12, %3, #5\n"
+      "beq 2f\n"
+      "1:\n"
+      "vld1.8 {d16-d19}, [%0]!\n"
+      "vld1.8 {d20-d23}, [%0]!\n"
+      "vld1.8 {d0-d3}, [%1]!\n"
+      "vld1.8 {d4-d7}, [%1]!\n"
+      "vpaddl.u8 q8, q8\n"
+      "vpaddl.u8 q9, q9\n"
+      "vpaddl.u8 q10, q10\n"
+      "vpaddl.u8 q11, q11\n"
+      "subs r12, r12, #1\n"
+      "vpadal.u8 q8, q0\n"
+      "vpadal.u8 q9, q1\n"
+      "vpadal.u8 q10, q2\n"
+      "vpadal.u8 q11, q3\n"
+      "vshrn.u16 d0, q8, #2\n"
+      "vshrn.u16 d1, q9, #2\n"
+      "vshrn.u16 d2, q10, #2\n"
+      "vshrn.u16 d3, q11, #2\n"
+      "vst1.8 {d0-d3}, [%2]!\n"
+      "bne 1b\n"
+      "2:\n"
+      "tst %3, #16\n"
+      "beq 3f\n" KELO_NEON_BOX16("!")
+      "3:\n"
+      "ands r12, %3, #15\n"
+      "beq 4f\n"
+      "rsb r12, r12, #16\n"
+      "sub %2, %2, r12\n"
+      "sub %0, %0, r12, lsl #1\n"
+      "sub %1, %1, r12, lsl #1\n" KELO_NEON_BOX16("")
+      "4:\n"
+      : "+r"(a), "+r"(b), "+r"(d)
+      : "r"(n)
+      : KELO_NEON_RSZ_CLOBBERS);
+}
+
+// 16 units of RawDouble: samples and their means with the next ones.
+#define KELO_NEON_DOUBLE16(inc)           \
+  "vld1.8 {d16-d17}, [%0]" inc "\n"       \
+  "vld1.8 {d18-d19}, [%1]" inc "\n"       \
+  "vhadd.u8 q9, q8, q9\n"                 \
+  "vst2.8 {d16-d19}, [%2]" inc "\n"
+
+// Each sample and the mean with its right neighbour (read through a second
+// pointer one byte on), stored interleaved by vst2.
+HWY_INLINE void RawDouble(const uint8_t* s, uint8_t* d, size_t n) {
+  const uint8_t* t = s + 1;
+  asm volatile(
+      "sub r12, %3, #1\n"
+      "lsrs r12, r12, #5\n"
+      "beq 2f\n"
+      "1:\n"
+      "vld1.8 {d16-d19}, [%0]!\n"
+      "vld1.8 {d20-d23}, [%1]!\n"
+      "subs r12, r12, #1\n"
+      "vhadd.u8 q10, q8, q10\n"
+      "vhadd.u8 q11, q9, q11\n"
+      "vswp q9, q10\n"
+      "vst2.8 {d16-d19}, [%2]!\n"
+      "vst2.8 {d20-d23}, [%2]!\n"
+      "bne 1b\n"
+      "2:\n"
+      "sub r12, %3, #1\n"
+      "tst r12, #16\n"
+      "beq 3f\n" KELO_NEON_DOUBLE16("!")
+      "3:\n"
+      "ands r12, r12, #15\n"
+      "beq 4f\n"
+      "rsb r12, r12, #16\n"
+      "sub %0, %0, r12\n"
+      "sub %1, %1, r12\n"
+      "sub %2, %2, r12, lsl #1\n" KELO_NEON_DOUBLE16("")
+      "4:\n"
+      : "+r"(s), "+r"(t), "+r"(d)
+      : "r"(n)
+      : KELO_NEON_RSZ_CLOBBERS);
+}
+
+// 32 bytes of RawMeanRows.
+#define KELO_NEON_MEAN32(inc) \
+  KELO_NEON_LOAD2X32(inc)     \
+  "vhadd.u8 q8, q8, q0\n"     \
+  "vhadd.u8 q9, q9, q1\n"     \
+  "vst1.8 {d16-d19}, [%2]" inc "\n"
+
+HWY_INLINE void RawMeanRows(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
+  asm volatile(
+      "lsrs r12, %3, #6\n"
+      "beq 2f\n"
+      "1:\n"
+      "subs r12, r12, #1\n" KELO_NEON_MEAN32("!") KELO_NEON_MEAN32("!")
+      "bne 1b\n"
+      "2:\n"
+      "tst %3, #32\n"
+      "beq 3f\n" KELO_NEON_MEAN32("!")
+      "3:\n"
+      "ands r12, %3, #31\n"
+      "beq 4f\n"
+      "rsb r12, r12, #32\n"
+      "sub %0, %0, r12\n"
+      "sub %1, %1, r12\n"
+      "sub %2, %2, r12\n" KELO_NEON_MEAN32("")
+      "4:\n"
+      : "+r"(a), "+r"(b), "+r"(d)
+      : "r"(n)
+      : KELO_NEON_RSZ_CLOBBERS);
+}
+
+#undef KELO_NEON_MEAN32
+#undef KELO_NEON_DOUBLE16
+#undef KELO_NEON_BOX16
+#undef KELO_NEON_LOAD2X32
+#undef KELO_NEON_RSZ_CLOBBERS
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_NEON_RAW
+
 #endif  // include guard

@@ -18,6 +18,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/neon_raw-inl.h"
 #include "common/internal/x86_raw-inl.h"
 #include "imgp/geometry/resize_down_kernels.h"
 
@@ -392,7 +393,34 @@ void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   }
 }
 
+#if KELO_NEON_RAW
+// Exact 2:1 of a byte plane (fw = 2, pairs of rows): every output is the
+// truncated mean of a 2x2 block, pair sums of both rows narrowed by two, a
+// row of at least 16 outputs ending with one vector that overlaps the last
+// ones. Nothing to divide, so the set-up is a few compares.
+bool Box2x2(const ShrinkJob& job, ColState* st) {
+  const int32_t n = job.col_end - job.col0.x;
+  if (job.unit_bytes != 1 || job.cols.kind != Cols::kMult || job.cols.fw != 2 ||
+      job.rows.kind != rsz::Rows::kPairs || n < 16) {
+    return false;
+  }
+  const uint8_t* s = job.src + job.row0.off + 2 * ptrdiff_t{job.col0.x};
+  uint8_t* d = job.dst;
+  const ptrdiff_t next = job.rows.next, step = job.rows.step, dst_step = job.dst_step;
+  for (int32_t y = job.nrows; y > 0; --y, s += step, d += dst_step) {
+    RawBox2x2(s, s + next, d, static_cast<size_t>(n));
+  }
+  st->x = job.col_end;
+  st->c = 2 * job.col_end;
+  st->ex = 0;
+  return true;
+}
+#endif
+
 void ShrinkVec(const ShrinkJob& job, ColState* st) {
+#if KELO_NEON_RAW
+  if (Box2x2(job, st)) return;
+#endif
   const Cols& cols = job.cols;
   const int32_t B = job.unit_bytes;
   Period period;

@@ -21,6 +21,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/neon_raw-inl.h"
 #include "imgp/geometry/resize_up_kernels.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -131,6 +132,13 @@ void MixBytesRowVec(const uint8_t* s, const uint8_t* n, uint8_t* out, size_t len
   size_t i = 0;
   uint16_t a, b, m;
   if (IsMean(t)) {
+#if KELO_NEON_RAW
+    // The last 32 bytes overlap the ones before; out is not s or n.
+    if (len >= 32) {
+      RawMeanRows(s, n, out, len);
+      return;
+    }
+#endif
     for (; i + L <= len; i += L) {
       hn::StoreU(MeanDown(hn::LoadU(d8, s + i), hn::LoadU(d8, n + i)), d8, out + i);
     }
@@ -376,6 +384,15 @@ int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
   const hn::Repartition<hwy::UnsignedFromSize<bpp>, B8> du;
   const int64_t bytes = int64_t{sw} * bpp;
   if (bytes < 16 + bpp) return 0;
+#if KELO_NEON_RAW
+  if (bpp == 1) {
+    // The last unit's neighbour is itself, so its group is that unit twice
+    // (the scalar row would spend a division on it).
+    RawDouble(src, out, static_cast<size_t>(bytes));
+    out[2 * bytes - 2] = out[2 * bytes - 1] = src[bytes - 1];
+    return sw;
+  }
+#endif
   auto run = [&](int64_t i) {
     const auto s = hn::LoadU(d8, src + i);
     const auto m = hn::BitCast(du, MeanDown(s, hn::LoadU(d8, src + i + bpp)));
@@ -390,6 +407,26 @@ int32_t DoubleRow(const uint8_t* src, uint8_t* out, int32_t sw) {
   if (i < bytes - bpp) run(bytes - 16 - bpp);
   return sw - 1;
 }
+
+#if KELO_NEON_RAW
+// Doubling both ways (either mode: every in-between row is the truncating
+// mean of its neighbours) of a byte plane, sw >= 17: output row 2y is source
+// row y doubled, row 2y + 1 the mean of rows 2y and 2y + 2, and the last row,
+// whose neighbour is itself, a copy of the one above.
+void DoubleBoth(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, ptrdiff_t src_step,
+                ptrdiff_t dst_step) {
+  const size_t row = 2 * static_cast<size_t>(sw);
+  DoubleRow<rsz::L8b>(src, dst, sw);
+  for (int32_t y = 1; y < sh; ++y) {
+    src += src_step;
+    uint8_t* next = dst + 2 * dst_step;
+    DoubleRow<rsz::L8b>(src, next, sw);
+    RawMeanRows(dst, next, dst + dst_step, row);
+    dst = next;
+  }
+  CopyBytes(dst, dst + dst_step, row);
+}
+#endif
 
 // Whether the block path takes a call; else the scalar rows do.
 template <class L, bool kMode1>
@@ -511,6 +548,14 @@ bool UpBoth(const uint8_t* src, uint8_t* dst, int32_t sw, int32_t sh, int32_t dw
   const int64_t row_bytes = int64_t{dw} * L::kBytes;
   const auto units = static_cast<size_t>(row_bytes / V::kBytes);
   const int32_t rows = scalar::InPlaceRows(row_bytes);
+#if KELO_NEON_RAW
+  if constexpr (L::kBytes == 1) {
+    if (q == 2 && r == 0 && dh == 2 * sh && sw >= 17) {
+      DoubleBoth(src, dst, sw, sh, src_step, dst_step);
+      return true;
+    }
+  }
+#endif
   if constexpr (kDoubles<L>) {
     if (q == 2 && r == 0) {
       scalar::UpInPlace<V, kMode1>(dst, dst_step, units, sh, dh, rows,

@@ -222,6 +222,24 @@ TEST_P(ShrinkKernels, WholeRatioMatchesRule) {
   });
 }
 
+// Exact halving, whose rows may end on a vector that overlaps the ones
+// before it: every output width up to 70 (each remainder of 16 and 32 outputs),
+// odd heights, padded strides, two and three rows a step.
+TEST_P(ShrinkKernels, HalvingEveryWidthMatchesRule) {
+  const Layout& l = GetParam();
+  std::mt19937 rng = MakeRng(2);
+  ForEachTarget([&](const std::string& target) {
+    for (int32_t dw = 1; dw <= 70; ++dw) {
+      const int32_t dh = 1 + dw % 3, fh = 2 + dw % 2;
+      const Plane s(l, 2 * dw, fh * dh, RandomPad(rng), rng);
+      Out o(l, dw, dh, RandomPad(rng), rng);
+      l.mult(s.mem.data(), o.got.data(), dw, dh, 2, K(s), fh * K(s), K(o));
+      RefMult(s, &o, 2, fh);
+      ASSERT_EQ(o.Diff(), "") << target << " " << dw << "x" << dh << " fh " << fh;
+    }
+  });
+}
+
 TEST_P(FullShrinkKernels, GeneralAndWidthOnlyMatchRules) {
   const Layout& l = GetParam();
   std::mt19937 rng = MakeRng(2);

@@ -152,6 +152,23 @@ TEST_P(Resizers, StripsMatchWholePasses) {
   });
 }
 
+// Doubling both ways, whose rows end on vectors that overlap the ones before
+// them: widths around 16 and 32 source units, odd ones, one to five rows.
+TEST_P(Resizers, DoublingBothWaysMatchesKernels) {
+  const Kit& k = GetParam();
+  std::mt19937 rng = MakeRng(19);
+  ForEachTarget([&](const std::string& target) {
+    for (int32_t sw : {16, 17, 18, 31, 33, 48, 49, 50, 65, 97}) {
+      for (int32_t sh : {1, 2, 5}) {
+        const Case c{sw, sh, 2 * sw, 2 * sh, kTwoPass};
+        const int32_t mode = sh == 2 ? KIMGP_RSZ_MODE1 : 0;
+        SCOPED_TRACE(::testing::Message() << target << " " << sw << "x" << sh << " mode " << mode);
+        ASSERT_EQ(ResizeAgainstKernels(k, c, mode, rng), "");
+      }
+    }
+  });
+}
+
 TEST_P(Resizers, SizeBelowOneIsRefused) {
   const Kit& k = GetParam();
   uint8_t src[64] = {}, tmp[64];

@@ -99,7 +99,8 @@ std::vector<SizePair> SizePairs(std::mt19937& rng, int random_count, int32_t max
                              {10, 150}, {10, 160}, {10, 170}, {9, 600}, {3, 200},
                              {17, 35},  {100, 333}, {60, 61}, {20, 21}, {16, 16}, {8, 9},
                              // doubling, around the 16-byte vectors of its path
-                             {8, 16},   {9, 18},   {16, 32},  {17, 34},  {31, 62},  {33, 66}};
+                             {8, 16},   {9, 18},   {16, 32},  {17, 34},  {31, 62},  {33, 66},
+                             {49, 98},  {50, 100}, {64, 128}, {65, 130}};
   std::uniform_int_distribution<int32_t> s(1, max_s), f(100, 1800);
   for (int i = 0; i < random_count; ++i) {
     const int32_t sn = s(rng);
