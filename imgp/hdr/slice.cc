@@ -173,6 +173,15 @@ HWY_INLINE int16x8_t SpreadTerm(V32 t) {
   return vreinterpretq_s16_s32(vsliq_n_s32(t.raw, t.raw, 16));
 }
 
+// Output channel i of the primaries matrix for two vectors of pixels: the
+// saturating narrow of sum >> 8 to 0..65535, then at most 32767.
+template <int i>
+HWY_INLINE uint16x8_t Primary(const Matrix& k, const V32 (&lin)[2][3]) {
+  return vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<i>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
+                                vqshrun_n_s32(k.Row<i>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
+                   vdupq_n_u16(32767));
+}
+
 HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0, V32 y1, V32 rc,
                            V32 gc, V32 bc, Rgb* c0, Rgb* c1) {
   const int16x8_t yl = vreinterpretq_s16_u16(
@@ -186,18 +195,7 @@ HWY_INLINE void ToRgb8Pair(D32 d, const hdr::RowJob& j, const Matrix& k, V32 y0,
     lin[0][c] = Lookup16(d, j.lin, WidenLo(idx));
     lin[1][c] = Lookup16(d, j.lin, WidenHi(idx));
   }
-  // Primaries: saturating narrow of sum >> 8 to 0..65535, then at most 32767.
-  uint16x8_t p[3];
-  const uint16x8_t max15 = vdupq_n_u16(32767);
-  p[0] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<0>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
-                                vqshrun_n_s32(k.Row<0>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
-                   max15);
-  p[1] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<1>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
-                                vqshrun_n_s32(k.Row<1>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
-                   max15);
-  p[2] = vminq_u16(vcombine_u16(vqshrun_n_s32(k.Row<2>(lin[0][0], lin[0][1], lin[0][2]).raw, 8),
-                                vqshrun_n_s32(k.Row<2>(lin[1][0], lin[1][1], lin[1][2]).raw, 8)),
-                   max15);
+  const uint16x8_t p[3] = {Primary<0>(k, lin), Primary<1>(k, lin), Primary<2>(k, lin)};
   const uint16x8_t max12 = vdupq_n_u16(4095);
   uint16x8_t t[3];
   if (j.hlg) {
@@ -313,11 +311,6 @@ HWY_INLINE void StoreChroma(D32 d, const hdr::RowJob& j, const Rgb& c0, const Rg
 // Chroma terms of pixel pairs spread over both pixels of each pair: lane i
 // of Lower is lane i / 2, lane i of Upper is lane n / 2 + i / 2.
 struct Spread {
-#if HWY_TARGET == HWY_NEON
-  explicit Spread(D32) {}
-  V32 Lower(D32 d, V32 v) const { return hn::InterleaveLower(d, v, v); }
-  V32 Upper(D32 d, V32 v) const { return hn::InterleaveUpper(d, v, v); }
-#else
   explicit Spread(D32 d) {
     const int32_t n = static_cast<int32_t>(hn::Lanes(d));
     HWY_ALIGN int32_t lo_idx[HWY_MAX_BYTES / 4], hi_idx[HWY_MAX_BYTES / 4];
@@ -328,10 +321,9 @@ struct Spread {
     lo = hn::SetTableIndices(d, lo_idx);
     hi = hn::SetTableIndices(d, hi_idx);
   }
-  V32 Lower(D32, V32 v) const { return hn::TableLookupLanes(v, lo); }
-  V32 Upper(D32, V32 v) const { return hn::TableLookupLanes(v, hi); }
+  V32 Lower(V32 v) const { return hn::TableLookupLanes(v, lo); }
+  V32 Upper(V32 v) const { return hn::TableLookupLanes(v, hi); }
   decltype(hn::SetTableIndices(D32(), static_cast<const int32_t*>(nullptr))) lo, hi;
-#endif
 };
 
 // Converts the row in groups of two vectors of pixels (one vector of chroma
@@ -342,8 +334,10 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
   const D32 d;
   const int32_t n = static_cast<int32_t>(hn::Lanes(d));
   const hn::Rebind<uint16_t, D32> d16;
-  const Spread spread(d);
   const Matrix k(d, j.variant);
+#if !(HWY_ARCH_ARM_V7 && HWY_TARGET == HWY_NEON)
+  const Spread spread(d);
+#endif
   const bool p010 = j.src == hdr::SrcKind::kP010;
   const V32 max10 = hn::Set(d, 1023);
   int32_t x = 0;
@@ -372,10 +366,8 @@ int32_t ConvertRowVec(const hdr::RowJob& j) {
     Rgb c0, c1;
     ToRgb8Pair(d, j, k, y0, y1, rc, gc, bc, &c0, &c1);
 #else
-    const Rgb c0 = ToRgb8(d, j, k, y0, spread.Lower(d, rc), spread.Lower(d, gc),
-                          spread.Lower(d, bc));
-    const Rgb c1 = ToRgb8(d, j, k, y1, spread.Upper(d, rc), spread.Upper(d, gc),
-                          spread.Upper(d, bc));
+    const Rgb c0 = ToRgb8(d, j, k, y0, spread.Lower(rc), spread.Lower(gc), spread.Lower(bc));
+    const Rgb c1 = ToRgb8(d, j, k, y1, spread.Upper(rc), spread.Upper(gc), spread.Upper(bc));
 #endif
     StorePixels(d, j, c0, x);
     StorePixels(d, j, c1, x + n);

@@ -207,7 +207,8 @@ void FillGain(const kimgp_hdr_work& w, uint16_t* lut) {
 // every frame: each is computed once and copied into the frame's record.
 // Peaks come from a handful of values; a few slots hold the latest ones.
 struct PeakTables {
-  int32_t peak;  // 0: empty slot
+  bool filled;
+  int32_t peak;
   uint16_t pq[1024];
   uint16_t gain[257];
 };
@@ -250,7 +251,7 @@ void CopyPeakTables(kimgp_hdr_work* w, int32_t peak) {
   pthread_mutex_lock(&g_tables_mutex);
   PeakTables* t = nullptr;
   for (PeakTables& slot : g_peak_tables) {
-    if (slot.peak == peak && peak != 0) t = &slot;
+    if (slot.filled && slot.peak == peak) t = &slot;
   }
   if (t == nullptr) {
     t = &g_peak_tables[g_next_slot];
@@ -258,6 +259,7 @@ void CopyPeakTables(kimgp_hdr_work* w, int32_t peak) {
     FillPq(w->peak_scale, t->pq);
     FillGain(*w, t->gain);
     t->peak = peak;
+    t->filled = true;
   }
   if (w->hlg != 1) std::memcpy(w->pq_lut, t->pq, sizeof t->pq);
   std::memcpy(w->gain_lut, t->gain, sizeof t->gain);
@@ -285,14 +287,8 @@ void BuildTables(kimgp_hdr_work* w, int32_t peak) {
     w->n = 0;
     w->a = 0.0;
   }
-  // Everything the tables depend on follows from the peak (a peak of 0
-  // divides by zero above and is never cached).
-  if (peak != 0) {
-    CopyPeakTables(w, peak);
-  } else {
-    if (w->hlg != 1) FillPq(w->peak_scale, w->pq_lut);
-    FillGain(*w, w->gain_lut);
-  }
+  // Everything the transfer and gain tables depend on follows from the peak.
+  CopyPeakTables(w, peak);
   const FixedTables& f = Fixed();
   if (w->hlg == 1) std::memcpy(w->hlg_lut, f.hlg, sizeof f.hlg);
   std::memcpy(w->out_lut, f.out, sizeof f.out);
