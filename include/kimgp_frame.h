@@ -36,8 +36,12 @@ int32_t kimgp_crop(const kimgp_img *src, kimgp_img *dst);
 
 /*
  * Places src at the source's (x, y) inside dst and fills the rest with
- * black. Returns KIMGP_ERR_ARGS (-1) when dst width[0] < x + src width[0] or
- * dst height[0] < y + src height[0]; then, by the source code:
+ * black. Returns KIMGP_ERR_ARGS (-1) when x or y is negative, dst width[0] <
+ * x + src width[0] or dst height[0] < y + src height[0], or, for codes 1, 6
+ * and 7, when the source's chroma at the rounded-up chroma offsets below
+ * would pass the destination's chroma planes ((y + 1) >> 1 + src height[i] >
+ * dst height[i]; for code 1 also (x + 1) >> 1 + src width[i] > dst width[i]);
+ * then, by the source code:
  *   400, 401, 500, 501  plane 0's whole buffer (buf_height[0] x stride[0]
  *            bytes) set to 0, alpha included; src rows copied to row y + i,
  *            byte 3x or 4x.

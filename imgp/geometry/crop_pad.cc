@@ -151,9 +151,33 @@ int RgbPixelBytes(int32_t cs, bool padding) {
 
 int64_t ChromaOffset(int32_t v) { return (int64_t{v} + 1) >> 1; }
 
+// Whether the chroma of a YUV source placed at its (x, y) stays inside the
+// destination's chroma planes. The chroma offsets round up, so a frame that
+// fits in luma can still reach one row or sample past the chroma plane (a
+// 3-row source at row 1 of a 4-row destination).
+bool ChromaFits(const kimgp_img* src, const kimgp_img* dst) {
+  const int64_t cy = ChromaOffset(src->y);
+  switch (src->cs) {
+    case KIMGP_CS_NV12:
+    case KIMGP_CS_NV21:
+      return cy + src->height[1] <= dst->height[1];
+    case KIMGP_CS_YUV420:
+      for (int i = 1; i < 3; ++i) {
+        if (ChromaOffset(src->x) + int64_t{src->width[i]} > dst->width[i] ||
+            cy + src->height[i] > dst->height[i]) {
+          return false;
+        }
+      }
+      return true;
+    default:
+      return true;
+  }
+}
+
 }  // namespace
 }  // namespace kelo
 
+using kelo::ChromaFits;
 using kelo::ChromaOffset;
 using kelo::CopyRegion;
 
@@ -184,7 +208,8 @@ KELO_EXPORT int32_t kimgp_crop(const kimgp_img* src, kimgp_img* dst) {
 
 KELO_EXPORT int32_t kimgp_padding(const kimgp_img* src, kimgp_img* dst) {
   const int64_t x = src->x, y = src->y;
-  if (dst->width[0] < x + src->width[0] || dst->height[0] < y + src->height[0]) {
+  if (x < 0 || y < 0 || dst->width[0] < x + src->width[0] ||
+      dst->height[0] < y + src->height[0] || !ChromaFits(src, dst)) {
     return KIMGP_ERR_ARGS;
   }
   const int32_t cs = src->cs;

@@ -150,8 +150,16 @@ TEST(Padding, PlacementOfEveryCode) {
       for (int i = 0; i < want.planes(); ++i) FillPlane(&want, i, cs > 99 ? 0 : i ? 128 : 16);
       ExpectRegions(src, &want, src.img, false);
       SCOPED_TRACE(std::to_string(cs) + " " + std::to_string(dw) + "x" + std::to_string(dh));
-      ASSERT_EQ(kimgp_padding(&src.img, &dst.img), KIMGP_OK);
-      ASSERT_EQ(FirstDifference(dst.Snapshot(), want.Snapshot()), "");
+      // Chroma placed at rounded-up offsets must still fit its plane.
+      bool fits = true;
+      for (int i = 1; i < dst.planes(); ++i) {
+        const int32_t cy = (src.img.y + 1) >> 1, cx = (src.img.x + 1) >> 1;
+        fits = fits && cy + src.img.height[i] <= dst.img.height[i] &&
+               (cs != KIMGP_CS_YUV420 || cx + src.img.width[i] <= dst.img.width[i]);
+      }
+      const std::vector<uint8_t> expect = fits ? want.Snapshot() : dst.Snapshot();
+      ASSERT_EQ(kimgp_padding(&src.img, &dst.img), fits ? KIMGP_OK : KIMGP_ERR_ARGS);
+      ASSERT_EQ(FirstDifference(dst.Snapshot(), expect), "");
     }
   }
 }
@@ -172,6 +180,33 @@ TEST(Padding, Statuses) {
   };
   for (const Case& c : kCases) {
     TestFrame src(c.cs, 4, 4), dst(c.cs, 8, 6);
+    src.img.x = c.x;
+    src.img.y = c.y;
+    const std::vector<uint8_t> before = dst.Snapshot();
+    EXPECT_EQ(kimgp_padding(&src.img, &dst.img), c.status) << c.cs << " " << c.x << "," << c.y;
+    if (c.status != KIMGP_OK) {
+      EXPECT_EQ(dst.Snapshot(), before);
+    }
+  }
+}
+
+// A source that fits in luma but whose chroma, at the rounded-up chroma
+// offset, would pass the destination's chroma plane, and negative offsets:
+// -1, nothing written.
+TEST(Padding, ChromaPastThePlaneAndNegativeOffsets) {
+  struct Case {
+    int32_t cs, sw, sh, dw, dh, x, y, status;
+  } const kCases[] = {
+      {KIMGP_CS_NV12, 4, 3, 8, 4, 0, 1, KIMGP_ERR_ARGS},   // chroma rows 1..2 of 2
+      {KIMGP_CS_NV21, 4, 3, 8, 5, 0, 1, KIMGP_OK},         // rows 1..2 of 3
+      {KIMGP_CS_YUV420, 3, 4, 4, 4, 1, 0, KIMGP_ERR_ARGS}, // chroma columns 1..2 of 2
+      {KIMGP_CS_YUV420, 3, 3, 4, 4, 1, 1, KIMGP_ERR_ARGS},
+      {KIMGP_CS_YUV420, 3, 3, 5, 5, 1, 1, KIMGP_OK},
+      {KIMGP_CS_YUV420, 2, 2, 4, 4, -1, 0, KIMGP_ERR_ARGS},
+      {KIMGP_CS_RGB888, 2, 2, 4, 4, 0, -1, KIMGP_ERR_ARGS},
+  };
+  for (const Case& c : kCases) {
+    TestFrame src(c.cs, c.sw, c.sh), dst(c.cs, c.dw, c.dh);
     src.img.x = c.x;
     src.img.y = c.y;
     const std::vector<uint8_t> before = dst.Snapshot();
