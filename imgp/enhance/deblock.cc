@@ -7,6 +7,8 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/unaligned-inl.h"
+
 #include "imgp/enhance/deblock_filter.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -258,23 +260,23 @@ HWY_INLINE void StoreWords4(DU16 d, VU16 v0, VU16 v1, VU16 v2, VU16 v3, uint16_t
 }
 #else
 HWY_INLINE void LoadWords4(DU16 d, const uint16_t* p, VU16& v0, VU16& v1, VU16& v2, VU16& v3) {
-  hn::LoadInterleaved4(d, p, v0, v1, v2, v3);
+  LoadInterleaved4U(d, p, v0, v1, v2, v3);
 }
 
 HWY_INLINE void StoreWords4(DU16 d, VU16 v0, VU16 v1, VU16 v2, VU16 v3, uint16_t* p) {
-  hn::StoreInterleaved4(v0, v1, v2, v3, d, p);
+  StoreInterleaved4U(v0, v1, v2, v3, d, p);
 }
 #endif
 
 // Narrower vectors (the last edges of a row) keep lanes in memory order.
 template <class D, class V>
 HWY_INLINE void LoadWords4(D d, const uint16_t* p, V& v0, V& v1, V& v2, V& v3) {
-  hn::LoadInterleaved4(d, p, v0, v1, v2, v3);
+  LoadInterleaved4U(d, p, v0, v1, v2, v3);
 }
 
 template <class D, class V>
 HWY_INLINE void StoreWords4(D d, V v0, V v1, V v2, V v3, uint16_t* p) {
-  hn::StoreInterleaved4(v0, v1, v2, v3, d, p);
+  StoreInterleaved4U(v0, v1, v2, v3, d, p);
 }
 
 // Vertical edges, row by row. Read from column 8k - 2 as 16-bit words, a

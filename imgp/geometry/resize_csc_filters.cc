@@ -20,6 +20,8 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/unaligned-inl.h"
+
 #include "imgp/geometry/resize_csc_filters.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -151,10 +153,10 @@ void ApexRowVec(const uint8_t* pn, const uint8_t* pf, uint8_t* out, const ApexTa
     const auto* f16 = reinterpret_cast<const uint16_t*>(pf);
     for (; k + 2 * L <= count; k += 2 * L) {
       hn::Vec<D16> a, b, c, a2, b2, c2;
-      hn::LoadInterleaved3(d16, n16 + k / 2 * 3, a, b, c);
-      hn::LoadInterleaved3(d16, f16 + k / 2 * 3, a2, b2, c2);
-      hn::StoreInterleaved2(ApexPairs(a, b, a2, b2), ApexPairs(c, b, c2, b2), d16,
-                            reinterpret_cast<uint16_t*>(out + 2 * k));
+      LoadInterleaved3U(d16, n16 + k / 2 * 3, a, b, c);
+      LoadInterleaved3U(d16, f16 + k / 2 * 3, a2, b2, c2);
+      StoreInterleaved2U(ApexPairs(a, b, a2, b2), ApexPairs(c, b, c2, b2), d16,
+                         reinterpret_cast<uint16_t*>(out + 2 * k));
     }
   } else {
     // H of both rows per output byte, in output order, then whole vectors.
