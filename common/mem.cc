@@ -1,4 +1,5 @@
 // Aligned allocation, strided copy, fixed-granularity fills and log2.
+#include "common/internal/fault.h"
 #include "common/internal/simd.h"
 
 #if KELO_HAVE_HWY
@@ -75,7 +76,7 @@ constexpr size_t kSlot = sizeof(void*);
 void* MallocAlign32(uint32_t size) {
   const uint64_t total = uint64_t{size} + 32 + kSlot;
   if (total > SIZE_MAX) return nullptr;
-  auto* raw = static_cast<uint8_t*>(malloc(static_cast<size_t>(total)));
+  auto* raw = static_cast<uint8_t*>(HeapAlloc(static_cast<size_t>(total)));
   if (raw == nullptr) return nullptr;
   const uintptr_t aligned =
       (reinterpret_cast<uintptr_t>(raw) + kSlot + 31) & ~uintptr_t{31};

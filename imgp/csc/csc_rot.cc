@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/csc/pixel_layouts.h"
 #include "imgp/csc/yuv_to_rgb.h"
@@ -76,7 +77,7 @@ void YuyvToBgraTurned(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
   uint8_t* band = nullptr;
   if (Op != kRot180 && h >= kBandRows) {
     band = static_cast<uint8_t*>(
-        std::malloc(static_cast<size_t>(kBandRows) * chunk * Bgra8888::kBytes));
+        HeapAlloc(static_cast<size_t>(kBandRows) * chunk * Bgra8888::kBytes));
   }
   if (band != nullptr) {
     const ptrdiff_t bs = static_cast<ptrdiff_t>(chunk) * Bgra8888::kBytes;

@@ -9,6 +9,7 @@
 // 64 x 32 like luma, the others with tiles of half the luma tile height
 // (16 x 8, 8 x 4, 256 x 8). Rows are converted by gathering them into a linear buffer and
 // running the NV12 rows.
+#include "common/internal/fault.h"
 #include "common/internal/simd.h"
 #include "imgp/csc/pixel_layouts.h"
 
@@ -275,7 +276,7 @@ void TileRow(const uint8_t* in, int n, uint8_t* dst, int32_t stride, const Tilin
 // A heap row buffer that frees itself; null when the allocation fails, in
 // which case the kernel writes nothing.
 struct Buffer {
-  explicit Buffer(size_t n) : p(static_cast<uint8_t*>(malloc(n))) {}
+  explicit Buffer(size_t n) : p(static_cast<uint8_t*>(HeapAlloc(n))) {}
   ~Buffer() { free(p); }
   Buffer(const Buffer&) = delete;
   Buffer& operator=(const Buffer&) = delete;

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/csc/layout_rows.h"
 #include "imgp/dctrsz/dctrsz_internal.h"
@@ -255,7 +256,7 @@ void RunWorkers(Pass& ps, kimgp_rsz_new_ctx* ctx, const Prepare& prepare) {
     const unsigned fail = FailedThreadsForTest();
     for (int w = 0; w < 2; ++w) {
       started[w] = !(fail & (1u << w)) &&
-                   pthread_create(&threads[w], nullptr, Worker, &args[w]) == 0;
+                   StartThread(&threads[w], Worker, &args[w]) == 0;
     }
   }
   for (int stage = 0; stage < 2; ++stage) {

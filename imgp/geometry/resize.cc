@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/geometry/resize_up_kernels.h"
 #include "kimgp_copy.h"
@@ -267,7 +268,7 @@ KELO_EXPORT int32_t kimgp_rsz(const kimgp_img* src, kimgp_img* dst) {
   alignas(16) uint8_t stack[kStackTmpBytes];
   void* tmp = stack;
   if (size > kStackTmpBytes) {
-    tmp = std::malloc(static_cast<size_t>(size));
+    tmp = HeapAlloc(static_cast<size_t>(size));
     if (tmp == nullptr) return KIMGP_ERR_ARGS;
   }
   int32_t st = KIMGP_OK;

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/csc/tiled.h"
 #include "imgp/csc/yuv_to_rgb.h"
@@ -354,7 +355,7 @@ const Route* FindRoute(int32_t src, int32_t dst) {
 // A heap block of n bytes, or null when n is below 1 or does not fit.
 void* Allocate(int64_t n) {
   if (n < 1 || static_cast<uint64_t>(n) > SIZE_MAX) return nullptr;
-  return std::malloc(static_cast<size_t>(n));
+  return HeapAlloc(static_cast<size_t>(n));
 }
 
 int32_t TwoStep(const kimgp_img* src, kimgp_img* dst, const Route& r) {

@@ -9,6 +9,7 @@
 // so that every component averages on its own and truncates. Byte layouts
 // whose column pattern repeats within 8 output bytes skip the plan and use one
 // pair shuffle and pair sums for every group of the row (see Period).
+#include "common/internal/fault.h"
 #include "common/internal/simd.h"
 #include "imgp/geometry/resize_down_kernels.h"
 
@@ -621,7 +622,7 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
   int32_t yf = 0;
   uint8_t* band = nullptr;
   if (L::kBytes == 1 && (op == kRot90l || op == kRot90r) && w >= 1 && h >= 16) {
-    band = static_cast<uint8_t*>(std::malloc(static_cast<size_t>(kBandRows) * chunk));
+    band = static_cast<uint8_t*>(HeapAlloc(static_cast<size_t>(kBandRows) * chunk));
   }
   if (band != nullptr) {
     yf = h / 16 * 16;

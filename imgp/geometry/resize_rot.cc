@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/geometry/resize_tiles.h"
 #include "kimgp_rot.h"
@@ -71,7 +72,7 @@ KELO_EXPORT int32_t kimgp_rsz_rot(const kimgp_img* src, int32_t rot, kimgp_img* 
   const int planes = cs == KIMGP_CS_YUV400 ? 1 : nv ? 2 : 3;
   const int64_t size = TmpBytes(src, dst, rot, planes, nv);
   if (static_cast<uint64_t>(size) > SIZE_MAX) return KIMGP_ERR_ARGS;
-  void* tmp = std::malloc(size > 0 ? static_cast<size_t>(size) : 1);
+  void* tmp = HeapAlloc(size > 0 ? static_cast<size_t>(size) : 1);
   if (tmp == nullptr) return KIMGP_ERR_ARGS;
   const RotRoute route = RouteOf(rot);
   int32_t st = KIMGP_OK;

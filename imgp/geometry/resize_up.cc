@@ -12,6 +12,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "common/internal/fault.h"
 #include "common/internal/simd.h"
 #include "imgp/geometry/resize_up_kernels.h"
 
@@ -520,7 +521,7 @@ class BlockPlan {
   bool Add(const Block* b, int n) {
     if (count_ + n > cap_) {
       const int cap = std::max(2 * cap_, count_ + n);
-      void* p = std::aligned_alloc(alignof(Block), sizeof(Block) * static_cast<size_t>(cap));
+      void* p = HeapAllocAligned(alignof(Block), sizeof(Block) * static_cast<size_t>(cap));
       if (p == nullptr) return false;
       if (count_ > 0) std::memcpy(p, blocks_, sizeof(Block) * static_cast<size_t>(count_));
       std::free(blocks_);

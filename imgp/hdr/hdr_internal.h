@@ -31,10 +31,6 @@ void Log(const char* fmt, ...)
 // Log lines go to `sink` instead of the system log (null: system log).
 using LogSink = void (*)(void* ctx, const char* tag, const char* line);
 void SetLogSinkForTest(LogSink sink, void* ctx);
-// The n-th allocation (1-based) from now fails; 0 turns the failure off.
-void SetAllocFailureForTest(int32_t n);
-// Allocations made since the last SetAllocFailureForTest.
-int32_t AllocationsForTest();
 // Bit i set: creating worker i (first row 4 * (i + 1)) fails.
 void SetThreadFailureForTest(uint32_t mask);
 

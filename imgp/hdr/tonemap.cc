@@ -15,6 +15,7 @@
 #include <syslog.h>
 #endif
 
+#include "common/internal/fault.h"
 #include "common/internal/api.h"
 #include "imgp/hdr/hdr_internal.h"
 #include "kimgp_hdr.h"
@@ -54,19 +55,17 @@ namespace {
 
 LogSink g_log_sink = nullptr;
 void* g_log_ctx = nullptr;
-int32_t g_alloc_fail_at = 0;
-int32_t g_allocs = 0;
 uint32_t g_thread_fail = 0;
 
 void* Allocate(size_t bytes) {
-  ++g_allocs;
-  if (g_alloc_fail_at != 0 && g_allocs == g_alloc_fail_at) return nullptr;
-  return std::calloc(1, bytes);
+  void* p = HeapAlloc(bytes);
+  if (p != nullptr) memset(p, 0, bytes);
+  return p;
 }
 
 int CreateWorker(pthread_t* t, kimgp_hdr_thread_arg* arg, int index) {
   if ((g_thread_fail >> index) & 1u) return EAGAIN;
-  return pthread_create(t, nullptr, thread_kimgp_hdr10_to_sdr8, arg);
+  return StartThread(t, thread_kimgp_hdr10_to_sdr8, arg);
 }
 
 // Curve parameters by peak; other peaks leave s = k = 0.
@@ -162,11 +161,6 @@ void SetLogSinkForTest(LogSink sink, void* ctx) {
   g_log_sink = sink;
   g_log_ctx = ctx;
 }
-void SetAllocFailureForTest(int32_t n) {
-  g_alloc_fail_at = n;
-  g_allocs = 0;
-}
-int32_t AllocationsForTest() { return g_allocs; }
 void SetThreadFailureForTest(uint32_t mask) { g_thread_fail = mask; }
 
 void InitWork(kimgp_hdr_work* w, const kimgp_img* src, kimgp_img* dst, int32_t variant, bool hlg) {

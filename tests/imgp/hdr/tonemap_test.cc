@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "common/internal/fault.h"
 #include "tests/imgp/hdr/hdr_test_util.h"
 #include "tests/support/targets.h"
 
@@ -164,15 +165,16 @@ TEST(HdrEntry, AllocationFailures) {
   src.FillRandom(rng);
   src.img.rsz_mode = 1;
   src.img.peak_nits = 77;
-  hdr::SetAllocFailureForTest(0);
+  FailNthForTest(0);
   {
     TestFrame dst(KIMGP_CS_NV21, 32, 9);
     TestFrame s2(src);
     LogCapture log;
     ASSERT_EQ(kimgp_hdr_to_sdr(&s2.img, &dst.img, 2), 0);
   }
-  const int32_t allocations = hdr::AllocationsForTest();
-  EXPECT_EQ(allocations, 5);
+  // Five allocations, then the three worker starts (which the call survives).
+  EXPECT_EQ(FaultEventsForTest(), 8);
+  const int32_t allocations = 5;
   for (int32_t mode : {1, 2, 4}) {
     for (int32_t n = 1; n <= allocations; ++n) {
       SCOPED_TRACE("mode " + std::to_string(mode) + " allocation " + std::to_string(n));
@@ -180,9 +182,9 @@ TEST(HdrEntry, AllocationFailures) {
       const auto before = dst.Snapshot();
       TestFrame s2(src);
       LogCapture log;
-      hdr::SetAllocFailureForTest(n);
+      FailNthForTest(n);
       EXPECT_EQ(kimgp_hdr_to_sdr(&s2.img, &dst.img, mode), -1);
-      hdr::SetAllocFailureForTest(0);
+      FailNthForTest(0);
       EXPECT_EQ(dst.Snapshot(), before);
       EXPECT_EQ(s2.img.peak_nits, 77);
       EXPECT_TRUE(log.lines.empty());
