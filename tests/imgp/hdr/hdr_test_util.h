@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <random>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -23,10 +24,13 @@ class LogCapture {
   std::vector<std::string> lines;
 
  private:
+  // Callers on several threads log at once.
   static void Sink(void* ctx, const char* tag, const char* line) {
     auto* self = static_cast<LogCapture*>(ctx);
+    std::lock_guard<std::mutex> lock(self->mutex_);
     self->lines.push_back(std::string(tag) + "|" + line);
   }
+  std::mutex mutex_;
 };
 
 // Writes 10-bit code `v` as the source layout stores it.

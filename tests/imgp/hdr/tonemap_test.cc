@@ -3,7 +3,10 @@
 // allocations.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "common/internal/fault.h"
 #include "tests/imgp/hdr/hdr_test_util.h"
@@ -123,6 +126,46 @@ TEST(HdrEntry, ThreadsMatchOnePass) {
         ASSERT_EQ(FirstDifference(dst.Snapshot(), want.Snapshot()), "");
       }
     }
+  }
+}
+
+// Callers on several threads at once, each on its own frames of many sizes,
+// peaks and modes: every frame equals the one a lone caller gets (the tsan
+// build watches the shared table cache, the log and the workers).
+TEST(HdrEntry, ManyCallersAtOnce) {
+  LogCapture quiet;
+  struct Job {
+    std::unique_ptr<TestFrame> src, want, got;
+    int32_t mode;
+  };
+  auto rng = MakeRng(23);
+  std::vector<Job> jobs;
+  for (int i = 0; i < 48; ++i) {
+    const int32_t w = 2 + 2 * static_cast<int32_t>(rng() % 40), h = 1 + rng() % 40;
+    const int32_t scs = i % 2 ? KIMGP_CS_P010LE : KIMGP_CS_YUV420PLANAR16;
+    const int32_t dcs = i % 3 == 0 ? KIMGP_CS_RGBA8888 : i % 3 == 1 ? KIMGP_CS_NV12 : KIMGP_CS_YUV420;
+    Job j{std::make_unique<TestFrame>(scs, w, h, RandomPad(rng)),
+          std::make_unique<TestFrame>(dcs, w, h), std::make_unique<TestFrame>(dcs, w, h),
+          i % 4 == 3 ? 4 : 1 + i % 2};
+    j.src->FillRandom(rng);
+    j.src->img.rsz_mode = i % 5 == 0 ? 1 : 0;
+    j.src->img.peak_nits = 500 + 250 * (i % 9);
+    TestFrame s(*j.src);
+    ASSERT_EQ(kimgp_hdr_to_sdr(&s.img, &j.want->img, j.mode), 0);
+    jobs.push_back(std::move(j));
+  }
+  std::vector<std::thread> callers;
+  for (int t = 0; t < 4; ++t) {
+    callers.emplace_back([&jobs, t] {
+      for (size_t i = t; i < jobs.size(); i += 4) {
+        TestFrame s(*jobs[i].src);
+        kimgp_hdr_to_sdr(&s.img, &jobs[i].got->img, jobs[i].mode);
+      }
+    });
+  }
+  for (auto& c : callers) c.join();
+  for (const Job& j : jobs) {
+    EXPECT_EQ(FirstDifference(j.got->Snapshot(), j.want->Snapshot()), "");
   }
 }
 
