@@ -39,9 +39,12 @@ endif()
 
 if(KELO_HWY_DYNAMIC)
   # SSE4, AVX2 and AVX-512 with the scalar fallback: SSSE3-only CPUs and the
-  # AVX-512 extensions of Ice Lake would only add compile time.
+  # AVX-512 extensions of Ice Lake would only add compile time. The fuzz
+  # build also leaves out SSE4 (the tests prove it against the scalar code).
+  set(KELO_HWY_DISABLED "HWY_SSSE3|HWY_AVX3_DL" CACHE STRING
+      "Highway targets not compiled, as an expression of HWY_* bits")
   target_compile_definitions(kelo_hwy INTERFACE KELO_HAVE_HWY=1 KELO_HWY_DYNAMIC=1
-                             "HWY_DISABLED_TARGETS=(HWY_SSSE3|HWY_AVX3_DL)")
+                             "HWY_DISABLED_TARGETS=(${KELO_HWY_DISABLED})")
   message(STATUS "kelocmn: Highway, dynamic dispatch")
 else()
   target_compile_definitions(kelo_hwy INTERFACE KELO_HAVE_HWY=1 KELO_HWY_DYNAMIC=0

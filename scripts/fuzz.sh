@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzzers (clang, libFuzzer, ASan and UBSan) and runs each one for
+# Builds the fuzzers (clang, libFuzzer, ASan and UBSan), replays the inputs of
+# past findings (fuzz/regressions/<fuzzer>/), then runs each fuzzer for
 # SECONDS (default 60) on its own corpus, which grows from run to run.
 #   scripts/fuzz.sh [SECONDS] [BUILD_DIR]
 # Without BUILD_DIR the `fuzz` preset's tree (build/fuzz) is used; with one, that
@@ -22,7 +23,8 @@ if [[ -z "$build" ]]; then
   cmake --preset fuzz >/dev/null
 else
   cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-        -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKELO_FUZZ=ON -DKELO_SIMD=OFF \
+        -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DKELO_FUZZ=ON \
+        "-DKELO_HWY_DISABLED=HWY_SSSE3|HWY_SSE4|HWY_AVX3_DL" \
         -DKELO_BUILD_TESTS=OFF -DKELO_BUILD_TOOLS=OFF -DKELO_BUILD_BENCH=OFF \
         >/dev/null
 fi
@@ -44,6 +46,14 @@ for exe in "${fuzzers[@]}"; do
   corpus="$build/fuzz/corpus/$name"
   artifacts="$build/fuzz/artifacts/$name"
   mkdir -p "$corpus" "$artifacts"
+  # Inputs of past findings run first, each once.
+  regressions=(fuzz/regressions/"$name"/*)
+  if [[ ${#regressions[@]} -ne 0 ]] &&
+     ! "$exe" -timeout=20 "${regressions[@]}" >"$artifacts/regressions.log" 2>&1; then
+    tail -n 40 "$artifacts/regressions.log" >&2
+    failed+=("$name (regressions)")
+    continue
+  fi
   echo "=== $name: $seconds s"
   if ! "$exe" -max_total_time="$seconds" -timeout=20 -print_final_stats=1 \
        -artifact_prefix="$artifacts/" "$corpus" >"$artifacts/last.log" 2>&1; then
