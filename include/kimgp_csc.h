@@ -66,6 +66,10 @@ int32_t kimgp_csc(const kimgp_img *src, kimgp_img *dst);
  * source plane's width, height and stride, into the destination plane that
  * holds the same chroma (YUV422N to YV12 and YV16 to YUV420 cross planes 1
  * and 2) with that plane's stride.
+ *
+ * Out of memory: a quarter turn of YUYV converts rows in bands through a heap
+ * buffer; when that cannot be had, it converts and turns them without it (the
+ * same bytes). Nothing else allocates.
  */
 int32_t kimgp_csc_rot(const kimgp_img *src, uint32_t rot, kimgp_img *dst);
 

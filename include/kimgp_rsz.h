@@ -37,6 +37,10 @@ extern "C" {
  * directions shrink), on the stack up to 32 KB, else from the heap and freed
  * before return. Planes resized before a failing plane stay written (P010LE
  * plane 0 when plane 1's ratio fails).
+ *
+ * Out of memory: a heap intermediate that cannot be had returns
+ * KIMGP_ERR_ARGS (-1) before anything is written. A growth in both directions
+ * whose column plan cannot be had runs without it (the same bytes).
  */
 int32_t kimgp_rsz(const kimgp_img *src, kimgp_img *dst);
 

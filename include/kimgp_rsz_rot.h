@@ -53,6 +53,10 @@ extern "C" {
  * source height x destination width for 180 and for NV12/NV21 with the other
  * codes, source height x destination stride for the other codes. It is made
  * larger when a plane's horizontal pass needs more (tiny NV12/NV21 frames).
+ *
+ * Out of memory: the intermediate's failure is the -1 above; a quarter-turned
+ * shrink whose band buffer cannot be had turns its rows one tile at a time
+ * instead (the same bytes).
  */
 int32_t kimgp_rsz_rot(const kimgp_img *src, int32_t rot, kimgp_img *dst);
 
