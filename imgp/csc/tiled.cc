@@ -153,39 +153,46 @@ void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
 void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   using namespace csc::p010;  // NOLINT: the matrix
   const csc::YuvRow row = row_in;
-  const uint16x8_t mask = vdupq_n_u16(0xFFC0), flip = vdupq_n_u16(0x8000);
-  const int16x8_t off = vdupq_n_s16(kOff);
+  // Coefficients as vectors: the by-scalar forms make the compiler move the
+  // scalar into a lane on every pass.
+  const uint16x8_t flip = vdupq_n_u16(0x8000), luma_bits = vdupq_n_u16(0x7FE0);
+  const int16x8_t off = vdupq_n_s16(kOff), ky = vdupq_n_s16(kY), kr = vdupq_n_s16(kRv),
+                  kb = vdupq_n_s16(kBu);
+  const int16x4_t kgu = vdup_n_s16(kGu), kgv = vdup_n_s16(kGv);
   const int32x4_t g_off = vdupq_n_s32(kOff * 65536);
+  const uint8x8_t alpha = vdup_n_u8(255);
+  // The words less their low six bits, less 32768, as signed.
+  const auto centred = [&](uint16x8_t w) {
+    return vreinterpretq_s16_u16(vbicq_u16(veorq_u16(w, flip), vdupq_n_u16(63)));
+  };
   // W_y kY >> 16 as (W_y / 2) (2 kY) >> 16.
-  const auto luma = [](uint16x8_t w) {
-    return vqdmulhq_n_s16(vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(w, 1), vdupq_n_u16(0x7FE0))), kY);
+  const auto luma = [&](uint16x8_t w) {
+    return vqdmulhq_s16(vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(w, 1), luma_bits)), ky);
   };
   const auto bytes = [](int16x8_t l, int16x8_t t) { return vqrshrun_n_s16(vqaddq_s16(l, t), 6); };
   size_t x = 0;
   for (; x + 16 <= static_cast<size_t>(n); x += 16) {
     const uint16x8x2_t yw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.y + 2 * x));
     const uint16x8x2_t cw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.u + 2 * x));
-    const int16x8_t d = vreinterpretq_s16_u16(vandq_u16(veorq_u16(cw.val[0], flip), mask));
-    const int16x8_t e = vreinterpretq_s16_u16(vandq_u16(veorq_u16(cw.val[1], flip), mask));
-    const int16x8_t tr = vaddq_s16(vqrdmulhq_n_s16(e, kRv), off);
-    const int16x8_t tb = vaddq_s16(vqrdmulhq_n_s16(d, kBu), off);
-    const int32x4_t g_lo = vmlal_n_s16(vmull_n_s16(vget_low_s16(d), kGu), vget_low_s16(e), kGv);
-    const int32x4_t g_hi = vmlal_n_s16(vmull_n_s16(vget_high_s16(d), kGu), vget_high_s16(e), kGv);
+    const int16x8_t d = centred(cw.val[0]), e = centred(cw.val[1]);
+    const int16x8_t tr = vaddq_s16(vqrdmulhq_s16(e, kr), off);
+    const int16x8_t tb = vaddq_s16(vqrdmulhq_s16(d, kb), off);
+    const int32x4_t g_lo = vmlal_s16(vmull_s16(vget_low_s16(d), kgu), vget_low_s16(e), kgv);
+    const int32x4_t g_hi = vmlal_s16(vmull_s16(vget_high_s16(d), kgu), vget_high_s16(e), kgv);
     const int16x8_t tg = vcombine_s16(vraddhn_s32(g_lo, g_off), vraddhn_s32(g_hi, g_off));
-    uint8x8_t ch[2][3];
-    for (int k = 0; k < 2; ++k) {
-      const int16x8_t l = luma(yw.val[k]);
-      ch[k][0] = bytes(l, tr);
-      ch[k][1] = bytes(l, tg);
-      ch[k][2] = bytes(l, tb);
+    const int16x8_t le = luma(yw.val[0]), lo = luma(yw.val[1]);
+    // Even and odd pixels zipped back into order, eight pixels per store.
+    const uint8x8x2_t r = vzip_u8(bytes(le, tr), bytes(lo, tr));
+    const uint8x8x2_t g = vzip_u8(bytes(le, tg), bytes(lo, tg));
+    const uint8x8x2_t b = vzip_u8(bytes(le, tb), bytes(lo, tb));
+    for (int h = 0; h < 2; ++h) {
+      uint8x8x4_t px;
+      px.val[0] = r.val[h];
+      px.val[1] = g.val[h];
+      px.val[2] = b.val[h];
+      px.val[3] = alpha;
+      vst4_u8(dst + 4 * x + 32 * h, px);
     }
-    uint8x16x4_t px;
-    for (int c = 0; c < 3; ++c) {
-      const uint8x8x2_t z = vzip_u8(ch[0][c], ch[1][c]);
-      px.val[c] = vcombine_u8(z.val[0], z.val[1]);
-    }
-    px.val[3] = vdupq_n_u8(255);
-    vst4q_u8(dst + 4 * x, px);
   }
   csc::p010::Row(row, dst, static_cast<int>(x), n);
 }
