@@ -283,15 +283,19 @@ void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
   if (i == n) return;
 #endif
 #if HWY_ARCH_X86
-  // Stores on aligned addresses after a first unaligned vector, which the
-  // aligned ones partly write again (unless the rows overlap: then in order).
+  // Stores on aligned addresses between a first and a last unaligned vector,
+  // which write some bytes twice (unless the rows overlap: then in order).
   const auto sa = reinterpret_cast<uintptr_t>(s), da = reinterpret_cast<uintptr_t>(d);
-  if (HWY_TARGET == HWY_AVX2 && n >= 2 * L && (da + L <= sa || sa + 2 * n <= da)) {
+  const bool apart = n >= 2 * L && (da + n <= sa || sa + 2 * n <= da);
+  if (apart) {
     hn::StoreU(narrow(0), d8, d);
     i = (0 - da) & (L - 1);
   }
 #endif
   i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(narrow(k), d8, d + k); });
+#if HWY_ARCH_X86
+  if (apart && i < n) hn::StoreU(narrow(n - L), d8, d + n - L), i = n;
+#endif
   csc::scalar::Narrow16(s, d, i, n);
 }
 
