@@ -73,10 +73,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 // P010LE to RGBA8888 on x86, 16 pixels per 256 bits: the chroma terms of the
 // pairs in 16-bit lanes (B and R of a pair side by side, G as the upper word
 // of the pair's 32-bit lane: pmulhrsw and pmaddwd), repeated to both pixels
-// of a pair by one byte shuffle each; saturating sums with the luma, a
-// rounding multiply for the shift by 6 (pmulhrsw, off the shuffle ports), and
-// saturating packs. Vectors of at most two blocks: the pixels leave each
-// block as two halves, put in order at the store.
+// of a pair by one byte shuffle each; saturating sums with the luma (the
+// +32 of the rounding is in the constants), a shift by 6 and saturating
+// packs. Vectors of at most two blocks: the pixels leave each block as two
+// halves, put in order at the store.
 void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   using namespace csc::p010;  // NOLINT: the matrix
   const csc::YuvRow row = row_in;
