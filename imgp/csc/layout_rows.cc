@@ -1,6 +1,4 @@
 // Vector paths of the layout row operations; tails go to the scalar rows.
-#include <algorithm>
-
 #include "common/internal/simd.h"
 #include "imgp/csc/layout_rows.h"
 
