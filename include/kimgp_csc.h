@@ -505,7 +505,21 @@ void kimgp_csc_8b8b_unpck(const uint8_t *src, int32_t bytes, int32_t height,
 void kimgp_csc_swap_8byte8(uint8_t *plane, int32_t stride, int32_t rows);
 
 /* 10-bit P010LE (the 10 significant bits in the high bits of each
- * little-endian word) to RGBA8888 with the BT.2020 limited-range matrix. */
+ * little-endian word; the low six bits are ignored) to RGBA8888 with the
+ * BT.2020 limited-range matrix (Kr 0.2627, Kb 0.0593), in 16-bit fixed
+ * point with 6 fractional bits. With Y, U, V the 10-bit samples:
+ *   L = (64 Y * 19077) >> 16,  D = 64 (U - 512),  E = 64 (V - 512)
+ *   R = L + ((E * 13752 + 2^14) >> 15) - 1192
+ *   G = L + ((D * -3069 + E * -10657 + 2^15) >> 16) - 1192
+ *   B = L + ((D * 17546 + 2^14) >> 15) - 1192
+ * and each byte is (channel + 32) >> 6 clamped to 0..255 (>> rounds down).
+ * Every byte is within 0.52 of the exact formula clamped to 0..255,
+ *   255/876 (Y - 64) + 255/896 (1.4746 (V - 512)),
+ *   255/876 (Y - 64) - 255/896 (0.16455 (U - 512) + 0.57135 (V - 512)),
+ *   255/876 (Y - 64) + 255/896 (1.8814 (U - 512)),
+ * so it is that value rounded to nearest or, within 0.02 of a tie, the
+ * integer on the tie's other side. A neutral grey (U = V = 512) gives
+ * R = G = B. */
 void kimgp_csc_p010le_to_rgba8888(uint8_t **src_plane, const int32_t *src_width,
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);

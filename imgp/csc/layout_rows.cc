@@ -90,6 +90,44 @@ void DeinterleaveVec(const uint8_t* s, uint8_t* a, uint8_t* b, size_t n) {
 
 // YUYV rows, 16 pixel pairs per step: even bytes of 64 source bytes are the
 // luma, odd bytes the chroma pairs, whose even bytes are U and odd bytes V.
+#if HWY_TARGET <= HWY_AVX2
+// 256 bits: the luma by one masked pack and a 64-bit permute; U and V by one
+// byte shuffle of each source vector (four U then four V bytes, in the lower
+// 64 bits of each block for the first vector, the upper for the second), a
+// 64-bit blend and one 32-bit permute that leaves U in the lower half and V
+// in the upper.
+template <bool kAverage>
+size_t YuyvRow(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n) {
+  const hn::CappedTag<uint8_t, 32> d8;
+  const hn::Repartition<uint64_t, decltype(d8)> d64;
+  const hn::Repartition<uint32_t, decltype(d8)> d32;
+  const hn::Half<decltype(d8)> dh;
+  constexpr uint8_t Z = 0x80;
+  alignas(32) static constexpr uint8_t kFirst[32] = {
+      1, 5, 9, 13, 3, 7, 11, 15, Z, Z, Z, Z, Z, Z, Z, Z,
+      1, 5, 9, 13, 3, 7, 11, 15, Z, Z, Z, Z, Z, Z, Z, Z};
+  alignas(32) static constexpr uint8_t kSecond[32] = {
+      Z, Z, Z, Z, Z, Z, Z, Z, 1, 5, 9, 13, 3, 7, 11, 15,
+      Z, Z, Z, Z, Z, Z, Z, Z, 1, 5, 9, 13, 3, 7, 11, 15};
+  // Units of four U or V bytes: U of pairs 0-3, V 0-3, U 8-11, V 8-11 in
+  // block 0, the same for pairs 4-7 and 12-15 in block 1.
+  alignas(32) static constexpr uint32_t kUnits[8] = {0, 4, 2, 6, 1, 5, 3, 7};
+  const auto first = hn::Load(d8, kFirst), second = hn::Load(d8, kSecond);
+  const auto units = hn::SetTableIndices(d32, kUnits);
+  size_t k = 0;
+  for (; k + 16 <= n; k += 16) {
+    const uint8_t* p = s + 4 * k;
+    const auto a0 = hn::LoadU(d8, p), a1 = hn::LoadU(d8, p + 32);
+    hn::StoreU(hn::ConcatEven(d8, a1, a0), d8, y + 2 * k);
+    const auto c = hn::OddEven(hn::BitCast(d64, hn::TableLookupBytesOr0(a1, second)),
+                               hn::BitCast(d64, hn::TableLookupBytesOr0(a0, first)));
+    const auto uv = hn::BitCast(d8, hn::TableLookupLanes(hn::BitCast(d32, c), units));
+    StoreChroma<kAverage>(dh, hn::LowerHalf(dh, uv), u + k);
+    StoreChroma<kAverage>(dh, hn::UpperHalf(dh, uv), v + k);
+  }
+  return k;
+}
+#else
 template <bool kAverage>
 size_t YuyvRow(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n) {
   const D16 d8;
@@ -106,6 +144,7 @@ size_t YuyvRow(const uint8_t* s, uint8_t* y, uint8_t* u, uint8_t* v, size_t n) {
   }
   return k;
 }
+#endif  // HWY_TARGET <= HWY_AVX2
 #else
 // The loops below step pointers rather than an index, which lets 32-bit ARM
 // use post-incremented addressing, and handle two vectors of each input per
@@ -192,16 +231,19 @@ void EvenVec(const uint8_t* s, uint8_t* d, size_t n) {
 
 // Each vector is loaded before it is stored, so s == d works.
 void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) {
+#if HWY_ARCH_X86
+  // One byte shuffle (pshufb) rather than two shifts and an or, 16 bytes at
+  // a time: wider vectors run this row more slowly on x86 cores.
+  const D16 d8;
+  const size_t L = hn::Lanes(d8) / 2;
+  alignas(16) static constexpr uint8_t kSwap[16] = {1, 0, 3, 2, 5, 4, 7, 6,
+                                                    9, 8, 11, 10, 13, 12, 15, 14};
+  const auto order = hn::Load(d8, kSwap);
+  auto swap = [&](size_t k) { return hn::TableLookupBytes(hn::LoadU(d8, s + 2 * k), order); };
+#else
   const D8 d8;
   const DU du;
   const size_t L = hn::Lanes(du);
-#if HWY_ARCH_X86
-  // One byte shuffle (pshufb) rather than two shifts and an or.
-  alignas(16) static constexpr uint8_t kSwap[16] = {1, 0, 3, 2, 5, 4, 7, 6,
-                                                    9, 8, 11, 10, 13, 12, 15, 14};
-  const V8 order = hn::LoadDup128(d8, kSwap);
-  auto swap = [&](size_t k) { return hn::TableLookupBytes(hn::LoadU(d8, s + 2 * k), order); };
-#else
   auto swap = [&](size_t k) {
     const VU v = hn::BitCast(du, hn::LoadU(d8, s + 2 * k));
     return hn::BitCast(d8, hn::Or(hn::ShiftLeft<8>(v), hn::ShiftRight<8>(v)));
@@ -217,9 +259,16 @@ void SwapPairsVec(const uint8_t* s, uint8_t* d, size_t n) {
 }
 
 // The low bytes of the shifted samples are the even bytes of their vectors.
+// x86 keeps to 256 bits: 64-byte accesses cost more than they save in this
+// memory-bound row.
 void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
+#if HWY_ARCH_X86
+  const hn::CappedTag<uint8_t, 32> d8;
+#else
   const D8 d8;
-  const DU du;
+#endif
+  const hn::Repartition<uint16_t, decltype(d8)> du;
+  using VU = hn::Vec<decltype(du)>;
   const size_t L = hn::Lanes(d8);
   auto narrow = [&](size_t k) {
     const VU lo = hn::ShiftRight<2>(hn::BitCast(du, hn::LoadU(d8, s + 2 * k)));
@@ -231,7 +280,20 @@ void Narrow16Vec(const uint8_t* s, uint8_t* d, size_t n) {
   if (n >= 32) RawNarrow32(s, d, n / 32), i = n & ~size_t{31};
   if (i == n) return;
 #endif
+#if HWY_ARCH_X86
+  // Stores on aligned addresses between a first and a last unaligned vector,
+  // which write some bytes twice (unless the rows overlap: then in order).
+  const auto sa = reinterpret_cast<uintptr_t>(s), da = reinterpret_cast<uintptr_t>(d);
+  const bool apart = n >= 2 * L && (da + n <= sa || sa + 2 * n <= da);
+  if (apart) {
+    hn::StoreU(narrow(0), d8, d);
+    i = (0 - da) & (L - 1);
+  }
+#endif
   i = TwoThenOne(i, n, L, [&](size_t k) { hn::StoreU(narrow(k), d8, d + k); });
+#if HWY_ARCH_X86
+  if (apart && i < n) hn::StoreU(narrow(n - L), d8, d + n - L), i = n;
+#endif
   csc::scalar::Narrow16(s, d, i, n);
 }
 

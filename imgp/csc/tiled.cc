@@ -20,25 +20,34 @@ namespace csc {
 namespace p010 {
 
 // P010LE: 16-bit little-endian words with the 10 significant bits at the
-// top. BT.2020 limited range (Y 64..940, C 64..960) straight to 8 bits with
-// 12 fractional bits: R = (1192 (Y - 64) + 1719 (V - 512) + 2048) >> 12, etc.
-constexpr int kCy = 1192, kRv = 1719, kGu = -192, kGv = -666, kBu = 2193;
+// top. BT.2020 limited range straight to 8 bits in 16-bit fixed point (the
+// formulation kimgp_csc.h states): with W the 64 Y, 64 U, 64 V words less
+// their low six bits, in 64ths of an output step
+//   L = (W_y kY) >> 16, D = W_u - 32768, E = W_v - 32768
+//   R: L + ((E kRv + 2^14) >> 15) + kOff
+//   G: L + ((D kGu + E kGv + 2^15) >> 16) + kOff
+//   B: L + ((D kBu + 2^14) >> 15) + kOff
+// and each channel is clamp((sum + 32) >> 6). The vector paths saturate the
+// sum to 16 bits, which changes no byte: only sums above 32767 saturate.
+constexpr int kY = 19077, kRv = 13752, kGu = -3069, kGv = -10657, kBu = 17546, kOff = -1192;
 
-inline int Word(const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; }
-inline int Clamp(int x) { return x < 0 ? 0 : (x > 255 ? 255 : x); }
+inline int Word(const uint8_t* p) { return (p[0] | p[1] << 8) & 0xFFC0; }
+inline uint8_t Channel(int sum) {
+  const int x = (sum + 32) >> 6;
+  return static_cast<uint8_t>(x < 0 ? 0 : (x > 255 ? 255 : x));
+}
 
 // Pixels [x0, n) of a row: luma words at row.y, U and V words of pixel pair
 // i at row.u + 4 i and row.v + 4 i.
 inline void Row(const YuvRow& row, uint8_t* dst, int x0, int n) {
   for (int x = x0; x < n; ++x) {
-    const int y = Word(row.y + 2 * x) - 64;
-    const int u = Word(row.u + 4 * (x >> 1)) - 512;
-    const int v = Word(row.v + 4 * (x >> 1)) - 512;
-    const int l = kCy * y + 2048;
+    const int l = (Word(row.y + 2 * x) * kY) >> 16;
+    const int d = Word(row.u + 4 * (x >> 1)) - 32768;
+    const int e = Word(row.v + 4 * (x >> 1)) - 32768;
     uint8_t* p = dst + 4 * x;
-    p[0] = static_cast<uint8_t>(Clamp((l + kRv * v) >> 12));
-    p[1] = static_cast<uint8_t>(Clamp((l + kGu * u + kGv * v) >> 12));
-    p[2] = static_cast<uint8_t>(Clamp((l + kBu * u) >> 12));
+    p[0] = Channel(l + ((e * kRv + (1 << 14)) >> 15) + kOff);
+    p[1] = Channel(l + ((d * kGu + e * kGv + (1 << 15)) >> 16) + kOff);
+    p[2] = Channel(l + ((d * kBu + (1 << 14)) >> 15) + kOff);
     p[3] = 255;
   }
 }
@@ -62,17 +71,13 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 #if KELO_X86_RAW
-// P010LE to RGBA8888 on x86: the same sums, 16 times over, from products of
-// 16-bit pairs added into 32-bit lanes (pmaddwd), so that a channel is the
-// upper word of its lane. A 32-bit lane of luma words holds pixels 2i, 2i + 1
-// and one of chroma words their U, V, so the pair chroma lines up with the
-// even and the odd pixels without being repeated:
-//   even (y, kIn) . (16 kCy, kLumaK), odd (kIn, y) . (kLumaK, 16 kCy)
-//     = 16 (kCy (Y - 64) + 2048)
-//   (U - 512, V - 512) . (0, 16 kRv), (16 kGu, 16 kGv), 2 (8 kBu, 0)
-// (16 kBu does not fit a word; its product is doubled). Vectors of at most
-// two blocks: the pixels leave each block as two halves, put in order at the
-// store.
+// P010LE to RGBA8888 on x86, 16 pixels per 256 bits: the chroma terms of the
+// pairs in 16-bit lanes (B and R of a pair side by side, G as the upper word
+// of the pair's 32-bit lane: pmulhrsw and pmaddwd), repeated to both pixels
+// of a pair by one byte shuffle each; saturating sums with the luma (the
+// +32 of the rounding is in the constants), a shift by 6 and saturating
+// packs. Vectors of at most two blocks: the pixels leave each block as two
+// halves, put in order at the store.
 void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   using namespace csc::p010;  // NOLINT: the matrix
   const csc::YuvRow row = row_in;
@@ -81,40 +86,42 @@ void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   const hn::Repartition<int16_t, decltype(d8)> di;
   const hn::Repartition<int32_t, decltype(d8)> d32;
   const hn::Repartition<uint32_t, decltype(d8)> du32;
-  using V32 = hn::Vec<decltype(d32)>;
   using VW = hn::Vec<decltype(di)>;
-  constexpr int kIn = 4096, kLumaK = -16 * (kCy * 64 - 2048) / kIn;
-  static_assert(kIn * kLumaK == -16 * (kCy * 64 - 2048) && 16 * kCy <= 32767 &&
-                    16 * kRv <= 32767 && 16 * -kGv <= 32768 && 8 * kBu <= 32767,
-                "word products");
+  using V8 = hn::Vec<decltype(d8)>;
   const auto words = [&](int lo, int hi) HWY_ATTR {
     const uint32_t w = uint32_t(uint16_t(lo)) | uint32_t(uint16_t(hi)) << 16;
     return hn::BitCast(di, hn::Set(du32, w));
   };
-  const VW in = hn::Set(di, kIn), lum_e = words(16 * kCy, kLumaK),
-           lum_o = words(kLumaK, 16 * kCy), kr = words(0, 16 * kRv),
-           kg = words(16 * kGu, 16 * kGv), kb = words(8 * kBu, 0), alpha = hn::Set(di, 255);
-  const auto mad = [](VW a, VW b) HWY_ATTR { return V32{RawMulAddWords(a.raw, b.raw)}; };
-  // Words of the channel for pixels 2i (upper word of lane i of e) and
-  // 2i + 1 (of o), in pixel order.
-  const auto channel = [&](V32 e, V32 o) HWY_ATTR {
-    return hn::OddEven(hn::BitCast(di, o), hn::BitCast(di, hn::ShiftRight<16>(e)));
+  const auto mask = hn::Set(du, 0xFFC0), flip = hn::Set(du, 0x8000), ky = hn::Set(du, kY);
+  const VW k_br = words(kBu, kRv), k_g = words(kGu, kGv), off = hn::Set(di, kOff + 32),
+           alpha = hn::Set(di, 255);
+  const auto g_off = hn::Set(d32, (kOff + 32) * 65536 + 32768);
+  // Word 0 (even) or word 1 (odd) of each 32-bit lane, in both words.
+  alignas(16) static constexpr uint8_t kDupEven[16] = {0, 1, 0, 1, 4, 5, 4, 5,
+                                                       8, 9, 8, 9, 12, 13, 12, 13};
+  alignas(16) static constexpr uint8_t kDupOdd[16] = {2, 3, 2, 3, 6, 7, 6, 7,
+                                                      10, 11, 10, 11, 14, 15, 14, 15};
+  const V8 dup_even = hn::LoadDup128(d8, kDupEven), dup_odd = hn::LoadDup128(d8, kDupOdd);
+  const auto dup = [&](VW v, V8 order) HWY_ATTR {
+    return hn::BitCast(di, hn::TableLookupBytes(hn::BitCast(d8, v), order));
+  };
+  const auto channel = [&](VW l, VW t) HWY_ATTR {
+    return hn::ShiftRight<6>(hn::SaturatedAdd(l, t));
   };
   const size_t L = hn::Lanes(du);
-  size_t x = 0;
-  for (; x + L <= static_cast<size_t>(n); x += L) {
+  const auto step = [&](size_t x) HWY_ATTR {
     const auto yw = hn::BitCast(du, hn::LoadU(d8, row.y + 2 * x));
     const auto cw = hn::BitCast(du, hn::LoadU(d8, row.u + 2 * x));
-    const VW y = hn::BitCast(di, hn::ShiftRight<6>(yw));
-    const VW c = hn::ShiftRight<6>(hn::BitCast(di, hn::Xor(cw, hn::Set(du, 0x8000))));
-    const V32 le = mad(hn::OddEven(in, y), lum_e), lo = mad(hn::OddEven(y, in), lum_o);
-    const V32 cr = mad(c, kr), cg = mad(c, kg), cb2 = mad(c, kb), cb = hn::Add(cb2, cb2);
-    const VW r = channel(hn::Add(le, cr), hn::Add(lo, cr));
-    const VW g = channel(hn::Add(le, cg), hn::Add(lo, cg));
-    const VW b = channel(hn::Add(le, cb), hn::Add(lo, cb));
+    const VW l = hn::BitCast(di, hn::MulHigh(hn::And(yw, mask), ky));
+    const VW c = hn::BitCast(di, hn::And(hn::Xor(cw, flip), mask));
+    const VW br = hn::Add(hn::MulFixedPoint15(c, k_br), off);
+    const VW g2 = hn::BitCast(di, hn::Add(hn::BitCast(d32, VW{RawMulAddWords(c.raw, k_g.raw)}), g_off));
+    const VW r = channel(l, dup(br, dup_odd));
+    const VW g = channel(l, dup(g2, dup_odd));
+    const VW b = channel(l, dup(br, dup_even));
     // Bytes R0-7 G0-7 and B0-7 A per block, then pixels 0-3 and 4-7.
-    const auto rg = decltype(hn::Zero(d8)){RawPackBytes(r.raw, g.raw)};
-    const auto ba = decltype(hn::Zero(d8)){RawPackBytes(b.raw, alpha.raw)};
+    const V8 rg{RawPackBytes(r.raw, g.raw)};
+    const V8 ba{RawPackBytes(b.raw, alpha.raw)};
     const auto rb = hn::InterleaveLower(d8, rg, ba), ga = hn::InterleaveUpper(d8, rg, ba);
     const auto p0 = hn::InterleaveLower(d8, rb, ga), p1 = hn::InterleaveUpper(d8, rb, ga);
     uint8_t* out = dst + 4 * x;
@@ -125,65 +132,74 @@ void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
       hn::StoreU(p0, d8, out);
       hn::StoreU(p1, d8, out + 16);
     }
+  };
+  const size_t un = static_cast<size_t>(n);
+  size_t x = 0;
+  for (; x + 2 * L <= un; x += 2 * L) {
+    step(x);
+    step(x + L);
   }
+  if (x + L <= un) step(x), x += L;
   csc::p010::Row(row, dst, static_cast<int>(x), n);
 }
 #elif HWY_TARGET == HWY_NEON
 // P010LE to RGBA8888 on NEON: structure loads split the even and odd luma
-// words and the U, V words of eight pairs; 16 x 16 -> 32-bit products
-// (vmull/vmlal) make the sums, each pair's chroma used by both of its pixels;
-// a shifting narrow and a saturating one give the bytes, zipped back into
-// pixel order for the structure store.
+// words and the U, V words of eight pairs, so each pair's chroma terms serve
+// its two pixels as they are; the luma as (W_y >> 1) with its low five bits
+// cleared times kY, doubled high half (vqdmulh); the R, B terms by rounding
+// doubled high halves (vqrdmulh), the G term by a widening multiply-add and a
+// rounding add-narrow of the high halves (vraddhn, which adds the offset
+// too); a rounding, saturating shift-narrow (vqrshrun) gives the bytes,
+// zipped back into pixel order for the structure store.
 void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   using namespace csc::p010;  // NOLINT: the matrix
   const csc::YuvRow row = row_in;
-  const int32x4_t lum0 = vdupq_n_s32(2048 - 64 * kCy);
-  const int16x8_t c_off = vdupq_n_s16(512);
-  // Terms of four pairs (one half) and the byte channel of four pixels.
-  struct Half {
-    int32x4_t r, g, b;
+  // Coefficients as vectors: the by-scalar forms make the compiler move the
+  // scalar into a lane on every pass.
+  const uint16x8_t flip = vdupq_n_u16(0x8000), luma_bits = vdupq_n_u16(0x7FE0);
+  const int16x8_t off = vdupq_n_s16(kOff), ky = vdupq_n_s16(kY), kr = vdupq_n_s16(kRv),
+                  kb = vdupq_n_s16(kBu);
+  const int16x4_t kgu = vdup_n_s16(kGu), kgv = vdup_n_s16(kGv);
+  const int32x4_t g_off = vdupq_n_s32(kOff * 65536);
+  const uint8x8_t alpha = vdup_n_u8(255);
+  // The words less their low six bits, less 32768, as signed.
+  const auto centred = [&](uint16x8_t w) {
+    return vreinterpretq_s16_u16(vbicq_u16(veorq_u16(w, flip), vdupq_n_u16(63)));
   };
-  const auto terms = [](int16x4_t u, int16x4_t v) {
-    Half h;
-    h.r = vmull_n_s16(v, kRv);
-    h.g = vmlal_n_s16(vmull_n_s16(u, kGu), v, kGv);
-    h.b = vmull_n_s16(u, kBu);
-    return h;
+  // W_y kY >> 16 as (W_y / 2) (2 kY) >> 16.
+  const auto luma = [&](uint16x8_t w) {
+    return vqdmulhq_s16(vreinterpretq_s16_u16(vandq_u16(vshrq_n_u16(w, 1), luma_bits)), ky);
   };
-  const auto bytes = [](int32x4_t l_lo, int32x4_t l_hi, int32x4_t c_lo, int32x4_t c_hi) {
-    return vqmovun_s16(vcombine_s16(vshrn_n_s32(vaddq_s32(l_lo, c_lo), 12),
-                                    vshrn_n_s32(vaddq_s32(l_hi, c_hi), 12)));
-  };
+  const auto bytes = [](int16x8_t l, int16x8_t t) { return vqrshrun_n_s16(vqaddq_s16(l, t), 6); };
   size_t x = 0;
   for (; x + 16 <= static_cast<size_t>(n); x += 16) {
     const uint16x8x2_t yw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.y + 2 * x));
     const uint16x8x2_t cw = vld2q_u16(reinterpret_cast<const uint16_t*>(row.u + 2 * x));
-    const int16x8_t u = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[0], 6)), c_off);
-    const int16x8_t v = vsubq_s16(vreinterpretq_s16_u16(vshrq_n_u16(cw.val[1], 6)), c_off);
-    const Half lo = terms(vget_low_s16(u), vget_low_s16(v));
-    const Half hi = terms(vget_high_s16(u), vget_high_s16(v));
-    uint8x8_t ch[2][3];
-    for (int k = 0; k < 2; ++k) {
-      const int16x8_t y = vreinterpretq_s16_u16(vshrq_n_u16(yw.val[k], 6));
-      const int32x4_t l_lo = vmlal_n_s16(lum0, vget_low_s16(y), kCy);
-      const int32x4_t l_hi = vmlal_n_s16(lum0, vget_high_s16(y), kCy);
-      ch[k][0] = bytes(l_lo, l_hi, lo.r, hi.r);
-      ch[k][1] = bytes(l_lo, l_hi, lo.g, hi.g);
-      ch[k][2] = bytes(l_lo, l_hi, lo.b, hi.b);
+    const int16x8_t d = centred(cw.val[0]), e = centred(cw.val[1]);
+    const int16x8_t tr = vaddq_s16(vqrdmulhq_s16(e, kr), off);
+    const int16x8_t tb = vaddq_s16(vqrdmulhq_s16(d, kb), off);
+    const int32x4_t g_lo = vmlal_s16(vmull_s16(vget_low_s16(d), kgu), vget_low_s16(e), kgv);
+    const int32x4_t g_hi = vmlal_s16(vmull_s16(vget_high_s16(d), kgu), vget_high_s16(e), kgv);
+    const int16x8_t tg = vcombine_s16(vraddhn_s32(g_lo, g_off), vraddhn_s32(g_hi, g_off));
+    const int16x8_t le = luma(yw.val[0]), lo = luma(yw.val[1]);
+    // Even and odd pixels zipped back into order, eight pixels per store.
+    const uint8x8x2_t r = vzip_u8(bytes(le, tr), bytes(lo, tr));
+    const uint8x8x2_t g = vzip_u8(bytes(le, tg), bytes(lo, tg));
+    const uint8x8x2_t b = vzip_u8(bytes(le, tb), bytes(lo, tb));
+    for (int h = 0; h < 2; ++h) {
+      uint8x8x4_t px;
+      px.val[0] = r.val[h];
+      px.val[1] = g.val[h];
+      px.val[2] = b.val[h];
+      px.val[3] = alpha;
+      vst4_u8(dst + 4 * x + 32 * h, px);
     }
-    uint8x16x4_t px;
-    for (int c = 0; c < 3; ++c) {
-      const uint8x8x2_t z = vzip_u8(ch[0][c], ch[1][c]);
-      px.val[c] = vcombine_u8(z.val[0], z.val[1]);
-    }
-    px.val[3] = vdupq_n_u8(255);
-    vst4q_u8(dst + 4 * x, px);
   }
   csc::p010::Row(row, dst, static_cast<int>(x), n);
 }
 #elif HWY_TARGET != HWY_SCALAR
-// P010LE to RGBA8888 in 32-bit lanes, one pixel per lane: the sums need up to
-// 22 bits. The pair chroma is loaded as U, V words in order, so a pixel's U is
+// P010LE to RGBA8888 in 32-bit lanes, one pixel per lane, the same integer
+// sums. The pair chroma is loaded as U, V words in order, so a pixel's U is
 // the even lane of its pair and V the odd one.
 void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   using namespace csc::p010;  // NOLINT: the matrix
@@ -194,26 +210,26 @@ void P010RowVec(const csc::YuvRow& row_in, uint8_t* dst, int n) {
   const hn::Repartition<uint8_t, decltype(dw)> dwb;
   const hn::Repartition<uint8_t, decltype(d)> db;
   const size_t L = hn::Lanes(d);
-  const auto y_off = hn::Set(d, 64), c_off = hn::Set(d, 512), round = hn::Set(d, 2048);
+  const auto mask = hn::Set(d, 0xFFC0), flip = hn::Set(d, 32768), off = hn::Set(d, kOff + 32);
+  const auto half15 = hn::Set(d, 1 << 14), half16 = hn::Set(d, 1 << 15);
   const auto zero = hn::Zero(d), max = hn::Set(d, 255), alpha = hn::Set(d, 255 << 24);
-  const auto cy = hn::Set(d, kCy), rv = hn::Set(d, kRv), gu = hn::Set(d, kGu),
+  const auto ky = hn::Set(d, kY), rv = hn::Set(d, kRv), gu = hn::Set(d, kGu),
              gv = hn::Set(d, kGv), bu = hn::Set(d, kBu);
   size_t x = 0;
   for (; x + L <= static_cast<size_t>(n); x += L) {
     // Luma words of pixels x .. x + L, the U, V words of their L / 2 pairs.
     const auto yw = hn::BitCast(dw, hn::LoadU(dwb, row.y + 2 * x));
     const auto cw = hn::BitCast(dw, hn::LoadU(dwb, row.u + 2 * x));
-    const auto y = hn::ShiftRight<6>(hn::BitCast(d, hn::PromoteTo(du, yw)));
-    const auto c = hn::ShiftRight<6>(hn::BitCast(d, hn::PromoteTo(du, cw)));
-    const auto u = hn::Sub(hn::DupEven(c), c_off);
-    const auto v = hn::Sub(hn::DupOdd(c), c_off);
-    const auto l = hn::Add(hn::Mul(hn::Sub(y, y_off), cy), round);
-    auto r = hn::ShiftRight<12>(hn::Add(l, hn::Mul(v, rv)));
-    auto g = hn::ShiftRight<12>(hn::Add(hn::Add(l, hn::Mul(u, gu)), hn::Mul(v, gv)));
-    auto b = hn::ShiftRight<12>(hn::Add(l, hn::Mul(u, bu)));
-    r = hn::Min(hn::Max(r, zero), max);
-    g = hn::Min(hn::Max(g, zero), max);
-    b = hn::Min(hn::Max(b, zero), max);
+    const auto y = hn::And(hn::BitCast(d, hn::PromoteTo(du, yw)), mask);
+    const auto c = hn::Sub(hn::And(hn::BitCast(d, hn::PromoteTo(du, cw)), mask), flip);
+    const auto u = hn::DupEven(c), v = hn::DupOdd(c);
+    const auto l = hn::Add(hn::ShiftRight<16>(hn::Mul(y, ky)), off);
+    auto r = hn::Add(l, hn::ShiftRight<15>(hn::Add(hn::Mul(v, rv), half15)));
+    auto g = hn::Add(l, hn::ShiftRight<16>(hn::Add(hn::Add(hn::Mul(u, gu), hn::Mul(v, gv)), half16)));
+    auto b = hn::Add(l, hn::ShiftRight<15>(hn::Add(hn::Mul(u, bu), half15)));
+    r = hn::Min(hn::Max(hn::ShiftRight<6>(r), zero), max);
+    g = hn::Min(hn::Max(hn::ShiftRight<6>(g), zero), max);
+    b = hn::Min(hn::Max(hn::ShiftRight<6>(b), zero), max);
     const auto px = hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)), hn::Or(hn::ShiftLeft<16>(b), alpha));
     hn::StoreU(hn::BitCast(db, px), db, dst + 4 * x);
   }

@@ -428,9 +428,21 @@ struct PackedTerms {
   static_assert(kGLuma >= 1 && 2 * kGLuma - 1 <= 65535 && 255 * S::kH / 2 + kGLuma <= 32767 &&
                     S::In16(S::kB0 - S::kG0, S::kB0 - S::kG0 + 255 * S::kBuQ),
                 "G constant on the luma");
+  // B's term kBuQ U + (kB0 - kG0) as one product modulo 2^16: U with the
+  // byte kBHigh above it, where kBuQ 256 kBHigh = kB0 - kG0 modulo 2^16 (the
+  // term fits int16, so its low 16 bits are its value).
+  static constexpr int BHigh() {
+    for (int h = 0; h < 256; ++h) {
+      if (((S::kBuQ * 256 * h - (S::kB0 - S::kG0)) & 0xFFFF) == 0) return h;
+    }
+    return -1;
+  }
+  static constexpr int kBHigh = BHigh();
   PackedTerms()
       : g_mul(hn::Set(DU(), static_cast<uint16_t>((-S::kGuQ & 0xFF) | (-S::kGvQ & 0xFF) << 8))),
-        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)) {}
+        uv_pix(hn::LoadDup128(D8(), Src::kUyvyV ? kUvUyvy : kUvYuyv)),
+        b_high(hn::Set(DU(), static_cast<uint16_t>((kBHigh < 0 ? 0 : kBHigh) << 8))),
+        low_bytes(hn::MaskFromVec(hn::BitCast(D8(), hn::Set(DU(), 0x00FF)))) {}
 #else
   PackedTerms()
       : rb_mul(hn::OddEven(hn::Set(DU(), S::kRvMul), hn::Set(DU(), S::kBuQ * 256))),
@@ -477,8 +489,15 @@ struct PackedTerms {
     t.r = hn::Add(hn::BitCast(di, hn::MulHigh(hn::And(uv, hn::Set(du, 0xFF00)),
                                               hn::Set(du, S::kRvMul))),
                   hn::Set(di, S::kR0));
-    t.b = hn::Add(hn::BitCast(di, hn::Mul(hn::And(uv, hn::Set(du, 0x00FF)), Coef(du, S::kBuQ))),
-                  hn::Set(di, S::kB0 - S::kG0));
+    if constexpr (kBHigh >= 0) {
+      const D8 d8;
+      const VU ub = hn::BitCast(du, hn::IfThenElse(low_bytes, hn::BitCast(d8, uv),
+                                                   hn::BitCast(d8, b_high)));
+      t.b = hn::BitCast(di, hn::Mul(ub, Coef(du, S::kBuQ)));
+    } else {
+      t.b = hn::Add(hn::BitCast(di, hn::Mul(hn::And(uv, hn::Set(du, 0x00FF)), Coef(du, S::kBuQ))),
+                    hn::Set(di, S::kB0 - S::kG0));
+    }
     A::Channels(y, t, &ch[0], &ch[1], &ch[2]);
   }
 #else
@@ -517,6 +536,8 @@ struct PackedTerms {
 #if KELO_X86_RAW
   VU g_mul;
   V8 uv_pix;
+  VU b_high;
+  hn::Mask<D8> low_bytes;
 #else
   VU rb_mul;
   VI rb_add;

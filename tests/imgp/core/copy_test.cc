@@ -101,7 +101,12 @@ TEST(Copy16b, OddSourceStrideAdvancesByEvenStride) {
 TEST(CopyBytes, VectorPathMatchesScalarOnEveryTarget) {
   std::mt19937 rng = MakeRng(99);
   ForEachTarget([&](const std::string& target) {
-    for (size_t n = 0; n < 700; n += 1 + n / 16) {
+    // Short runs of every length class, and runs of whole planes (the x86
+    // string move from 64 KiB on).
+    std::vector<size_t> sizes;
+    for (size_t n = 0; n < 700; n += 1 + n / 16) sizes.push_back(n);
+    for (size_t n : {size_t(65535), size_t(65536), size_t(200003)}) sizes.push_back(n);
+    for (size_t n : sizes) {
       for (size_t misalign : {0, 1, 3}) {
         SCOPED_TRACE(target + " n=" + std::to_string(n));
         GuardedBuffer src(n + 8), got(n + 8);

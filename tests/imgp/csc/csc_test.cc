@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <set>
 #include <string>
@@ -315,7 +317,7 @@ TEST(CscLayoutRows, VectorMatchesScalarOnEveryTarget) {
   ForEachTarget([&](const std::string& target) {
     for (size_t n : {size_t(0), size_t(1), size_t(15), size_t(16), size_t(31), size_t(33),
                      size_t(64), size_t(65), size_t(130), size_t(rng() % 400)}) {
-      std::vector<uint8_t> in(8 * n + 8);
+      std::vector<uint8_t> in(8 * n + 48);  // room for the offset sources below
       for (auto& x : in) x = uint8_t(rng());
       auto check = [&](const char* what, size_t out_bytes, auto vec, auto ref) {
         GuardedBuffer got(out_bytes), want(out_bytes);
@@ -346,8 +348,11 @@ TEST(CscLayoutRows, VectorMatchesScalarOnEveryTarget) {
               csc::scalar::YuyvToPlanar(s, d, d + 2 * n, d + 3 * n, 0, n, average);
             });
       }
-      check("narrow16", n, [&](uint8_t* d) { csc::Narrow16(s, d, n); },
-            [&](uint8_t* d) { csc::scalar::Narrow16(s, d, 0, n); });
+      // Destinations at several alignments (the x86 rows align their stores).
+      for (size_t o : {0, 1, 17}) {
+        check("narrow16", n + o, [&](uint8_t* d) { memset(d, 0, o), csc::Narrow16(s + o, d + o, n); },
+              [&](uint8_t* d) { memset(d, 0, o), csc::scalar::Narrow16(s + o, d + o, 0, n); });
+      }
       check("grey565", 2 * n, [&](uint8_t* d) { csc::GreyTo565(s, d, n); },
             [&](uint8_t* d) { csc::scalar::GreyTo565(s, d, 0, n); });
       check("grey888", 3 * n, [&](uint8_t* d) { csc::GreyTo888(s, d, n); },
@@ -443,19 +448,68 @@ TEST(CscP010, BlackAndWhite) {
   EXPECT_EQ(std::vector<int>(p, p + 8), (std::vector<int>{0, 0, 0, 255, 255, 255, 255, 255}));
 }
 
-// The P010LE kernel against the pixel formula (10-bit words, BT.2020
-// limited range, 12 fractional bits) in the shared image walk, on every
-// target: random words (low six bits included), sizes, strides.
+// The P010LE kernel against its 16-bit formulation (kimgp_csc.h) in the
+// shared image walk, on every target: random words (low six bits included),
+// sizes, strides.
 void P010Reference(const csc::YuvRow& row, uint8_t* dst, int n) {
-  auto word = [](const uint8_t* p) { return (p[0] | p[1] << 8) >> 6; };
-  auto clamp = [](int x) { return uint8_t(x < 0 ? 0 : (x > 255 ? 255 : x)); };
+  auto word = [](const uint8_t* p) { return (p[0] | p[1] << 8) & 0xFFC0; };
+  auto byte = [](int c) {
+    const int x = (c + 32) >> 6;
+    return uint8_t(x < 0 ? 0 : (x > 255 ? 255 : x));
+  };
   for (int x = 0; x < n; ++x) {
-    const int l = 1192 * (word(row.y + 2 * x) - 64) + 2048;
-    const int u = word(row.u + 4 * (x / 2)) - 512, v = word(row.v + 4 * (x / 2)) - 512;
-    const uint8_t px[4] = {clamp((l + 1719 * v) >> 12), clamp((l - 192 * u - 666 * v) >> 12),
-                           clamp((l + 2193 * u) >> 12), 255};
+    const int l = (word(row.y + 2 * x) * 19077 >> 16) - 1192;
+    const int d = word(row.u + 4 * (x / 2)) - 32768, e = word(row.v + 4 * (x / 2)) - 32768;
+    const uint8_t px[4] = {byte(l + ((e * 13752 + (1 << 14)) >> 15)),
+                           byte(l + ((d * -3069 + e * -10657 + (1 << 15)) >> 16)),
+                           byte(l + ((d * 17546 + (1 << 14)) >> 15)), 255};
     memcpy(dst + 4 * x, px, 4);
   }
+}
+
+// The stated bound against the BT.2020 formula in double precision: every
+// luma value under many chroma pairs (all U with a sweep of V and the
+// reverse), and neutral greys R = G = B.
+TEST(CscP010, WithinBoundOfExactFormula) {
+  constexpr int kW = 1024, kH = 2 * 64;
+  TestFrame src(KIMGP_CS_P010LE, kW, kH), dst(KIMGP_CS_RGBA8888, kW, kH);
+  std::mt19937 rng = MakeRng(2020);
+  auto put = [&](uint8_t* p, int v10) {
+    const int w = v10 << 6 | int(rng() & 63);
+    p[0] = uint8_t(w), p[1] = uint8_t(w >> 8);
+  };
+  auto chroma = [](int row, int pair, int k) {
+    if (row == 0) return 512;  // neutral
+    const int sweep = (pair * 2 + (row & 1)) & 1023, other = (row * 67 + pair * 5) & 1023;
+    return ((row & 2) != 0) == (k == 0) ? sweep : other;
+  };
+  for (int y = 0; y < kH; ++y) {
+    for (int x = 0; x < kW; ++x) put(src.img.plane[0] + y * src.img.stride[0] + 2 * x, x);
+  }
+  for (int r = 0; r < kH / 2; ++r) {
+    for (int i = 0; i < kW / 2; ++i) {
+      for (int k = 0; k < 2; ++k) put(src.img.plane[1] + r * src.img.stride[1] + 4 * i + 2 * k, chroma(r, i, k));
+    }
+  }
+  ASSERT_EQ(Convert(src, dst), 0);
+  const double kr = 0.2627, kb = 0.0593, kg = 1 - kr - kb, sy = 255.0 / 876, sc = 255.0 / 896;
+  double worst = 0;
+  for (int y = 0; y < kH; ++y) {
+    for (int x = 0; x < kW; ++x) {
+      const int u = chroma(y / 2, x / 2, 0) - 512, v = chroma(y / 2, x / 2, 1) - 512;
+      const double l = sy * (x - 64);
+      const double want[3] = {l + sc * 2 * (1 - kr) * v,
+                              l - sc * (2 * kb * (1 - kb) / kg * u + 2 * kr * (1 - kr) / kg * v),
+                              l + sc * 2 * (1 - kb) * u};
+      const uint8_t* p = dst.img.plane[0] + y * dst.img.stride[0] + 4 * x;
+      for (int c = 0; c < 3; ++c) worst = std::max(worst, std::abs(p[c] - std::clamp(want[c], 0.0, 255.0)));
+      if (u == 0 && v == 0) {
+        ASSERT_TRUE(p[0] == p[1] && p[1] == p[2]) << x << "," << y;
+      }
+      ASSERT_EQ(p[3], 255);
+    }
+  }
+  EXPECT_LE(worst, 0.52);
 }
 
 TEST(CscP010, MatchesFormulaOnEveryTarget) {
