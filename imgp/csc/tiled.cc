@@ -9,7 +9,6 @@
 // 64 x 32 like luma, the others with tiles of half the luma tile height
 // (16 x 8, 8 x 4, 256 x 8). Rows are converted by gathering them into a linear buffer and
 // running the NV12 rows.
-#include "common/internal/fault.h"
 #include "common/internal/simd.h"
 #include "imgp/csc/pixel_layouts.h"
 
@@ -271,59 +270,62 @@ inline size_t TileOffset(const Tiling& t, int32_t stride, int x, int y) {
          size_t(y % t.th) * t.tw + size_t(x % t.tw);
 }
 
-// Row y, bytes [0, n), of a tiled plane into out.
-void DetileRow(const uint8_t* src, int32_t stride, const Tiling& t, int y, int n, uint8_t* out) {
-  for (int x = 0; x < n;) {
-    const int run = std::min(t.tw - x % t.tw, n - x);
-    CopyBytes(src + TileOffset(t, stride, x, y), out + x, size_t(run));
+// Row y, bytes [x0, x0 + n), of a tiled plane into out.
+void DetileRow(const uint8_t* src, int32_t stride, const Tiling& t, int y, int n, uint8_t* out,
+               int x0 = 0) {
+  for (int x = x0; x < x0 + n;) {
+    const int run = std::min(t.tw - x % t.tw, x0 + n - x);
+    CopyBytes(src + TileOffset(t, stride, x, y), out + (x - x0), size_t(run));
     x += run;
   }
 }
 
-// Bytes [0, n) of `in` into row y of a tiled plane.
-void TileRow(const uint8_t* in, int n, uint8_t* dst, int32_t stride, const Tiling& t, int y) {
-  for (int x = 0; x < n;) {
-    const int run = std::min(t.tw - x % t.tw, n - x);
-    CopyBytes(in + x, dst + TileOffset(t, stride, x, y), size_t(run));
+// Bytes [0, n) of `in` into bytes [x0, x0 + n) of row y of a tiled plane.
+void TileRow(const uint8_t* in, int n, uint8_t* dst, int32_t stride, const Tiling& t, int y,
+             int x0 = 0) {
+  for (int x = x0; x < x0 + n;) {
+    const int run = std::min(t.tw - x % t.tw, x0 + n - x);
+    CopyBytes(in + (x - x0), dst + TileOffset(t, stride, x, y), size_t(run));
     x += run;
   }
 }
 
-// A heap row buffer that frees itself; null when the allocation fails, in
-// which case the kernel writes nothing.
-struct Buffer {
-  explicit Buffer(size_t n) : p(static_cast<uint8_t*>(HeapAlloc(n))) {}
-  ~Buffer() { free(p); }
-  Buffer(const Buffer&) = delete;
-  Buffer& operator=(const Buffer&) = delete;
-  uint8_t* p;
-};
+// Rows that need a linear copy go through a stack buffer a piece of kPiece
+// bytes at a time (even, a multiple of every tile width up to 256 and of the
+// 4-pixel steps), so that no kernel needs memory it could fail to get.
+constexpr int kPiece = 2048;
+
+// Calls piece(x0, n) for the pieces [x0, x0 + n) of a row of `bytes`.
+template <class Piece>
+void ForEachPiece(int bytes, Piece piece) {
+  for (int x0 = 0; x0 < bytes; x0 += kPiece) piece(x0, std::min(kPiece, bytes - x0));
+}
 
 // Tiled NV12 samples to RGB through the NV12 rows. The buffers keep one
 // spare pixel pair for the pixel-pair path of odd widths.
+template <class D>
 void TiledToRgb(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const int32_t* ss,
                 const int32_t* ds, uint8_t* const* dp, const Tiling& luma, const Tiling& chroma,
                 YuvToRgbRowId id) {
   const int w = sw[0];
   if (w <= 0 || sh[0] <= 0) return;
-  const int n = (w + 1) & ~1;
-  Buffer y(size_t(n) + 2), c(size_t(n) + 2);
-  if (y.p == nullptr || c.p == nullptr) return;
-  int last_crow = -1;
-  YuvToRgbWalk<true>(
-      w, sh[0],
-      [&](int r, int crow) {
-        DetileRow(sp[0], ss[0], luma, r, n, y.p);
-        if (crow != last_crow) DetileRow(sp[1], ss[1], chroma, crow, n, c.p);
-        last_crow = crow;
-        return YuvRow{y.p, c.p, c.p + 1};
-      },
-      // The row buffers serve one row at a time: no two-row form.
-      dp[0], ds[0], YuvToRgbRows{YuvToRgbRowFor(id).one, nullptr});
+  const YuvToRgbRowFn convert = YuvToRgbRowFor(id).one;
+  // Pieces start at even pixels, where a pixel pair and its chroma begin:
+  // converted piece by piece, a row has the bytes it has converted whole.
+  alignas(16) uint8_t y[kPiece + 2], c[kPiece + 2];
+  YuvToRgbWalkRows<true>(w, sh[0], 0, [&](int r, int crow, int n) {
+    uint8_t* out = dp[0] + intptr_t(r) * ds[0];
+    ForEachPiece(n, [&](int x0, int k) {
+      DetileRow(sp[0], ss[0], luma, r, k, y, x0);
+      DetileRow(sp[1], ss[1], chroma, crow, k, c, x0);
+      convert(YuvRow{y, c, c + 1}, out + intptr_t(x0) * D::kBytes, k);
+    });
+  });
 }
 
 // Luma and chroma of a T64X32 frame into linear planes; chroma rows go
-// through `chroma_row` (row pointer, pair count, chroma row). The chroma
+// through `chroma_row` (pairs, pair count, chroma row, index of the first
+// pair), a piece at a time. The chroma
 // extent comes from the image size, as in every conversion kernel: the
 // plane-1 fields of the source are not read.
 template <class ChromaRow>
@@ -334,11 +336,12 @@ void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const
     DetileRow(sp[0], ss[0], kT64x32, r, sw[0], dp[0] + intptr_t(r) * ds[0]);
   }
   const int32_t pairs = HalfUp(sw[0]), rows = HalfUp(sh[0]);
-  Buffer c(2 * size_t(pairs));
-  if (c.p == nullptr) return;
+  alignas(16) uint8_t c[kPiece];
   for (int r = 0; r < rows; ++r) {
-    DetileRow(sp[1], ss[1], kT64x32, r, 2 * pairs, c.p);
-    chroma_row(c.p, size_t(pairs), r);
+    ForEachPiece(2 * pairs, [&](int x0, int k) {
+      DetileRow(sp[1], ss[1], kT64x32, r, k, c, x0);
+      chroma_row(c, size_t(k / 2), r, x0 / 2);
+    });
   }
 }
 
@@ -388,35 +391,37 @@ KELO_EXPORT void kimgp_csc_unpack_16x8tiles_to_linear(const uint8_t* src, int32_
                                                       int32_t dst0_stride, int32_t dst1_stride,
                                                       uint8_t* dst0, uint8_t* dst1) {
   if (width < 1) return;
-  Buffer c{static_cast<size_t>(width)};
-  if (c.p == nullptr) return;
+  alignas(16) uint8_t c[kPiece];
   for (int r = 0; r < height; ++r) {
-    DetileRow(src, src_stride, kT16x8, r, width, c.p);
-    kimgp_csc_8b8b_unpck(c.p, width, 1, width, dst0_stride, dst1_stride,
-                         dst0 + intptr_t(r) * dst0_stride, dst1 + intptr_t(r) * dst1_stride);
+    ForEachPiece(width, [&](int x0, int k) {
+      DetileRow(src, src_stride, kT16x8, r, k, c, x0);
+      kimgp_csc_8b8b_unpck(c, k, 1, k, dst0_stride, dst1_stride,
+                           dst0 + intptr_t(r) * dst0_stride + x0 / 2,
+                           dst1 + intptr_t(r) * dst1_stride + x0 / 2);
+    });
   }
 }
 
 KELO_EXPORT void kimgp_csc_t64x32_to_nv12(KELO_CSC_PARAMS) {
-  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
-    memcpy(dp[1] + intptr_t(r) * ds[1], c, 2 * pairs);
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r, int p0) {
+    memcpy(dp[1] + intptr_t(r) * ds[1] + 2 * p0, c, 2 * pairs);
   });
 }
 KELO_EXPORT void kimgp_csc_t64x32_to_nv21(KELO_CSC_PARAMS) {
-  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
-    uint8_t* d = dp[1] + intptr_t(r) * ds[1];
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r, int p0) {
+    uint8_t* d = dp[1] + intptr_t(r) * ds[1] + 2 * p0;
     memcpy(d, c, 2 * pairs);
     SwapPairs(d, pairs);
   });
 }
 KELO_EXPORT void kimgp_csc_t64x32_to_yuv420(KELO_CSC_PARAMS) {
-  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
-    Deinterleave(c, dp[1] + intptr_t(r) * ds[1], dp[2] + intptr_t(r) * ds[2], pairs);
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r, int p0) {
+    Deinterleave(c, dp[1] + intptr_t(r) * ds[1] + p0, dp[2] + intptr_t(r) * ds[2] + p0, pairs);
   });
 }
 KELO_EXPORT void kimgp_csc_t64x32_to_yv12(KELO_CSC_PARAMS) {
-  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r) {
-    Deinterleave(c, dp[2] + intptr_t(r) * ds[2], dp[1] + intptr_t(r) * ds[1], pairs);
+  DetileFrame(sp, sw, sh, ss, ds, dp, [&](const uint8_t* c, size_t pairs, int r, int p0) {
+    Deinterleave(c, dp[2] + intptr_t(r) * ds[2] + p0, dp[1] + intptr_t(r) * ds[1] + p0, pairs);
   });
 }
 
@@ -426,17 +431,19 @@ KELO_EXPORT void kimgp_csc_yuv420_to_t64x32(KELO_CSC_PARAMS) {
   if (sw[0] <= 0) return;
   for (int r = 0; r < sh[0]; ++r) TileRow(sp[0] + intptr_t(r) * ss[0], sw[0], dp[0], ds[0], kT64x32, r);
   const int32_t pairs = HalfUp(sw[0]), rows = HalfUp(sh[0]);
-  Buffer c(2 * size_t(pairs));
-  if (c.p == nullptr) return;
+  alignas(16) uint8_t c[kPiece];
   for (int r = 0; r < rows; ++r) {
-    Interleave(sp[1] + intptr_t(r) * ss[1], sp[2] + intptr_t(r) * ss[2], c.p, size_t(pairs));
-    TileRow(c.p, 2 * pairs, dp[1], ds[1], kT64x32, r);
+    ForEachPiece(2 * pairs, [&](int x0, int k) {
+      Interleave(sp[1] + intptr_t(r) * ss[1] + x0 / 2, sp[2] + intptr_t(r) * ss[2] + x0 / 2, c,
+                 size_t(k / 2));
+      TileRow(c, k, dp[1], ds[1], kT64x32, r, x0);
+    });
   }
 }
 
 #define KELO_T64X32_TO_RGB(dst, D)                                              \
   KELO_EXPORT void kimgp_csc_t64x32_to_##dst(KELO_CSC_PARAMS) {                 \
-    TiledToRgb(sp, sw, sh, ss, ds, dp, kT64x32, kT64x32, kRow_Nv12_##D##_kBt601Limited); \
+    TiledToRgb<D>(sp, sw, sh, ss, ds, dp, kT64x32, kT64x32, kRow_Nv12_##D##_kBt601Limited); \
   }
 KELO_T64X32_TO_RGB(rgb565, Rgb565)
 KELO_T64X32_TO_RGB(bgr565, Bgr565)
@@ -448,13 +455,13 @@ KELO_T64X32_TO_RGB(argb8888, Argb8888)
 KELO_T64X32_TO_RGB(abgr8888, Abgr8888)
 
 KELO_EXPORT void kimgp_csc_t16x16_to_rgba8888(KELO_CSC_PARAMS) {
-  TiledToRgb(sp, sw, sh, ss, ds, dp, kT16x16, kT16x8, kRow_Nv12_Rgba8888_kBt601Limited);
+  TiledToRgb<Rgba8888>(sp, sw, sh, ss, ds, dp, kT16x16, kT16x8, kRow_Nv12_Rgba8888_kBt601Limited);
 }
 KELO_EXPORT void kimgp_csc_t8x8_to_rgba8888(KELO_CSC_PARAMS) {
-  TiledToRgb(sp, sw, sh, ss, ds, dp, kT8x8, kT8x4, kRow_Nv12_Rgba8888_kBt601Limited);
+  TiledToRgb<Rgba8888>(sp, sw, sh, ss, ds, dp, kT8x8, kT8x4, kRow_Nv12_Rgba8888_kBt601Limited);
 }
 KELO_EXPORT void kimgp_csc_t256x16_to_rgba8888(KELO_CSC_PARAMS) {
-  TiledToRgb(sp, sw, sh, ss, ds, dp, kT256x16, kT256x8, kRow_Nv12_Rgba8888_kBt601Limited);
+  TiledToRgb<Rgba8888>(sp, sw, sh, ss, ds, dp, kT256x16, kT256x8, kRow_Nv12_Rgba8888_kBt601Limited);
 }
 
 KELO_EXPORT void kimgp_csc_p010le_to_rgba8888(KELO_CSC_PARAMS) {

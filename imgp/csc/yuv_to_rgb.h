@@ -91,24 +91,31 @@ struct YuvToRgbRows {
 // writes one pixel beyond the row), and with an odd height the chroma row
 // moves down after row 0 (chroma row (r + 1) / 2). row_at(r, crow) gives the
 // source row pointers.
+//
+// YuvToRgbWalkRows gives the walk's rows from r0 on, one at a time, as
+// each(r, crow, n): the row, its chroma row and the pixel count converted.
+template <bool kVertHalf, class Each>
+void YuvToRgbWalkRows(int w, int h, int r0, Each each) {
+  const bool pairs = (w % 4) != 0;
+  const int n = pairs ? (w + 1) & ~1 : w;
+  const bool shifted = pairs && (h & 1);
+  for (int r = r0; r < h; ++r) each(r, kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r, n);
+}
+
 template <bool kVertHalf, class RowAt>
 void YuvToRgbWalk(int w, int h, RowAt row_at, uint8_t* dst, int32_t dst_stride,
                   YuvToRgbRows rows) {
   if (w <= 0 || h <= 0) return;
-  const bool pairs = (w % 4) != 0;
-  const int n = pairs ? (w + 1) & ~1 : w;
-  const bool shifted = pairs && (h & 1);
   int r = 0;
-  if (kVertHalf && !pairs && rows.two != nullptr) {
+  if (kVertHalf && w % 4 == 0 && rows.two != nullptr) {
     for (; r + 1 < h; r += 2) {
       rows.two(row_at(r, r >> 1), row_at(r + 1, r >> 1), dst + static_cast<intptr_t>(r) * dst_stride,
-               dst + static_cast<intptr_t>(r + 1) * dst_stride, n);
+               dst + static_cast<intptr_t>(r + 1) * dst_stride, w);
     }
   }
-  for (; r < h; ++r) {
-    const int crow = kVertHalf ? (shifted ? (r + 1) >> 1 : r >> 1) : r;
-    rows.one(row_at(r, crow), dst + static_cast<intptr_t>(r) * dst_stride, n);
-  }
+  YuvToRgbWalkRows<kVertHalf>(w, h, r, [&](int y, int crow, int n) {
+    rows.one(row_at(y, crow), dst + static_cast<intptr_t>(y) * dst_stride, n);
+  });
 }
 
 template <class Src>

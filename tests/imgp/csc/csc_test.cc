@@ -388,24 +388,31 @@ struct TiledCase {
 
 TEST(CscTiled, MatchesLinearNv12) {
   std::mt19937 rng = MakeRng(5);
+  // Widths past the kernels' 2048-byte row pieces too, in 4-pixel steps and
+  // in pixel pairs.
   for (const TiledCase& c : {TiledCase{11, 64, 32, 32, 100}, TiledCase{12, 16, 16, 8, 40},
-                             TiledCase{13, 8, 8, 4, 36}, TiledCase{14, 256, 16, 8, 1290}}) {
+                             TiledCase{13, 8, 8, 4, 36}, TiledCase{14, 256, 16, 8, 1290},
+                             TiledCase{11, 64, 32, 32, 4100}, TiledCase{14, 256, 16, 8, 4354}}) {
     for (int32_t h : {17, 34}) {
       TestFrame nv12(6, c.w, h), tiled(c.cs, c.w, h);
       nv12.FillRandom(rng);
       const int th[2] = {c.th0, c.th1};
       TileByFormula(nv12, tiled, c.tw, th);
-      TestFrame want(500, c.w, h, 0, 1), got(500, c.w, h, 0, 1);
-      ASSERT_EQ(Convert(nv12, want), 0);
-      ASSERT_EQ(Convert(tiled, got), 0) << c.cs;
-      EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "") << c.cs << " h=" << h;
+      for (int32_t dcs : {500, 200, 400}) {
+        if (c.cs != 11 && dcs != 500) continue;  // the other tilings convert to RGBA only
+        TestFrame want(dcs, c.w, h, 0, 1), got(dcs, c.w, h, 0, 1);
+        ASSERT_EQ(Convert(nv12, want), 0);
+        ASSERT_EQ(Convert(tiled, got), 0) << c.cs;
+        EXPECT_EQ(FirstDifference(got.Snapshot(), want.Snapshot()), "")
+            << c.cs << " to " << dcs << " " << c.w << "x" << h;
+      }
     }
   }
 }
 
 TEST(CscTiled, RoundTripThroughT64x32) {
   std::mt19937 rng = MakeRng(6);
-  for (Size2 s : {Size2{64, 32}, Size2{100, 50}, Size2{130, 70}, Size2{8, 8}}) {
+  for (Size2 s : {Size2{64, 32}, Size2{100, 50}, Size2{130, 70}, Size2{8, 8}, Size2{4098, 9}}) {
     TestFrame yuv(1, s.w, s.h), tiled(11, s.w, s.h), back(1, s.w, s.h), nv12(6, s.w, s.h),
         nv12b(6, s.w, s.h);
     yuv.FillRandom(rng);
