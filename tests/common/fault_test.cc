@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "common/internal/fault.h"
@@ -32,6 +33,8 @@ struct Case {
   // The status of a call whose memory ran out.
   int32_t oom_status;
 };
+
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 
 // Runs the call with the n-th event failing for each event an undisturbed
 // call meets, judging each result. Returns the number of events.

@@ -8,6 +8,7 @@
 
 #include <climits>
 #include <functional>
+#include <ostream>
 #include <string>
 
 #include "kimgp_copy.h"
@@ -45,6 +46,8 @@ struct Entry {
   // resizers return the first failing plane's status).
   bool keeps_earlier_planes = false;
 };
+
+void PrintTo(const Entry& e, std::ostream* os) { *os << e.name; }
 
 void Poisoned(TestFrame* f) {
   for (int i = f->planes(); i < 4; ++i) f->img.plane[i] = Poison();
