@@ -597,7 +597,8 @@ void RotShrinkTiles(int op, const ShrinkJob& whole, ptrdiff_t ds, int32_t x0, in
       for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
       rt.Flush(y, job.nrows);
     }
-    while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+    // The next chunk starts where this one ends (the last has none).
+    while (job.col_end < x1 && job.col0.x < job.col_end) job.cols.Next(&job.col0);
   });
 }
 
@@ -641,7 +642,7 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
             TurnTileColumns(op, 1, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
         if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, job.nrows);
       }
-      while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+      while (job.col_end < w && job.col0.x < job.col_end) job.cols.Next(&job.col0);
     }
     std::free(band);
   }

@@ -25,43 +25,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using D16 = hn::Full128<uint8_t>;
 using DW = hn::CappedTag<uint8_t, 32>;
 
-// 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
-template <class D>
-HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    (void)hi;
-    return hn::LoadU(d, lo);
-  } else {
-    const D16 d16;
-    return hn::Combine(d, hn::LoadU(d16, hi), hn::LoadU(d16, lo));
-  }
-}
-
-// Calls f(i, p + i * step) for i in [0, R). On x86 the pointer is stepped
-// four rows at a time behind an empty asm, so that every access is one
-// base + index * scale address: otherwise GCC hoists a pointer per row out of
-// the loops, more than x86 has registers, and reloads them from the stack.
-// Elsewhere the plain form (32-bit ARM counted fewer instructions with it).
-template <int32_t R, class T, class F>
-HWY_INLINE void ForRows(T* p, ptrdiff_t step, F&& f) {
-#if HWY_ARCH_X86
-  static_assert(R % 4 == 0, "rows in fours");
-  const ptrdiff_t step3 = 3 * step;
-  HWY_UNROLL(4)
-  for (int32_t i = 0; i < R; i += 4) {
-    f(i, p);
-    f(i + 1, p + step);
-    f(i + 2, p + 2 * step);
-    f(i + 3, p + step3);
-    p += 4 * step;
-    asm("" : "+r"(p));
-  }
-#else
-  HWY_UNROLL(16)
-  for (int32_t i = 0; i < R; ++i) f(i, p + i * step);
-#endif
-}
-
 // R = 16 / N rows per block from `first` on, `next` bytes apart (block 1:
 // the R after those), 16 bytes each, turned: unit column v to o + v * down.
 template <size_t N, class D>
