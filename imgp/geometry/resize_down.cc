@@ -753,7 +753,8 @@ inline int32_t BandRows(int32_t left) {
 // The rotating one-pass shrink: the plain job on a tile of rows of one
 // column chunk at a time, each tile rotated into place; byte planes turned
 // by a quarter take bands while they last (in a band buffer, when one can be
-// had).
+// had), as paired tiles for the columns the vector path pairs and as plain
+// rows for the rest.
 template <class L>
 void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
   const int32_t w = whole.cols.dw, h = whole.rows.dh;
@@ -785,6 +786,7 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
                                 rt.Corner(x0, done, y0, job.nrows), ds);
           if (done != paired) {
             paired = done;
+            rest = job.col0;
             while (rest.x < x0 + paired) job.cols.Next(&rest);
           }
         }
