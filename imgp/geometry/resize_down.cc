@@ -22,6 +22,8 @@
 #include "common/internal/neon_raw-inl.h"
 #include "common/internal/x86_raw-inl.h"
 #include "imgp/geometry/resize_down_kernels.h"
+#include "imgp/geometry/rotate_kernels.h"
+#include "imgp/geometry/transpose-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kelo {
@@ -394,6 +396,140 @@ void RunPeriod(const ShrinkJob& job, const Period& p, int32_t g0, int32_t g1) {
   }
 }
 
+#if KELO_X86_RAW
+// Paired tiles for the quarter turns (turn_tile.h) from the period path: the
+// two rows of a paired row shrink side by side, a group per 128-bit block,
+// into 16-bit sums, and the sums of the odd-byte row shifted up and merged
+// into those of the other give the paired bytes (the first round of the
+// turn's transpose, without packing either row).
+using DP = hn::CappedTag<uint8_t, 32>;
+using DPw = hn::Repartition<uint16_t, DP>;
+constexpr int32_t kPairGroups = static_cast<int32_t>(hn::MaxLanes(DP()) / 16);
+
+// The sums of kPairGroups groups of one row: their taps in the 16 bytes at
+// lo (block 0) and at hi (block 1), and for two rows in those next bytes
+// on; without a shuffle the groups lie in place from lo on.
+template <bool kTwo, bool kShuffle>
+HWY_INLINE hn::Vec<DPw> GroupSums(const uint8_t* lo, const uint8_t* hi, ptrdiff_t next,
+                                  hn::Vec<DP> idx) {
+  const DP d;
+  const auto ones = hn::Set(d, 1);
+  const auto sums = [&](ptrdiff_t o) {
+    const auto v = kShuffle ? hn::TableLookupBytes(LoadBlocks(d, lo + o, hi + o), idx)
+                            : hn::LoadU(d, lo + o);
+    return hn::Vec<DPw>{RawMulAddPairs(v.raw, ones.raw)};
+  };
+  return kTwo ? hn::ShiftRight<2>(hn::Add(sums(0), sums(next))) : hn::ShiftRight<1>(sums(0));
+}
+
+// The groups of a paired row past the whole windows: each block's window
+// (a byte offset in the row) and shuffle.
+struct PairedTail {
+  ptrdiff_t lo, hi;
+  hn::Vec<DP> idx;
+};
+constexpr int kMaxTails = Period::kMaxLate + 1;
+
+// n groups (a multiple of kPairGroups) of rows a and b from byte offset off
+// on, step bytes apart, then the tails, into the paired row at o.
+template <bool kTwoA, bool kTwoB, bool kShuffle>
+void PairedRow(const uint8_t* a, const uint8_t* b, ptrdiff_t next, ptrdiff_t off,
+               ptrdiff_t step, int32_t n, hn::Vec<DP> idx, const PairedTail* tails, int nt,
+               uint8_t* o) {
+  const DP d;
+  const auto put = [&](hn::Vec<DPw> lo, hn::Vec<DPw> hi) {
+    hn::StoreU(hn::BitCast(d, hn::Or(lo, hn::ShiftLeft<8>(hi))), d, o);
+    o += 16 * kPairGroups;
+  };
+  a += off, b += off;
+  const ptrdiff_t adv = kPairGroups * step;
+  for (int32_t k = 0; k < n; k += kPairGroups, a += adv, b += adv) {
+    put(GroupSums<kTwoA, kShuffle>(a, a + step, next, idx),
+        GroupSums<kTwoB, kShuffle>(b, b + step, next, idx));
+  }
+  a -= off + ptrdiff_t{n / kPairGroups} * adv;
+  b -= off + ptrdiff_t{n / kPairGroups} * adv;
+  for (int i = 0; i < nt; ++i) {
+    const PairedTail& t = tails[i];
+    put(GroupSums<kTwoA, kShuffle>(a + t.lo, a + t.hi, next, t.idx),
+        GroupSums<kTwoB, kShuffle>(b + t.lo, b + t.hi, next, t.idx));
+  }
+}
+
+template <bool kShuffle, class... Args>
+void PairedRowOf(bool two_a, bool two_b, Args... args) {
+  if (two_a) {
+    if (two_b) return PairedRow<true, true, kShuffle>(args...);
+    return PairedRow<true, false, kShuffle>(args...);
+  }
+  if (two_b) return PairedRow<false, true, kShuffle>(args...);
+  PairedRow<false, false, kShuffle>(args...);
+}
+
+// The job's rows (a multiple of 16, at most 64) as a paired tile at tile,
+// ts bytes between paired rows, in the row order of its image turned by op
+// (90l: top row first; 90r: bottom row first), for the groups of its columns
+// that the period path takes (late ones too), two at a time; returns the
+// columns done, from job.col0.x on.
+int32_t ShrinkPairedVec(const ShrinkJob& job, int op, uint8_t* tile, ptrdiff_t ts) {
+  Period p;
+  if (job.unit_bytes != 1 || (op != kRot90l && op != kRot90r) || job.nrows % 16 != 0 ||
+      job.nrows > 64 || job.col0.x % 8 != 0 || !FindPeriod(job, &p)) {
+    return 0;
+  }
+  // Late groups need their own shuffles.
+  const int32_t all = p.shuffle ? p.groups + p.late : p.groups;
+  const int32_t g0 = job.col0.x / 8;
+  const int32_t end = job.col_end / 8 < all ? job.col_end / 8 : all;
+  const int32_t n = (end - g0) / 2 * 2;
+  if (n <= 0) return 0;
+  const int32_t inside = p.groups - g0 < n ? (p.groups - g0) / kPairGroups * kPairGroups : n;
+  const DP d;
+  const auto idx = hn::LoadDup128(d, p.idx);
+  const ptrdiff_t step = p.shuffle ? p.step : 16;
+  PairedTail tails[kMaxTails];
+  int nt = 0;
+  for (int32_t g = g0 + inside; g < g0 + n; g += kPairGroups) {
+    ptrdiff_t src[2];
+    const uint8_t* sh[2];
+    for (int32_t j = 0; j < kPairGroups; ++j) {
+      const int32_t late = g + j - p.groups;
+      src[j] = late < 0 ? (g + j) * step : p.late_src[late];
+      sh[j] = late < 0 ? p.idx : p.late_idx[late];
+    }
+    tails[nt++] = PairedTail{src[0], src[kPairGroups - 1],
+                             LoadBlocks(d, sh[0], sh[kPairGroups - 1])};
+  }
+  const uint8_t* rows[64];
+  bool two[64];
+  RowState rs = job.row0;
+  for (int32_t y = 0; y < job.nrows; ++y) {
+    const RowTap t = job.rows.Next(&rs);
+    rows[y] = job.src + t.off;
+    two[y] = t.two;
+  }
+  const ptrdiff_t off = g0 * step, next = job.rows.next;
+  const bool left = op == kRot90l;
+  // Paired rows in the order of their source rows (the plain kernel's).
+  for (int32_t k = 0; k < job.nrows / 2; ++k) {
+    const int32_t q = left ? k : job.nrows / 2 - 1 - k;
+    const int32_t c = q / 8 * 16 + q % 8;  // the image row of the even bytes
+    const int32_t ya = left ? c : job.nrows - 1 - c;
+    const int32_t yb = left ? c + 8 : job.nrows - 9 - c;
+    if (p.shuffle) {
+      PairedRowOf<true>(two[ya], two[yb], rows[ya], rows[yb], next, off, step, inside, idx,
+                        tails, nt, tile + q * ts);
+    } else {
+      PairedRowOf<false>(two[ya], two[yb], rows[ya], rows[yb], next, off, step, inside, idx,
+                         tails, nt, tile + q * ts);
+    }
+  }
+  return 8 * n;
+}
+#else
+int32_t ShrinkPairedVec(const ShrinkJob&, int, uint8_t*, ptrdiff_t) { return 0; }
+#endif
+
 #if KELO_NEON_RAW
 // Exact 2:1 of a byte plane (fw = 2, pairs of rows): every output is the
 // truncated mean of a 2x2 block, pair sums of both rows narrowed by two, a
@@ -473,6 +609,7 @@ int64_t AvgRowsVec(const uint8_t* a, const uint8_t* b, uint8_t* d, int64_t n, ui
 #else   // HWY_SCALAR: the scalar rows do everything.
 void ShrinkVec(const ShrinkJob&, ColState*) {}
 int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) { return 0; }
+int32_t ShrinkPairedVec(const ShrinkJob&, int, uint8_t*, ptrdiff_t) { return 0; }
 #endif  // HWY_TARGET != HWY_SCALAR
 
 }  // namespace HWY_NAMESPACE
@@ -497,6 +634,7 @@ inline void ShrinkVec(const ShrinkJob&, ColState*) {}
 inline int64_t AvgRowsVec(const uint8_t*, const uint8_t*, uint8_t*, int64_t, uint16_t) {
   return 0;
 }
+inline int32_t ShrinkPairedVec(const ShrinkJob&, int, uint8_t*, ptrdiff_t) { return 0; }
 }  // namespace scalar
 }  // namespace rsz
 
@@ -504,6 +642,7 @@ using rsz::ColState;
 using rsz::ShrinkJob;
 KELO_VEC_EXPORT(ShrinkVec);
 KELO_VEC_EXPORT(AvgRowsVec);
+KELO_VEC_EXPORT(ShrinkPairedVec);
 
 namespace rsz {
 namespace {
@@ -598,7 +737,8 @@ void RotShrinkTiles(int op, const ShrinkJob& whole, ptrdiff_t ds, int32_t x0, in
       for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
       rt.Flush(y, job.nrows);
     }
-    while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+    // The next chunk starts where this one ends (the last has none).
+    while (job.col_end < x1 && job.col0.x < job.col_end) job.cols.Next(&job.col0);
   });
 }
 
@@ -614,7 +754,8 @@ inline int32_t BandRows(int32_t left) {
 // The rotating one-pass shrink: the plain job on a tile of rows of one
 // column chunk at a time, each tile rotated into place; byte planes turned
 // by a quarter take bands while they last (in a band buffer, when one can be
-// had).
+// had), as paired tiles for the columns the vector path pairs and as plain
+// rows for the rest.
 template <class L>
 void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
   const int32_t w = whole.cols.dw, h = whole.rows.dh;
@@ -631,18 +772,38 @@ void RotShrink(int op, const ShrinkJob& whole, ptrdiff_t ds) {
     job.dst = band;
     for (int32_t x0 = 0; x0 < w; x0 += chunk) {
       const int32_t wc = w - x0 < chunk ? w - x0 : chunk;
-      job.dst_step = wc;
       job.col_end = x0 + wc;
       job.row0 = RowState{};
+      // The columns that bands take as paired tiles (the same for every
+      // band that has them), and the column state after them.
+      int32_t paired = 0;
+      ColState rest = job.col0;
       for (int32_t y0 = 0; y0 < yf; y0 += job.nrows) {
         job.nrows = BandRows(h - y0);
-        Shrink<L>(job, &ShrinkBest);
-        for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
         const int32_t done =
-            TurnTileColumns(op, 1, band, wc, job.nrows, wc, rt.Corner(x0, wc, y0, job.nrows), ds);
-        if (done < wc) rt.Turn(band + done, wc, x0 + done, wc - done, y0, job.nrows);
+            KELO_VEC_CALL(ShrinkPairedVec, scalar::ShrinkPairedVec)(job, op, band, 2 * wc);
+        if (done > 0) {
+          TurnPairedTileColumns(op, band, 2 * wc, job.nrows, done,
+                                rt.Corner(x0, done, y0, job.nrows), ds);
+          if (done != paired) {
+            paired = done;
+            rest = job.col0;
+            while (rest.x < x0 + paired) job.cols.Next(&rest);
+          }
+        }
+        ShrinkJob part = job;
+        if (done > 0) part.col0 = rest;
+        const int32_t px = part.col0.x, pw = x0 + wc - px;
+        part.dst_step = pw;
+        if (pw > 0) {
+          Shrink<L>(part, &ShrinkBest);
+          const int32_t turned = TurnTileColumns(op, 1, band, pw, job.nrows, pw,
+                                                 rt.Corner(px, pw, y0, job.nrows), ds);
+          if (turned < pw) rt.Turn(band + turned, pw, px + turned, pw - turned, y0, job.nrows);
+        }
+        for (int32_t i = 0; i < job.nrows; ++i) job.rows.Next(&job.row0);
       }
-      while (job.col0.x < job.col_end) job.cols.Next(&job.col0);
+      while (job.col_end < w && job.col0.x < job.col_end) job.cols.Next(&job.col0);
     }
     std::free(band);
   }

@@ -25,43 +25,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using D16 = hn::Full128<uint8_t>;
 using DW = hn::CappedTag<uint8_t, 32>;
 
-// 16 bytes at lo in block 0 and, with two blocks, 16 at hi in block 1.
-template <class D>
-HWY_INLINE hn::Vec<D> LoadBlocks(D d, const uint8_t* lo, const uint8_t* hi) {
-  if constexpr (hn::MaxLanes(D()) == 16) {
-    (void)hi;
-    return hn::LoadU(d, lo);
-  } else {
-    const D16 d16;
-    return hn::Combine(d, hn::LoadU(d16, hi), hn::LoadU(d16, lo));
-  }
-}
-
-// Calls f(i, p + i * step) for i in [0, R). On x86 the pointer is stepped
-// four rows at a time behind an empty asm, so that every access is one
-// base + index * scale address: otherwise GCC hoists a pointer per row out of
-// the loops, more than x86 has registers, and reloads them from the stack.
-// Elsewhere the plain form (32-bit ARM counted fewer instructions with it).
-template <int32_t R, class T, class F>
-HWY_INLINE void ForRows(T* p, ptrdiff_t step, F&& f) {
-#if HWY_ARCH_X86
-  static_assert(R % 4 == 0, "rows in fours");
-  const ptrdiff_t step3 = 3 * step;
-  HWY_UNROLL(4)
-  for (int32_t i = 0; i < R; i += 4) {
-    f(i, p);
-    f(i + 1, p + step);
-    f(i + 2, p + 2 * step);
-    f(i + 3, p + step3);
-    p += 4 * step;
-    asm("" : "+r"(p));
-  }
-#else
-  HWY_UNROLL(16)
-  for (int32_t i = 0; i < R; ++i) f(i, p + i * step);
-#endif
-}
-
 // R = 16 / N rows per block from `first` on, `next` bytes apart (block 1:
 // the R after those), 16 bytes each, turned: unit column v to o + v * down.
 template <size_t N, class D>
@@ -72,6 +35,22 @@ HWY_INLINE void TurnSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o, p
   ForRows<R>(first, next, [&](int32_t i, const uint8_t* p) { r[i] = LoadBlocks(d, p, p + hi); });
   TransposeInBlocks<N, R>(d, r);
   ForRows<R>(o, down, [&](int32_t v, uint8_t* q) { hn::StoreU(r[v], d, q); });
+}
+
+// The same for a paired tile of bytes (see turn_tile.h): 8 paired rows per
+// block from `first` on, `next` bytes apart (block 1: the 8 after those),
+// 32 bytes each; their two halves are the first round of the transpose.
+template <class D>
+HWY_INLINE void TurnPairedSet(D d, const uint8_t* first, ptrdiff_t next, uint8_t* o,
+                              ptrdiff_t down) {
+  hn::Vec<D> r[16];
+  const ptrdiff_t hi = 8 * next;
+  ForRows<8>(first, next, [&](int32_t i, const uint8_t* p) {
+    r[2 * i] = LoadBlocks(d, p, p + hi);
+    r[2 * i + 1] = LoadBlocks(d, p + 16, p + hi + 16);
+  });
+  TransposeInBlocks<1, 16, 2>(d, r);
+  ForRows<16>(o, down, [&](int32_t v, uint8_t* q) { hn::StoreU(r[v], d, q); });
 }
 
 // Columns [0, 16 / N * groups) of the tile. Tile row y goes to destination
@@ -110,6 +89,24 @@ int32_t TurnUnits(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32
   return R * groups;
 }
 
+// A paired tile of `rows` rows: columns [0, 16 * groups), by 16 as in
+// TurnGroups.
+template <bool kLeft>
+void TurnPairedGroups(const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t groups,
+                      uint8_t* dst, ptrdiff_t ds) {
+  constexpr int32_t kSet = 16 * static_cast<int32_t>(hn::MaxLanes(DW()) / 16);
+  const ptrdiff_t down = kLeft ? -ds : ds;
+  const int32_t whole = rows / kSet * kSet;
+  uint8_t* o = kLeft ? dst + ptrdiff_t{16 * groups - 1} * ds : dst;
+  const uint8_t* first = tile;
+  for (int32_t k = 0; k < groups; ++k, o += 16 * down, first += 32) {
+    for (int32_t set = 0; set < whole; set += kSet) {
+      TurnPairedSet(DW(), first + set / 2 * ts, ts, o + set, down);
+    }
+    if (whole < rows) TurnPairedSet(D16(), first + whole / 2 * ts, ts, o + whole, down);
+  }
+}
+
 int32_t TurnTileVec(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
                     int32_t cols, uint8_t* dst, ptrdiff_t ds) {
   if ((op != kRot90l && op != kRot90r) || rows % static_cast<int32_t>(16 / unit) != 0) return 0;
@@ -120,9 +117,24 @@ int32_t TurnTileVec(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int3
   }
 }
 
+int32_t TurnPairedVec(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows, int32_t cols,
+                      uint8_t* dst, ptrdiff_t ds) {
+  if ((op != kRot90l && op != kRot90r) || rows % 16 != 0) return 0;
+  const int32_t groups = cols / 16;
+  if (op == kRot90l) {
+    TurnPairedGroups<true>(tile, ts, rows, groups, dst + ptrdiff_t{cols - 16 * groups} * ds, ds);
+  } else {
+    TurnPairedGroups<false>(tile, ts, rows, groups, dst, ds);
+  }
+  return 16 * groups;
+}
+
 #else   // HWY_SCALAR
 int32_t TurnTileVec(int, size_t, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*,
                     ptrdiff_t) {
+  return 0;
+}
+int32_t TurnPairedVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*, ptrdiff_t) {
   return 0;
 }
 #endif  // HWY_TARGET != HWY_SCALAR
@@ -139,14 +151,24 @@ inline int32_t TurnTileVec(int, size_t, const uint8_t*, ptrdiff_t, int32_t, int3
                            ptrdiff_t) {
   return 0;
 }
+inline int32_t TurnPairedVec(int, const uint8_t*, ptrdiff_t, int32_t, int32_t, uint8_t*,
+                             ptrdiff_t) {
+  return 0;
+}
 }  // namespace scalar
 
 KELO_VEC_EXPORT(TurnTileVec);
+KELO_VEC_EXPORT(TurnPairedVec);
 
 int32_t TurnTileColumns(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
                         int32_t cols, uint8_t* dst, ptrdiff_t ds) {
   return KELO_VEC_CALL(TurnTileVec, scalar::TurnTileVec)(op, unit, tile, ts, rows, cols, dst,
                                                          ds);
+}
+
+int32_t TurnPairedTileColumns(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
+                              int32_t cols, uint8_t* dst, ptrdiff_t ds) {
+  return KELO_VEC_CALL(TurnPairedVec, scalar::TurnPairedVec)(op, tile, ts, rows, cols, dst, ds);
 }
 
 }  // namespace kelo

@@ -17,6 +17,16 @@ namespace kelo {
 int32_t TurnTileColumns(int op, size_t unit, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
                         int32_t cols, uint8_t* dst, ptrdiff_t ds);
 
+// A paired tile of bytes: `rows` rows (a multiple of 16) kept as rows / 2
+// paired rows, ts bytes apart, each 2 * cols bytes long; paired row
+// 8 * b + i holds, byte by byte, columns of rows 16 * b + i (even bytes) and
+// 16 * b + i + 8 (odd bytes) of the tile as it lands turned: row j of it goes
+// to destination unit j of every destination row (its top-left unit at
+// dst). Turns a leading run of its columns by a quarter as TurnTileColumns;
+// returns the columns done (a multiple of 16; none without vectors).
+int32_t TurnPairedTileColumns(int op, const uint8_t* tile, ptrdiff_t ts, int32_t rows,
+                              int32_t cols, uint8_t* dst, ptrdiff_t ds);
+
 }  // namespace kelo
 
 #endif  // KELO_IMGP_GEOMETRY_TURN_TILE_H_

@@ -88,7 +88,8 @@ struct Planes {
 // mixed and kept directions, odd sizes, widths past one tile row (2048
 // units) so that the kernels work in column chunks, and 2:1 and 3:2 shrinks
 // through bands of 64 rows with rows and columns left over (12 rows after a
-// band: the last 8-row turn overlaps the one before).
+// band: the last 8-row turn overlaps the one before), and 3:2 shrinks whose
+// last group of columns reads a window that ends the source row.
 struct Pair {
   int32_t sw, sh, w, h;
 };
@@ -99,7 +100,7 @@ const Pair kPairs[] = {
     {1, 1, 3, 2},      {3, 1, 1, 1},      {4300, 35, 2100, 33}, {1100, 19, 2300, 40},
     {1100, 41, 2300, 19}, {120, 260, 60, 19}, {4400, 30, 2200, 15}, {3300, 20, 2200, 10},
     {200, 140, 100, 70}, {330, 99, 220, 66}, {333, 200, 222, 133}, {4200, 130, 2100, 65},
-    {200, 152, 100, 76}};
+    {200, 152, 100, 76}, {96, 48, 64, 32},  {240, 99, 160, 66}};
 
 class RotResizers : public ::testing::TestWithParam<Kit> {};
 
