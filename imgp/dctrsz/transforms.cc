@@ -3,6 +3,7 @@
 // lanes; products and sums wrap (unsigned lanes), shifts are arithmetic.
 #include "common/internal/simd.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -109,13 +110,43 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 }
 
 void RunToBytes(const BlockRun& run) {
+  uint8_t buf[16 * kRunMaxSub * kRunMaxSub];
   for (int i = 0; i < run.n; ++i) {
-    BlockToBytes(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
-                 run.dst + 4 * i, run.dst_stride);
+    ptrdiff_t pitch;
+    const uint8_t* pix = dctrsz::RunWindow(run, i, buf, &pitch);
+    BlockToBytes(pix, pitch, run.v, run.h, run.ni, run.nj, run.q, run.dst + 4 * i, run.dst_stride);
   }
 }
 
 }  // namespace scalar
+
+namespace dctrsz {
+
+int UsedLines(const int16_t* m, bool pixel_rows) {
+  int used = 0;
+  for (int n = 0; n < 4; ++n) {
+    for (int e = 0; e < 4; ++e) {
+      if (m[pixel_rows ? 4 * n + e : 4 * e + n] != 0) used = n + 1;
+    }
+  }
+  return used;
+}
+
+const uint8_t* RunWindow(const BlockRun& run, int i, uint8_t* buf, ptrdiff_t* pitch) {
+  const int32_t ww = 4 * run.nj, wh = 4 * run.ni, x0 = run.xoff[i];
+  if (int64_t{x0} + ww <= run.cols && wh <= run.rows) {
+    *pitch = run.src_stride;
+    return run.src + x0;
+  }
+  for (int32_t y = 0; y < wh; ++y) {
+    const uint8_t* row = run.src + std::min(y, run.rows - 1) * run.src_stride;
+    for (int32_t x = 0; x < ww; ++x) buf[y * ww + x] = row[std::min(x0 + x, run.cols - 1)];
+  }
+  *pitch = ww;
+  return buf;
+}
+
+}  // namespace dctrsz
 }  // namespace kelo
 #endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
 
@@ -372,7 +403,7 @@ using VR = hn::Vec<DR>;
 constexpr size_t kRunLanes = hn::MaxLanes(DR());
 constexpr int32_t kSpan = 512;  // columns of T computed at a time
 
-constexpr int kMaxSub = 8;     // sub-blocks across or down a run handles
+constexpr int kMaxSub = kRunMaxSub;  // sub-blocks across or down a run batches
 
 // The run's matrices and scale, every entry broadcast to a whole vector
 // (memory operands on x86, plain loads on ARM).
@@ -400,11 +431,14 @@ HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
 
 HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
 
-// T of the `L` columns at src into out[u * kSpan].
+// The vertical products of one sub-block row (4 pixel rows at p, of which
+// the first kRows have weight: rows past them are not read) added to the
+// column sums s[u], each product shifted first. m: the sub-block's V.
 #if KELO_X86_RAW
 // Rows n and n + 1 as 16-bit (P[n][x], P[n + 1][x]) lanes: one pmaddwd per
 // pair of rows. The sums (bytes times 16-bit entries) are far from 32 bits,
-// so they equal the wrapping ones.
+// so they equal the wrapping ones. A row of zero weight reads as its upper
+// neighbour (stride 0).
 HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #if HWY_TARGET <= HWY_AVX2
   static_assert(kRunLanes == 8, "256-bit run vectors");
@@ -421,92 +455,112 @@ HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #endif
 }
 
-HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
-                        uint32_t* out) {
-  const DR d;
-  VR s[4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    const VR p01 = RowPair(p, stride);
-    const VR p23 = RowPair(p + 2 * stride, stride);
-    const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+template <int kRows>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              VR s[4]) {
+  const VR p01 = RowPair(p, kRows > 1 ? stride : 0);
+  const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+  if (kRows <= 2) {
     HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
-                           VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
-      s[u] = hn::Add(s[u], Sar<4>(t));
-    }
+    for (int u = 0; u < 4; ++u) s[u] = hn::Add(s[u], Sar<4>(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)}));
+    return;
   }
+  const VR p23 = RowPair(p + 2 * stride, kRows > 3 ? stride : 0);
   HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+  for (int u = 0; u < 4; ++u) {
+    const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
+                         VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
+    s[u] = hn::Add(s[u], Sar<4>(t));
+  }
+}
+#elif HWY_TARGET == HWY_NEON
+// Eight columns as 16-bit lanes, each V row one d register: products by
+// lane, widened while they accumulate (vmull/vmlal.s16), exact like the
+// definition's sums.
+template <int kRows>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              int32x4_t s[4][2]) {
+  int16x8_t rows[4];
+  HWY_UNROLL(4)
+  for (int n = 0; n < kRows; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
+  const int16_t* m = k.v16[bi];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    const int16x4_t vu = vld1_s16(m + 4 * u);
+    int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
+    int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
+    if (kRows > 1) {
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[1]), vu, 1);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[1]), vu, 1);
+    }
+    if (kRows > 2) {
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[2]), vu, 2);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[2]), vu, 2);
+    }
+    if (kRows > 3) {
+      lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
+      hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
+    }
+    s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
+    s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
+  }
 }
 #else
+template <int kRows>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              VR s[4]) {
+  const DR d;
+  const hn::Rebind<uint8_t, DR> d8;
+  VR rows[4];
+  HWY_UNROLL(4)
+  for (int n = 0; n < kRows; ++n) rows[n] = hn::PromoteTo(d, hn::LoadU(d8, p + n * stride));
+  const uint32_t* m = k.v + bi * 16 * kRunLanes;
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    VR t = hn::Mul(rows[0], Splat(m, 4 * u));
+    HWY_UNROLL(4)
+    for (int n = 1; n < kRows; ++n) t = hn::Add(t, hn::Mul(rows[n], Splat(m, 4 * u + n)));
+    s[u] = hn::Add(s[u], Sar<4>(t));
+  }
+}
+#endif
+
+// T of the kColumnStep columns at src into out[u * kSpan]: every sub-block
+// row whole but the last, whose first kLast rows have weight.
+template <int kLast>
 HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
                         uint32_t* out) {
 #if HWY_TARGET == HWY_NEON
-  // Eight columns as 16-bit lanes, each V row one d register: products by
-  // lane, widened while they accumulate (vmull/vmlal.s16), exact like the
-  // definition's sums.
   int32x4_t s[4][2];
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    int16x8_t rows[4];
-    HWY_UNROLL(4)
-    for (int n = 0; n < 4; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
-    const int16_t* m = k.v16[bi];
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      const int16x4_t vu = vld1_s16(m + 4 * u);
-      int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
-      int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
-      lo = vmlal_lane_s16(lo, vget_low_s16(rows[1]), vu, 1);
-      hi = vmlal_lane_s16(hi, vget_high_s16(rows[1]), vu, 1);
-      lo = vmlal_lane_s16(lo, vget_low_s16(rows[2]), vu, 2);
-      hi = vmlal_lane_s16(hi, vget_high_s16(rows[2]), vu, 2);
-      lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
-      hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
-      s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
-      s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
-    }
-  }
+#else
+  VR s[4];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(DR());
+#endif
+  for (int bi = 0; bi + 1 < ni; ++bi) SubRowColumns<4>(src + 4 * bi * stride, stride, k, bi, s);
+  if constexpr (kLast > 0) SubRowColumns<kLast>(src + 4 * (ni - 1) * stride, stride, k, ni - 1, s);
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) {
+#if HWY_TARGET == HWY_NEON
     int32_t* o = reinterpret_cast<int32_t*>(out + u * kSpan);
     vst1q_s32(o, s[u][0]);
     vst1q_s32(o + 4, s[u][1]);
-  }
 #else
-  const uint32_t* vk = k.v;
-  const DR d;
-  const hn::Rebind<uint8_t, DR> d8;
-  VR s[4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    const VR p0 = hn::PromoteTo(d, hn::LoadU(d8, p));
-    const VR p1 = hn::PromoteTo(d, hn::LoadU(d8, p + stride));
-    const VR p2 = hn::PromoteTo(d, hn::LoadU(d8, p + 2 * stride));
-    const VR p3 = hn::PromoteTo(d, hn::LoadU(d8, p + 3 * stride));
-    const uint32_t* m = vk + bi * 16 * kRunLanes;
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      VR t = hn::Mul(p0, Splat(m, 4 * u));
-      t = hn::Add(t, hn::Mul(p1, Splat(m, 4 * u + 1)));
-      t = hn::Add(t, hn::Mul(p2, Splat(m, 4 * u + 2)));
-      t = hn::Add(t, hn::Mul(p3, Splat(m, 4 * u + 3)));
-      s[u] = hn::Add(s[u], Sar<4>(t));
-    }
+    hn::StoreU(s[u], DR(), out + u * kSpan);
+#endif
   }
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
-#endif
 }
-#endif
+
+// T of the w >= kColumnStep columns at src into tsum[u * kSpan].
+template <int kLast>
+HWY_NOINLINE void ColumnSpan(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                             int32_t w, uint32_t* tsum) {
+  int32_t x = 0;
+  for (; x + kColumnStep <= w; x += kColumnStep) Columns<kLast>(src + x, stride, k, ni, tsum + x);
+  if (x < w) Columns<kLast>(src + w - kColumnStep, stride, k, ni, tsum + w - kColumnStep);
+}
 
 // Four consecutive T entries of block t (and of block t + 4 in the upper
 // 128-bit half).
@@ -589,7 +643,12 @@ void RunToBytesVec(const BlockRun& run) {
   RunConstants k;
   const int32_t ww = 4 * run.nj;
   int i = 0;
-  const bool batches = run.n >= L && run.ni <= kMaxSub && run.nj <= kMaxSub;
+  const bool batches = run.n >= L && run.ni >= 1 && run.nj >= 1 && run.ni <= kMaxSub &&
+                       run.nj <= kMaxSub;
+  // Pixel rows of the last sub-block row and columns of the last sub-block
+  // column that have weight.
+  const int last_rows = batches ? dctrsz::UsedLines(run.v[run.ni - 1], false) : 4;
+  const int32_t used_w = batches ? 4 * (run.nj - 1) + dctrsz::UsedLines(run.h[run.nj - 1], true) : ww;
   if (batches) {
     for (int bi = 0; bi < run.ni; ++bi) {
       const int16_t* m = run.v[bi];
@@ -614,12 +673,21 @@ void RunToBytesVec(const BlockRun& run) {
     const int32_t x0 = run.xoff[i];
     int cnt = 0;
     while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
-    const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
+    // Columns of T up to the last window's last column of non-zero weight
+    // are computed; the rest of the window, zero.
+    const int32_t w = cnt ? run.xoff[i + cnt - 1] + used_w - x0 : 0;
     if (w < kColumnStep) break;
     const uint8_t* src = run.src + x0;
-    int32_t x = 0;
-    for (; x + kColumnStep <= w; x += kColumnStep) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
-    if (x < w) Columns(src + w - kColumnStep, run.src_stride, k, run.ni, tsum + w - kColumnStep);
+    switch (last_rows) {
+      case 0: ColumnSpan<0>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 1: ColumnSpan<1>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 2: ColumnSpan<2>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 3: ColumnSpan<3>(src, run.src_stride, k, run.ni, w, tsum); break;
+      default: ColumnSpan<4>(src, run.src_stride, k, run.ni, w, tsum); break;
+    }
+    for (int u = 0; u < 4; ++u) {
+      for (int32_t x = w; x < w + ww - used_w; ++x) tsum[u * kSpan + x] = 0;
+    }
     for (int b = 0; b < cnt; b += L) {
       int32_t rel[L];
       for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
@@ -627,9 +695,12 @@ void RunToBytesVec(const BlockRun& run) {
     }
     i += cnt;
   }
+  uint8_t buf[16 * kMaxSub * kMaxSub];
   for (; i < run.n; ++i) {
-    BlockToBytesVec(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
-                    run.dst + 4 * i, run.dst_stride);
+    ptrdiff_t pitch;
+    const uint8_t* pix = dctrsz::RunWindow(run, i, buf, &pitch);
+    BlockToBytesVec(pix, pitch, run.v, run.h, run.ni, run.nj, run.q, run.dst + 4 * i,
+                    run.dst_stride);
   }
 }
 #endif  // HWY_TARGET == HWY_SCALAR

@@ -197,7 +197,12 @@ INSTANTIATE_TEST_SUITE_P(
                       // sub-blocks with all four classes.
                       PassCase{KIMGP_CS_YUV420, 1200, 48, 800, 32, 0},
                       PassCase{KIMGP_CS_NV12, 1290, 40, 640, 20, 0},
-                      PassCase{KIMGP_CS_YUV420, 1100, 66, 350, 21, 0}));
+                      PassCase{KIMGP_CS_YUV420, 1100, 66, 350, 21, 0},
+                      // Ratio 1.5: the last block row and column read
+                      // windows whose zero-weight overhang lies past the
+                      // plane.
+                      PassCase{KIMGP_CS_YUV420, 192, 108, 128, 72, 0},
+                      PassCase{KIMGP_CS_NV12, 384, 108, 256, 72, 0}));
 
 int32_t RunOnce(int32_t (*fn)(kimgp_img*, kimgp_rsz_new_ctx*, int16_t***, int16_t***),
                 const kimgp_img& src, kimgp_img& dst, int mode);
