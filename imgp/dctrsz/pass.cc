@@ -240,12 +240,33 @@ void Average(const SrcPlane& src, int sstep, int f, uint8_t* dst,
   }
 }
 
+// Planar chroma written by the blocks, interleaved into the destination's
+// chroma plane by block rows: each worker merges the rows it wrote.
+struct Merge {
+  const uint8_t* first = nullptr;  // the component stored first in a pair
+  const uint8_t* second = nullptr;
+  ptrdiff_t pitch = 0;
+  uint8_t* out = nullptr;
+  ptrdiff_t out_stride = 0;
+  int32_t w = 0, h = 0;
+
+  void Rows(int parity) const {
+    for (int64_t y0 = 4 * int64_t{parity}; y0 < h; y0 += 8) {
+      for (int64_t y = y0; y < std::min<int64_t>(y0 + 4, h); ++y) {
+        csc::Interleave(first + y * pitch, second + y * pitch, out + y * out_stride,
+                        static_cast<size_t>(w));
+      }
+    }
+  }
+};
+
 struct Pass {
   const kimgp_rsz_new_ctx* ctx;
   int16_t*** vmat;
   int16_t*** hmat;
   PlaneJob jobs[4];  // released by ready[0]: jobs[0]; by ready[1]: the rest
   int n_jobs;
+  Merge merge;       // after the jobs, when out is set
   sem_t ready[2];
 };
 
@@ -264,6 +285,7 @@ void* Worker(void* arg) {
   for (int j = 1; j < ps.n_jobs; ++j) {
     PlaneRows(*ps.ctx, ps.vmat, ps.hmat, ps.jobs[j], w->parity, w->scratch);
   }
+  if (ps.merge.out != nullptr) ps.merge.Rows(w->parity);
   return nullptr;
 }
 
@@ -303,6 +325,7 @@ void RunWorkers(Pass& ps, kimgp_rsz_new_ctx* ctx, const Prepare& prepare) {
       for (int j = 0; j < ps.n_jobs; ++j) {
         PlaneRows(*ctx, ps.vmat, ps.hmat, ps.jobs[j], w, args[w].scratch);
       }
+      if (ps.merge.out != nullptr) ps.merge.Rows(w);
     }
   }
   for (int w = 0; w < 2; ++w) {
@@ -506,6 +529,16 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
   ps.jobs[1] = PlaneJob{chroma[0], dchroma[0], 1, luma_blocks};
   ps.jobs[2] = PlaneJob{chroma[1], dchroma[1], 1, luma_blocks};
   ps.n_jobs = 3;
+  if (dst_nv) {
+    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
+    ps.merge.first = dchroma[first].data;
+    ps.merge.second = dchroma[1 - first].data;
+    ps.merge.pitch = uv_pitch;
+    ps.merge.out = d.plane[1];
+    ps.merge.out_stride = d.stride[1];
+    ps.merge.w = d.width[1];
+    ps.merge.h = d.height[1];
+  }
   RunWorkers(ps, ctx, [&](int stage) {
     if (stage == 0) {
       if (f > 1) {
@@ -530,14 +563,6 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
       Average(from, from.step, f, prepared[comp], pitch, 1, chroma[comp].w, chroma[comp].h);
     }
   });
-  if (dst_nv) {
-    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
-    for (int32_t y = 0; y < d.height[1]; ++y) {
-      csc::Interleave(dchroma[first].data + y * uv_pitch, dchroma[1 - first].data + y * uv_pitch,
-                      d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1],
-                      static_cast<size_t>(d.width[1]));
-    }
-  }
   return KIMGP_OK;
 }
 

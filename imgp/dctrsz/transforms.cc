@@ -205,6 +205,13 @@ HWY_INLINE V Sar(V v) {
   return hn::BitCast(d, hn::ShiftRight<kShift>(hn::BitCast(hn::RebindToSigned<decltype(d)>(), v)));
 }
 
+// ((a >> 16) * q) >> 8 kept as 16 bits, sign-extended: bits 8 to 23 of the
+// product, moved to the top and shifted down.
+template <class V>
+HWY_INLINE V Dequantise(V a, V q) {
+  return Sar<16>(hn::ShiftLeft<8>(hn::Mul(Sar<16>(a), q)));
+}
+
 // Rows to columns in registers.
 HWY_INLINE void Transpose(VU& r0, VU& r1, VU& r2, VU& r3) {
   const hn::Repartition<uint64_t, DU> d64;
@@ -364,8 +371,7 @@ HWY_INLINE void DequantiseStore(const VU a[4], const int32_t* q, uint8_t* dst,
   VU d[4];
   for (int r = 0; r < 4; ++r) {
     const VU qs = hn::LoadU(du, reinterpret_cast<const uint32_t*>(q + 4 * r));
-    const VU prod = Sar<8>(hn::Mul(Sar<16>(a[r]), qs));
-    d[r] = Sar<16>(hn::ShiftLeft<16>(prod));
+    d[r] = Dequantise(a[r], qs);
   }
   InverseStore(d[0], d[1], d[2], d[3], dst, stride);
 }
@@ -616,8 +622,7 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
     VR dq[4];
     HWY_UNROLL(4)
     for (int w = 0; w < 4; ++w) {
-      const VR prod = Sar<8>(hn::Mul(Sar<16>(a[w]), Splat(k.q, 4 * u + w)));
-      dq[w] = Sar<16>(hn::ShiftLeft<16>(prod));
+      dq[w] = Dequantise(a[w], Splat(k.q, 4 * u + w));
     }
     Butterfly<7>(dq[0], dq[1], dq[2], dq[3], y[u][0], y[u][1], y[u][2], y[u][3]);
   }
