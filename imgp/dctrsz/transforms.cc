@@ -422,7 +422,26 @@ struct RunConstants {
   bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
   const int16_t* v16[kMaxSub];  // the V and H matrices themselves
   const int16_t* h16[kMaxSub];
+  // The folded H of a window of 5 to 8 used columns whose H columns are
+  // even (frequencies 0 and 2) and odd (1 and 3) about the window's centre:
+  // its rows i up to the centre, as rows and broadcast.
+  HWY_ALIGN int32_t hf32[4][4];
+  HWY_ALIGN uint32_t hf[16 * kRunLanes];
 };
+
+// The used window width when the run's H folds (see RunConstants::hf),
+// else 0.
+HWY_INLINE int FoldedWidth(const int16_t* const* h, int32_t used_w) {
+  if (used_w < 5 || used_w > 8) return 0;
+  for (int i = 0; i < used_w; ++i) {
+    const int16_t* row = h[i / 4] + 4 * (i % 4);
+    const int16_t* mirror = h[(used_w - 1 - i) / 4] + 4 * ((used_w - 1 - i) % 4);
+    for (int w = 0; w < 4; ++w) {
+      if (row[w] != (w % 2 ? -mirror[w] : mirror[w])) return 0;
+    }
+  }
+  return used_w;
+}
 
 // Columns of T one Columns call makes.
 #if HWY_TARGET == HWY_NEON
@@ -580,7 +599,9 @@ HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
   }
 }
 
-// kRunLanes blocks whose windows start at column rel[i] of T.
+// kRunLanes blocks whose windows start at column rel[i] of T; kW: the
+// folded width, or 0.
+template <int kW>
 HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
                       uint8_t* dst, ptrdiff_t stride) {
   const DR d;
@@ -588,34 +609,88 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) {
     VR a[4];
-    HWY_UNROLL(4)
-    for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
     const uint32_t* row = tsum + u * kSpan;
-    for (int bj = 0; bj < nj; ++bj) {
-      VR r[4];
+    if constexpr (kW == 0) {
       HWY_UNROLL(4)
-      for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
-      TransposeInBlocks<4, 4>(d, r);
+      for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
+      for (int bj = 0; bj < nj; ++bj) {
+        VR r[4];
+        HWY_UNROLL(4)
+        for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+        TransposeInBlocks<4, 4>(d, r);
 #if HWY_TARGET == HWY_NEON
-      // Row c of H widened into two d registers: multiply-accumulates by
-      // lane instead of a broadcast vector per entry.
-      const int16_t* hm = k.h16[bj];
+        // Row c of H widened into two d registers: multiply-accumulates by
+        // lane instead of a broadcast vector per entry.
+        const int16_t* hm = k.h16[bj];
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) {
+          if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+          const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
+          a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
+          a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
+          a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
+          a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+        }
+#else
+        const uint32_t* m = k.h + bj * 16 * kRunLanes;
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) {
+          if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+          HWY_UNROLL(4)
+          for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+        }
+#endif
+      }
+    } else {
+      // Columns i and kW - 1 - i share their H entries up to the sign:
+      // their sums feed the even frequencies, their differences the odd
+      // ones (the same wrapping sums, half the products).
+      constexpr int kHalf = kW / 2, kTerms = (kW + 1) / 2;
+      VR tv[8];
+      HWY_UNROLL(2)
+      for (int bj = 0; bj < (kW + 3) / 4; ++bj) {
+        VR r[4];
+        HWY_UNROLL(4)
+        for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+        TransposeInBlocks<4, 4>(d, r);
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) tv[4 * bj + c] = r[c];
+      }
+      VR sum[kTerms], dif[kHalf];
       HWY_UNROLL(4)
-      for (int c = 0; c < 4; ++c) {
-        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
-        const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
-        a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
-        a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
-        a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
-        a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+      for (int i = 0; i < kHalf; ++i) {
+        sum[i] = hn::Add(tv[i], tv[kW - 1 - i]);
+        dif[i] = hn::Sub(tv[i], tv[kW - 1 - i]);
+      }
+      if constexpr (kW % 2 == 1) sum[kHalf] = tv[kHalf];
+#if HWY_TARGET == HWY_NEON
+      uint32x4_t hr[kTerms];
+      HWY_UNROLL(4)
+      for (int i = 0; i < kTerms; ++i) hr[i] = vreinterpretq_u32_s32(vld1q_s32(k.hf32[i]));
+      a[0] = VR{vmulq_lane_u32(sum[0].raw, vget_low_u32(hr[0]), 0)};
+      a[1] = VR{vmulq_lane_u32(dif[0].raw, vget_low_u32(hr[0]), 1)};
+      a[2] = VR{vmulq_lane_u32(sum[0].raw, vget_high_u32(hr[0]), 0)};
+      a[3] = VR{vmulq_lane_u32(dif[0].raw, vget_high_u32(hr[0]), 1)};
+      HWY_UNROLL(4)
+      for (int i = 1; i < kTerms; ++i) {
+        a[0] = VR{vmlaq_lane_u32(a[0].raw, sum[i].raw, vget_low_u32(hr[i]), 0)};
+        a[2] = VR{vmlaq_lane_u32(a[2].raw, sum[i].raw, vget_high_u32(hr[i]), 0)};
+        if (i < kHalf) {
+          a[1] = VR{vmlaq_lane_u32(a[1].raw, dif[i].raw, vget_low_u32(hr[i]), 1)};
+          a[3] = VR{vmlaq_lane_u32(a[3].raw, dif[i].raw, vget_high_u32(hr[i]), 1)};
+        }
       }
 #else
-      const uint32_t* m = k.h + bj * 16 * kRunLanes;
       HWY_UNROLL(4)
-      for (int c = 0; c < 4; ++c) {
-        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
-        HWY_UNROLL(4)
-        for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+      for (int w = 0; w < 4; ++w) a[w] = hn::Mul(w % 2 ? dif[0] : sum[0], Splat(k.hf, w));
+      HWY_UNROLL(4)
+      for (int i = 1; i < kTerms; ++i) {
+        a[0] = hn::Add(a[0], hn::Mul(sum[i], Splat(k.hf, 4 * i)));
+        a[2] = hn::Add(a[2], hn::Mul(sum[i], Splat(k.hf, 4 * i + 2)));
+        if (i < kHalf) {
+          a[1] = hn::Add(a[1], hn::Mul(dif[i], Splat(k.hf, 4 * i + 1)));
+          a[3] = hn::Add(a[3], hn::Mul(dif[i], Splat(k.hf, 4 * i + 3)));
+        }
       }
 #endif
     }
@@ -674,6 +749,13 @@ void RunToBytesVec(const BlockRun& run) {
       hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
     }
   }
+  const int fold = batches ? FoldedWidth(run.h, used_w) : 0;
+  for (int i = 0; i < (fold + 1) / 2; ++i) {
+    for (int w = 0; w < 4; ++w) {
+      k.hf32[i][w] = run.h[i / 4][4 * (i % 4) + w];
+      hn::Store(hn::Set(DR(), static_cast<uint32_t>(k.hf32[i][w])), DR(), k.hf + (4 * i + w) * kRunLanes);
+    }
+  }
   while (batches && run.n - i >= L) {
     const int32_t x0 = run.xoff[i];
     int cnt = 0;
@@ -696,7 +778,14 @@ void RunToBytesVec(const BlockRun& run) {
     for (int b = 0; b < cnt; b += L) {
       int32_t rel[L];
       for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
-      Batch(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
+      uint8_t* dst = run.dst + 4 * (i + b);
+      switch (fold) {
+        case 5: Batch<5>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 6: Batch<6>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 7: Batch<7>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 8: Batch<8>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        default: Batch<0>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+      }
     }
     i += cnt;
   }
