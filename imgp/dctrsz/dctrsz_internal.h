@@ -107,6 +107,11 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   ptrdiff_t dst_stride);
 // BlockToBytes for every block of a run.
 void RunToBytes(const BlockRun& run);
+// The blocks j < n of a block row from j = 0 that form a run (at least 1):
+// j >= 1 joins when cls[j] == k, yoff[j] == yo and
+// xoff[j - 1] <= xoff[j] <= x_end.
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end);
 
 }  // namespace scalar
 
@@ -126,6 +131,8 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   ptrdiff_t dst_stride);
 // The blocks of a run, several at a time.
 void RunToBytes(const BlockRun& run);
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end);
 
 }  // namespace kelo
 

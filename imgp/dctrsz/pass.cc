@@ -178,11 +178,10 @@ void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
       const int m = MatrixClass(k, ctx.n_class[0]);
       const int64_t x_end = int64_t{job.src.w} - reach.w[m];
       const int64_t c_end = std::min<int64_t>(end, job.dst.w / 4);
-      int64_t e = c + 1;
-      while (e < c_end && ctx.blk_class[row + e] == k && ctx.blk_yoff[row + e] == yo &&
-             ctx.blk_xoff[row + e] >= ctx.blk_xoff[row + e - 1] && ctx.blk_xoff[row + e] <= x_end) {
-        ++e;
-      }
+      const int64_t e =
+          c + static_cast<int64_t>(RunExtent(ctx.blk_class + i, ctx.blk_xoff + i, ctx.blk_yoff + i,
+                                             static_cast<size_t>(c_end - c), k, yo,
+                                             static_cast<int32_t>(std::max<int64_t>(x_end, -1))));
       BlockRun run;
       run.src = job.src.data + ctx.blk_yoff[i] * job.src.stride;
       run.src_stride = job.src.stride;

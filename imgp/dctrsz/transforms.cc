@@ -118,6 +118,13 @@ void RunToBytes(const BlockRun& run) {
   }
 }
 
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end) {
+  size_t j = 1;
+  while (j < n && cls[j] == k && yoff[j] == yo && xoff[j] >= xoff[j - 1] && xoff[j] <= x_end) ++j;
+  return j;
+}
+
 }  // namespace scalar
 
 namespace dctrsz {
@@ -163,6 +170,24 @@ HWY_BEFORE_NAMESPACE();
 namespace kelo {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+
+// A vector of blocks at a time; the first that does not join ends the run.
+size_t RunExtentVec(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                    uint8_t k, int32_t yo, int32_t x_end) {
+  const hn::ScalableTag<int32_t> d;
+  const hn::Rebind<uint8_t, decltype(d)> d8;
+  const size_t lanes = hn::Lanes(d);
+  const auto kv = hn::Set(d, k), yv = hn::Set(d, yo), xe = hn::Set(d, x_end);
+  size_t j = 1;
+  for (; j + lanes <= n; j += lanes) {
+    const auto x = hn::LoadU(d, xoff + j);
+    const auto c = hn::BitCast(d, hn::PromoteTo(hn::RebindToUnsigned<decltype(d)>(), hn::LoadU(d8, cls + j)));
+    const auto ok = hn::AndNot(hn::Or(hn::Lt(x, hn::LoadU(d, xoff + j - 1)), hn::Gt(x, xe)),
+                               hn::And(hn::Eq(c, kv), hn::Eq(hn::LoadU(d, yoff + j), yv)));
+    if (!hn::AllTrue(d, ok)) return j + static_cast<size_t>(hn::FindFirstTrue(d, hn::Not(ok)));
+  }
+  return j + scalar::RunExtent(cls + j - 1, xoff + j - 1, yoff + j - 1, n - j + 1, k, yo, x_end) - 1;
+}
 
 #if HWY_TARGET == HWY_SCALAR
 // One lane cannot hold a block row: the scalar definitions serve.
@@ -815,8 +840,13 @@ KELO_VEC_EXPORT(Idct16Vec);
 KELO_VEC_EXPORT(AccumulateBlockVec);
 KELO_VEC_EXPORT(BlockToBytesVec);
 KELO_VEC_EXPORT(RunToBytesVec);
+KELO_VEC_EXPORT(RunExtentVec);
 
 void RunToBytes(const BlockRun& run) { KELO_VEC_CALL(RunToBytesVec, scalar::RunToBytes)(run); }
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end) {
+  return KELO_VEC_CALL(RunExtentVec, scalar::RunExtent)(cls, xoff, yoff, n, k, yo, x_end);
+}
 
 void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      int16_t* const* h, int ni, int nj, int32_t* acc) {
