@@ -624,6 +624,40 @@ HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
   }
 }
 
+// Row k of every block of a batch (o[c], lane t: column c of block t), each
+// value's low 16 bits saturated to a byte, the blocks' four bytes side by
+// side.
+HWY_INLINE void StoreBlockRows(const VR o[4], uint8_t* dst) {
+#if KELO_X86_RAW
+  // Low halves packed to words, then to bytes (c major within each 128-bit
+  // block), then one shuffle to t major.
+#if HWY_TARGET <= HWY_AVX2
+  const __m256i low = _mm256_set1_epi32(0xFFFF);
+  const __m256i p01 = _mm256_packus_epi32(_mm256_and_si256(o[0].raw, low), _mm256_and_si256(o[1].raw, low));
+  const __m256i p23 = _mm256_packus_epi32(_mm256_and_si256(o[2].raw, low), _mm256_and_si256(o[3].raw, low));
+  const __m256i order = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0, 4,
+                                         8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
+                      _mm256_shuffle_epi8(_mm256_packus_epi16(p01, p23), order));
+#else
+  const __m128i low = _mm_set1_epi32(0xFFFF);
+  const __m128i p01 = _mm_packus_epi32(_mm_and_si128(o[0].raw, low), _mm_and_si128(o[1].raw, low));
+  const __m128i p23 = _mm_packus_epi32(_mm_and_si128(o[2].raw, low), _mm_and_si128(o[3].raw, low));
+  const __m128i order = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi8(_mm_packus_epi16(p01, p23), order));
+#endif
+#else
+  const hn::RebindToSigned<DR> di;
+  const hn::Rebind<uint8_t, DR> d8;
+  hn::Vec<decltype(d8)> b[4];
+  HWY_UNROLL(4)
+  for (int c = 0; c < 4; ++c) {
+    b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[c]))));
+  }
+  hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst);
+#endif
+}
+
 // kRunLanes blocks whose windows start at column rel[i] of T; kW: the
 // folded width, or 0.
 template <int kW>
@@ -729,17 +763,8 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
   VR o[4][4];
   HWY_UNROLL(4)
   for (int c = 0; c < 4; ++c) Butterfly<14>(y[0][c], y[1][c], y[2][c], y[3][c], o[0][c], o[1][c], o[2][c], o[3][c]);
-  const hn::RebindToSigned<DR> di;
-  const hn::Rebind<uint8_t, DR> d8;
   HWY_UNROLL(4)
-  for (int k = 0; k < 4; ++k) {
-    hn::Vec<decltype(d8)> b[4];
-    HWY_UNROLL(4)
-    for (int c = 0; c < 4; ++c) {
-      b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[k][c]))));
-    }
-    hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst + k * stride);
-  }
+  for (int k = 0; k < 4; ++k) StoreBlockRows(o[k], dst + k * stride);
 }
 
 void RunToBytesVec(const BlockRun& run) {
