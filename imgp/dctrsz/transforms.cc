@@ -481,6 +481,12 @@ HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
 
 HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
 
+// sum = t for the first term of a sum, else sum + t.
+template <bool kFirst>
+HWY_INLINE void AddTerm(VR& sum, VR t) {
+  sum = kFirst ? t : hn::Add(sum, t);
+}
+
 // The vertical products of one sub-block row (4 pixel rows at p, of which
 // the first kRows have weight: rows past them are not read) added to the
 // column sums s[u], each product shifted first. m: the sub-block's V.
@@ -505,14 +511,14 @@ HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #endif
 }
 
-template <int kRows>
+template <int kRows, bool kFirst>
 HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
                               VR s[4]) {
   const VR p01 = RowPair(p, kRows > 1 ? stride : 0);
   const uint32_t* m = k.vp + bi * 8 * kRunLanes;
   if (kRows <= 2) {
     HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) s[u] = hn::Add(s[u], Sar<4>(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)}));
+    for (int u = 0; u < 4; ++u) AddTerm<kFirst>(s[u], Sar<4>(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)}));
     return;
   }
   const VR p23 = RowPair(p + 2 * stride, kRows > 3 ? stride : 0);
@@ -520,14 +526,14 @@ HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConst
   for (int u = 0; u < 4; ++u) {
     const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
                          VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
-    s[u] = hn::Add(s[u], Sar<4>(t));
+    AddTerm<kFirst>(s[u], Sar<4>(t));
   }
 }
 #elif HWY_TARGET == HWY_NEON
 // Eight columns as 16-bit lanes, each V row one d register: products by
 // lane, widened while they accumulate (vmull/vmlal.s16), exact like the
 // definition's sums.
-template <int kRows>
+template <int kRows, bool kFirst>
 HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
                               int32x4_t s[4][2]) {
   int16x8_t rows[4];
@@ -551,12 +557,17 @@ HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConst
       lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
       hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
     }
-    s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
-    s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
+    if (kFirst) {
+      s[u][0] = vshrq_n_s32(lo, 4);
+      s[u][1] = vshrq_n_s32(hi, 4);
+    } else {
+      s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
+      s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
+    }
   }
 }
 #else
-template <int kRows>
+template <int kRows, bool kFirst>
 HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
                               VR s[4]) {
   const DR d;
@@ -570,7 +581,7 @@ HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConst
     VR t = hn::Mul(rows[0], Splat(m, 4 * u));
     HWY_UNROLL(4)
     for (int n = 1; n < kRows; ++n) t = hn::Add(t, hn::Mul(rows[n], Splat(m, 4 * u + n)));
-    s[u] = hn::Add(s[u], Sar<4>(t));
+    AddTerm<kFirst>(s[u], Sar<4>(t));
   }
 }
 #endif
@@ -582,15 +593,26 @@ HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants
                         uint32_t* out) {
 #if HWY_TARGET == HWY_NEON
   int32x4_t s[4][2];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
 #else
   VR s[4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(DR());
 #endif
-  for (int bi = 0; bi + 1 < ni; ++bi) SubRowColumns<4>(src + 4 * bi * stride, stride, k, bi, s);
-  if constexpr (kLast > 0) SubRowColumns<kLast>(src + 4 * (ni - 1) * stride, stride, k, ni - 1, s);
+  const uint8_t* last = src + 4 * (ni - 1) * stride;
+  if (ni == 1 || kLast == 0) {
+#if HWY_TARGET == HWY_NEON
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
+#else
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) s[u] = hn::Zero(DR());
+#endif
+    for (int bi = 0; bi + 1 < ni; ++bi) SubRowColumns<4, false>(src + 4 * bi * stride, stride, k, bi, s);
+    if constexpr (kLast > 0) SubRowColumns<kLast, false>(last, stride, k, ni - 1, s);
+  } else {
+    // The first sub-block row sets the sums.
+    SubRowColumns<4, true>(src, stride, k, 0, s);
+    for (int bi = 1; bi + 1 < ni; ++bi) SubRowColumns<4, false>(src + 4 * bi * stride, stride, k, bi, s);
+    if constexpr (kLast > 0) SubRowColumns<kLast, false>(last, stride, k, ni - 1, s);
+  }
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) {
 #if HWY_TARGET == HWY_NEON
