@@ -47,13 +47,20 @@ inline int MatrixClass(int k, int n_class0) {
 
 }  // namespace dctrsz
 
+// Sub-blocks down or across a window that the runs handle with their
+// relaxed edge rule (see BlockRun::rows).
+constexpr int kRunMaxSub = 8;
+
 // A run of output blocks side by side in one block row that share their
 // class: the same matrices, scale and sub-block counts, windows starting in
-// the same source row. Every window and every output block lies inside its
-// plane.
+// the same source row. Every output block lies inside its plane; every
+// window sample of non-zero weight lies inside the readable rows x cols from
+// src (the rest of a window, the overhang its matrices weight by zero, may
+// lie beyond when ni and nj are at most kRunMaxSub: it is never read).
 struct BlockRun {
   const uint8_t* src;    // the windows' top source row
   ptrdiff_t src_stride;
+  int32_t rows, cols;    // readable rows and columns from src
   const int32_t* xoff;   // window column of each block, ascending
   int n;                 // blocks; block i writes dst + 4 * i
   int ni, nj;            // sub-blocks down and across
@@ -63,6 +70,21 @@ struct BlockRun {
   uint8_t* dst;          // top-left output pixel of the first block
   ptrdiff_t dst_stride;
 };
+
+namespace dctrsz {
+
+// Pixel lines of a sub-block that a 4x4 matrix weighs: 1 + the last pixel
+// index with a non-zero entry (0 for a zero matrix). The pixel index is the
+// column of a V matrix and the row of an H matrix (pixel_rows = true).
+int UsedLines(const int16_t* m, bool pixel_rows);
+
+// The window of block i of a run at the returned pointer, rows *pitch
+// apart: straight from the source, or, when it reaches past the readable
+// rows or columns, copied into buf (4 * kRunMaxSub squared bytes) with the
+// samples beyond (all of zero weight) repeated from the edge.
+const uint8_t* RunWindow(const BlockRun& run, int i, uint8_t* buf, ptrdiff_t* pitch);
+
+}  // namespace dctrsz
 
 namespace scalar {
 
@@ -85,6 +107,11 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   ptrdiff_t dst_stride);
 // BlockToBytes for every block of a run.
 void RunToBytes(const BlockRun& run);
+// The blocks j < n of a block row from j = 0 that form a run (at least 1):
+// j >= 1 joins when cls[j] == k, yoff[j] == yo and
+// xoff[j - 1] <= xoff[j] <= x_end.
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end);
 
 }  // namespace scalar
 
@@ -104,6 +131,8 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                   ptrdiff_t dst_stride);
 // The blocks of a run, several at a time.
 void RunToBytes(const BlockRun& run);
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end);
 
 }  // namespace kelo
 

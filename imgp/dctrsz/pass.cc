@@ -54,16 +54,6 @@ inline int32_t Clamp(int64_t v, int32_t hi) {
   return static_cast<int32_t>(v < 0 ? 0 : (v > hi ? hi : v));
 }
 
-// Whether block i (row r, column c) reads its window straight from the
-// plane and writes a whole 4x4 block of a plane of single-byte samples.
-bool Inside(const kimgp_rsz_new_ctx& ctx, const PlaneJob& job, int64_t r, int64_t c, size_t i) {
-  const int64_t xo = ctx.blk_xoff[i], yo = ctx.blk_yoff[i];
-  const SrcPlane& sp = job.src;
-  const DstPlane& dp = job.dst;
-  return sp.step == 1 && dp.step == 1 && xo >= 0 && yo >= 0 && xo + 4 * ctx.ceil_x[0] <= sp.w &&
-         yo + 4 * ctx.ceil_y[0] <= sp.h && 4 * c + 4 <= dp.w && 4 * r + 4 <= dp.h;
-}
-
 // Sub-blocks down and across of matrix class m: those overhanging the block
 // by less than 4.
 int32_t SubRows(const kimgp_rsz_new_ctx& ctx, int m) {
@@ -72,6 +62,43 @@ int32_t SubRows(const kimgp_rsz_new_ctx& ctx, int m) {
 int32_t SubCols(const kimgp_rsz_new_ctx& ctx, int m) {
   return ctx.ceil_x[0] - (ctx.pad_x[0][m] >= 4 ? 1 : 0);
 }
+
+// The part of the windows of each matrix class that a run reads: up to the
+// last row and column of non-zero weight (the whole window when the runs
+// cannot leave the rest unread).
+struct Reach {
+  int32_t w[4], h[4];
+};
+
+Reach WindowReach(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat) {
+  Reach reach;
+  for (int m = 0; m < 4; ++m) {
+    reach.w[m] = 4 * ctx.ceil_x[0];
+    reach.h[m] = 4 * ctx.ceil_y[0];
+    const int32_t ni = SubRows(ctx, m), nj = SubCols(ctx, m);
+    if (m >= ctx.n_class[0] || ni < 1 || nj < 1 || ctx.ceil_x[0] > kRunMaxSub ||
+        ctx.ceil_y[0] > kRunMaxSub) {
+      continue;
+    }
+    reach.w[m] = 4 * (nj - 1) + UsedLines(hmat[m][nj - 1], true);
+    reach.h[m] = 4 * (ni - 1) + UsedLines(vmat[m][ni - 1], false);
+  }
+  return reach;
+}
+
+// Whether block i (row r, column c) can join a run: the part of its window
+// the run reads lies inside a plane of single-byte samples, and it writes a
+// whole 4x4 block of such a plane.
+bool Inside(const kimgp_rsz_new_ctx& ctx, const Reach& reach, const PlaneJob& job, int64_t r,
+            int64_t c, size_t i) {
+  const int64_t xo = ctx.blk_xoff[i], yo = ctx.blk_yoff[i];
+  const int m = MatrixClass(ctx.blk_class[i], ctx.n_class[0]);
+  const SrcPlane& sp = job.src;
+  const DstPlane& dp = job.dst;
+  return sp.step == 1 && dp.step == 1 && xo >= 0 && yo >= 0 && xo + reach.w[m] <= sp.w &&
+         yo + reach.h[m] <= sp.h && 4 * c + 4 <= dp.w && 4 * r + 4 <= dp.h;
+}
+
 
 // One output block at block row r, column c of a plane.
 void Block(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
@@ -135,11 +162,12 @@ void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
   const int64_t rows = int64_t{ctx.n_rows_b[p]} + ctx.n_rows_b1[p];
   const int64_t cols = int64_t{ctx.n_cols_a[p]} + ctx.n_cols_a1[p];
   const int64_t end = std::min<int64_t>(cols, (int64_t{job.dst.w} + 3) / 4);
+  const Reach reach = WindowReach(ctx, vmat, hmat);
   for (int64_t r = parity; r < rows && 4 * r < job.dst.h; r += 2) {
     const size_t row = job.first + static_cast<size_t>(r * cols);
     for (int64_t c = 0; c < end;) {
       const size_t i = row + static_cast<size_t>(c);
-      if (!Inside(ctx, job, r, c, i)) {
+      if (!Inside(ctx, reach, job, r, c, i)) {
         Block(ctx, vmat, hmat, job, r, c, i, s);
         ++c;
         continue;
@@ -148,17 +176,18 @@ void PlaneRows(const kimgp_rsz_new_ctx& ctx, int16_t*** vmat, int16_t*** hmat,
       // left of their neighbour's, are inside when their right edges are.
       const uint8_t k = ctx.blk_class[i];
       const int32_t yo = ctx.blk_yoff[i];
-      const int64_t x_end = int64_t{job.src.w} - 4 * ctx.ceil_x[0];
-      const int64_t c_end = std::min<int64_t>(end, job.dst.w / 4);
-      int64_t e = c + 1;
-      while (e < c_end && ctx.blk_class[row + e] == k && ctx.blk_yoff[row + e] == yo &&
-             ctx.blk_xoff[row + e] >= ctx.blk_xoff[row + e - 1] && ctx.blk_xoff[row + e] <= x_end) {
-        ++e;
-      }
       const int m = MatrixClass(k, ctx.n_class[0]);
+      const int64_t x_end = int64_t{job.src.w} - reach.w[m];
+      const int64_t c_end = std::min<int64_t>(end, job.dst.w / 4);
+      const int64_t e =
+          c + static_cast<int64_t>(RunExtent(ctx.blk_class + i, ctx.blk_xoff + i, ctx.blk_yoff + i,
+                                             static_cast<size_t>(c_end - c), k, yo,
+                                             static_cast<int32_t>(std::max<int64_t>(x_end, -1))));
       BlockRun run;
       run.src = job.src.data + ctx.blk_yoff[i] * job.src.stride;
       run.src_stride = job.src.stride;
+      run.rows = job.src.h - yo;
+      run.cols = job.src.w;
       run.xoff = ctx.blk_xoff + i;
       run.n = static_cast<int>(e - c);
       run.ni = SubRows(ctx, m);
@@ -211,12 +240,33 @@ void Average(const SrcPlane& src, int sstep, int f, uint8_t* dst,
   }
 }
 
+// Planar chroma written by the blocks, interleaved into the destination's
+// chroma plane by block rows: each worker merges the rows it wrote.
+struct Merge {
+  const uint8_t* first = nullptr;  // the component stored first in a pair
+  const uint8_t* second = nullptr;
+  ptrdiff_t pitch = 0;
+  uint8_t* out = nullptr;
+  ptrdiff_t out_stride = 0;
+  int32_t w = 0, h = 0;
+
+  void Rows(int parity) const {
+    for (int64_t y0 = 4 * int64_t{parity}; y0 < h; y0 += 8) {
+      for (int64_t y = y0; y < std::min<int64_t>(y0 + 4, h); ++y) {
+        csc::Interleave(first + y * pitch, second + y * pitch, out + y * out_stride,
+                        static_cast<size_t>(w));
+      }
+    }
+  }
+};
+
 struct Pass {
   const kimgp_rsz_new_ctx* ctx;
   int16_t*** vmat;
   int16_t*** hmat;
   PlaneJob jobs[4];  // released by ready[0]: jobs[0]; by ready[1]: the rest
   int n_jobs;
+  Merge merge;       // after the jobs, when out is set
   sem_t ready[2];
 };
 
@@ -235,6 +285,7 @@ void* Worker(void* arg) {
   for (int j = 1; j < ps.n_jobs; ++j) {
     PlaneRows(*ps.ctx, ps.vmat, ps.hmat, ps.jobs[j], w->parity, w->scratch);
   }
+  if (ps.merge.out != nullptr) ps.merge.Rows(w->parity);
   return nullptr;
 }
 
@@ -274,6 +325,7 @@ void RunWorkers(Pass& ps, kimgp_rsz_new_ctx* ctx, const Prepare& prepare) {
       for (int j = 0; j < ps.n_jobs; ++j) {
         PlaneRows(*ctx, ps.vmat, ps.hmat, ps.jobs[j], w, args[w].scratch);
       }
+      if (ps.merge.out != nullptr) ps.merge.Rows(w);
     }
   }
   for (int w = 0; w < 2; ++w) {
@@ -477,6 +529,16 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
   ps.jobs[1] = PlaneJob{chroma[0], dchroma[0], 1, luma_blocks};
   ps.jobs[2] = PlaneJob{chroma[1], dchroma[1], 1, luma_blocks};
   ps.n_jobs = 3;
+  if (dst_nv) {
+    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
+    ps.merge.first = dchroma[first].data;
+    ps.merge.second = dchroma[1 - first].data;
+    ps.merge.pitch = uv_pitch;
+    ps.merge.out = d.plane[1];
+    ps.merge.out_stride = d.stride[1];
+    ps.merge.w = d.width[1];
+    ps.merge.h = d.height[1];
+  }
   RunWorkers(ps, ctx, [&](int stage) {
     if (stage == 0) {
       if (f > 1) {
@@ -501,14 +563,6 @@ int32_t BlockPass(kimgp_img* img, kimgp_rsz_new_ctx* ctx, int16_t*** vmat, int16
       Average(from, from.step, f, prepared[comp], pitch, 1, chroma[comp].w, chroma[comp].h);
     }
   });
-  if (dst_nv) {
-    const int first = d.cs == KIMGP_CS_NV21 ? 1 : 0;
-    for (int32_t y = 0; y < d.height[1]; ++y) {
-      csc::Interleave(dchroma[first].data + y * uv_pitch, dchroma[1 - first].data + y * uv_pitch,
-                      d.plane[1] + static_cast<ptrdiff_t>(y) * d.stride[1],
-                      static_cast<size_t>(d.width[1]));
-    }
-  }
   return KIMGP_OK;
 }
 

@@ -3,6 +3,7 @@
 // lanes; products and sums wrap (unsigned lanes), shifts are arithmetic.
 #include "common/internal/simd.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -109,13 +110,50 @@ void BlockToBytes(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
 }
 
 void RunToBytes(const BlockRun& run) {
+  uint8_t buf[16 * kRunMaxSub * kRunMaxSub];
   for (int i = 0; i < run.n; ++i) {
-    BlockToBytes(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
-                 run.dst + 4 * i, run.dst_stride);
+    ptrdiff_t pitch;
+    const uint8_t* pix = dctrsz::RunWindow(run, i, buf, &pitch);
+    BlockToBytes(pix, pitch, run.v, run.h, run.ni, run.nj, run.q, run.dst + 4 * i, run.dst_stride);
   }
 }
 
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end) {
+  size_t j = 1;
+  while (j < n && cls[j] == k && yoff[j] == yo && xoff[j] >= xoff[j - 1] && xoff[j] <= x_end) ++j;
+  return j;
+}
+
 }  // namespace scalar
+
+namespace dctrsz {
+
+int UsedLines(const int16_t* m, bool pixel_rows) {
+  int used = 0;
+  for (int n = 0; n < 4; ++n) {
+    for (int e = 0; e < 4; ++e) {
+      if (m[pixel_rows ? 4 * n + e : 4 * e + n] != 0) used = n + 1;
+    }
+  }
+  return used;
+}
+
+const uint8_t* RunWindow(const BlockRun& run, int i, uint8_t* buf, ptrdiff_t* pitch) {
+  const int32_t ww = 4 * run.nj, wh = 4 * run.ni, x0 = run.xoff[i];
+  if (int64_t{x0} + ww <= run.cols && wh <= run.rows) {
+    *pitch = run.src_stride;
+    return run.src + x0;
+  }
+  for (int32_t y = 0; y < wh; ++y) {
+    const uint8_t* row = run.src + std::min(y, run.rows - 1) * run.src_stride;
+    for (int32_t x = 0; x < ww; ++x) buf[y * ww + x] = row[std::min(x0 + x, run.cols - 1)];
+  }
+  *pitch = ww;
+  return buf;
+}
+
+}  // namespace dctrsz
 }  // namespace kelo
 #endif  // KELO_IMGP_DCTRSZ_TRANSFORMS_SCALAR_
 
@@ -132,6 +170,24 @@ HWY_BEFORE_NAMESPACE();
 namespace kelo {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+
+// A vector of blocks at a time; the first that does not join ends the run.
+size_t RunExtentVec(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                    uint8_t k, int32_t yo, int32_t x_end) {
+  const hn::ScalableTag<int32_t> d;
+  const hn::Rebind<uint8_t, decltype(d)> d8;
+  const size_t lanes = hn::Lanes(d);
+  const auto kv = hn::Set(d, k), yv = hn::Set(d, yo), xe = hn::Set(d, x_end);
+  size_t j = 1;
+  for (; j + lanes <= n; j += lanes) {
+    const auto x = hn::LoadU(d, xoff + j);
+    const auto c = hn::BitCast(d, hn::PromoteTo(hn::RebindToUnsigned<decltype(d)>(), hn::LoadU(d8, cls + j)));
+    const auto ok = hn::AndNot(hn::Or(hn::Lt(x, hn::LoadU(d, xoff + j - 1)), hn::Gt(x, xe)),
+                               hn::And(hn::Eq(c, kv), hn::Eq(hn::LoadU(d, yoff + j), yv)));
+    if (!hn::AllTrue(d, ok)) return j + static_cast<size_t>(hn::FindFirstTrue(d, hn::Not(ok)));
+  }
+  return j + scalar::RunExtent(cls + j - 1, xoff + j - 1, yoff + j - 1, n - j + 1, k, yo, x_end) - 1;
+}
 
 #if HWY_TARGET == HWY_SCALAR
 // One lane cannot hold a block row: the scalar definitions serve.
@@ -172,6 +228,13 @@ template <int kShift, class V>
 HWY_INLINE V Sar(V v) {
   const hn::DFromV<V> d;
   return hn::BitCast(d, hn::ShiftRight<kShift>(hn::BitCast(hn::RebindToSigned<decltype(d)>(), v)));
+}
+
+// ((a >> 16) * q) >> 8 kept as 16 bits, sign-extended: bits 8 to 23 of the
+// product, moved to the top and shifted down.
+template <class V>
+HWY_INLINE V Dequantise(V a, V q) {
+  return Sar<16>(hn::ShiftLeft<8>(hn::Mul(Sar<16>(a), q)));
 }
 
 // Rows to columns in registers.
@@ -333,8 +396,7 @@ HWY_INLINE void DequantiseStore(const VU a[4], const int32_t* q, uint8_t* dst,
   VU d[4];
   for (int r = 0; r < 4; ++r) {
     const VU qs = hn::LoadU(du, reinterpret_cast<const uint32_t*>(q + 4 * r));
-    const VU prod = Sar<8>(hn::Mul(Sar<16>(a[r]), qs));
-    d[r] = Sar<16>(hn::ShiftLeft<16>(prod));
+    d[r] = Dequantise(a[r], qs);
   }
   InverseStore(d[0], d[1], d[2], d[3], dst, stride);
 }
@@ -372,7 +434,7 @@ using VR = hn::Vec<DR>;
 constexpr size_t kRunLanes = hn::MaxLanes(DR());
 constexpr int32_t kSpan = 512;  // columns of T computed at a time
 
-constexpr int kMaxSub = 8;     // sub-blocks across or down a run handles
+constexpr int kMaxSub = kRunMaxSub;  // sub-blocks across or down a run batches
 
 // The run's matrices and scale, every entry broadcast to a whole vector
 // (memory operands on x86, plain loads on ARM).
@@ -385,7 +447,26 @@ struct RunConstants {
   bool h_zero[kMaxSub][4];  // row c of H[bj] is all zero
   const int16_t* v16[kMaxSub];  // the V and H matrices themselves
   const int16_t* h16[kMaxSub];
+  // The folded H of a window of 5 to 8 used columns whose H columns are
+  // even (frequencies 0 and 2) and odd (1 and 3) about the window's centre:
+  // its rows i up to the centre, as rows and broadcast.
+  HWY_ALIGN int32_t hf32[4][4];
+  HWY_ALIGN uint32_t hf[16 * kRunLanes];
 };
+
+// The used window width when the run's H folds (see RunConstants::hf),
+// else 0.
+HWY_INLINE int FoldedWidth(const int16_t* const* h, int32_t used_w) {
+  if (used_w < 5 || used_w > 8) return 0;
+  for (int i = 0; i < used_w; ++i) {
+    const int16_t* row = h[i / 4] + 4 * (i % 4);
+    const int16_t* mirror = h[(used_w - 1 - i) / 4] + 4 * ((used_w - 1 - i) % 4);
+    for (int w = 0; w < 4; ++w) {
+      if (row[w] != (w % 2 ? -mirror[w] : mirror[w])) return 0;
+    }
+  }
+  return used_w;
+}
 
 // Columns of T one Columns call makes.
 #if HWY_TARGET == HWY_NEON
@@ -400,11 +481,20 @@ HWY_INLINE void Broadcast16(const int16_t* m, uint32_t* out) {
 
 HWY_INLINE VR Splat(const uint32_t* k, int e) { return hn::Load(DR(), k + e * kRunLanes); }
 
-// T of the `L` columns at src into out[u * kSpan].
+// sum = t for the first term of a sum, else sum + t.
+template <bool kFirst>
+HWY_INLINE void AddTerm(VR& sum, VR t) {
+  sum = kFirst ? t : hn::Add(sum, t);
+}
+
+// The vertical products of one sub-block row (4 pixel rows at p, of which
+// the first kRows have weight: rows past them are not read) added to the
+// column sums s[u], each product shifted first. m: the sub-block's V.
 #if KELO_X86_RAW
 // Rows n and n + 1 as 16-bit (P[n][x], P[n + 1][x]) lanes: one pmaddwd per
 // pair of rows. The sums (bytes times 16-bit entries) are far from 32 bits,
-// so they equal the wrapping ones.
+// so they equal the wrapping ones. A row of zero weight reads as its upper
+// neighbour (stride 0).
 HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #if HWY_TARGET <= HWY_AVX2
   static_assert(kRunLanes == 8, "256-bit run vectors");
@@ -421,92 +511,128 @@ HWY_INLINE VR RowPair(const uint8_t* p, ptrdiff_t stride) {
 #endif
 }
 
-HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
-                        uint32_t* out) {
-  const DR d;
-  VR s[4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    const VR p01 = RowPair(p, stride);
-    const VR p23 = RowPair(p + 2 * stride, stride);
-    const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+template <int kRows, bool kFirst>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              VR s[4]) {
+  const VR p01 = RowPair(p, kRows > 1 ? stride : 0);
+  const uint32_t* m = k.vp + bi * 8 * kRunLanes;
+  if (kRows <= 2) {
     HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
-                           VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
-      s[u] = hn::Add(s[u], Sar<4>(t));
-    }
+    for (int u = 0; u < 4; ++u) AddTerm<kFirst>(s[u], Sar<4>(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)}));
+    return;
   }
+  const VR p23 = RowPair(p + 2 * stride, kRows > 3 ? stride : 0);
   HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
+  for (int u = 0; u < 4; ++u) {
+    const VR t = hn::Add(VR{RawMulAddWords(p01.raw, Splat(m, 2 * u).raw)},
+                         VR{RawMulAddWords(p23.raw, Splat(m, 2 * u + 1).raw)});
+    AddTerm<kFirst>(s[u], Sar<4>(t));
+  }
 }
-#else
-HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
-                        uint32_t* out) {
-#if HWY_TARGET == HWY_NEON
-  // Eight columns as 16-bit lanes, each V row one d register: products by
-  // lane, widened while they accumulate (vmull/vmlal.s16), exact like the
-  // definition's sums.
-  int32x4_t s[4][2];
+#elif HWY_TARGET == HWY_NEON
+// Eight columns as 16-bit lanes, each V row one d register: products by
+// lane, widened while they accumulate (vmull/vmlal.s16), exact like the
+// definition's sums.
+template <int kRows, bool kFirst>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              int32x4_t s[4][2]) {
+  int16x8_t rows[4];
   HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    int16x8_t rows[4];
-    HWY_UNROLL(4)
-    for (int n = 0; n < 4; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
-    const int16_t* m = k.v16[bi];
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      const int16x4_t vu = vld1_s16(m + 4 * u);
-      int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
-      int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
+  for (int n = 0; n < kRows; ++n) rows[n] = vreinterpretq_s16_u16(vmovl_u8(vld1_u8(p + n * stride)));
+  const int16_t* m = k.v16[bi];
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+    const int16x4_t vu = vld1_s16(m + 4 * u);
+    int32x4_t lo = vmull_lane_s16(vget_low_s16(rows[0]), vu, 0);
+    int32x4_t hi = vmull_lane_s16(vget_high_s16(rows[0]), vu, 0);
+    if (kRows > 1) {
       lo = vmlal_lane_s16(lo, vget_low_s16(rows[1]), vu, 1);
       hi = vmlal_lane_s16(hi, vget_high_s16(rows[1]), vu, 1);
+    }
+    if (kRows > 2) {
       lo = vmlal_lane_s16(lo, vget_low_s16(rows[2]), vu, 2);
       hi = vmlal_lane_s16(hi, vget_high_s16(rows[2]), vu, 2);
+    }
+    if (kRows > 3) {
       lo = vmlal_lane_s16(lo, vget_low_s16(rows[3]), vu, 3);
       hi = vmlal_lane_s16(hi, vget_high_s16(rows[3]), vu, 3);
+    }
+    if (kFirst) {
+      s[u][0] = vshrq_n_s32(lo, 4);
+      s[u][1] = vshrq_n_s32(hi, 4);
+    } else {
       s[u][0] = vaddq_s32(s[u][0], vshrq_n_s32(lo, 4));
       s[u][1] = vaddq_s32(s[u][1], vshrq_n_s32(hi, 4));
     }
   }
+}
+#else
+template <int kRows, bool kFirst>
+HWY_INLINE void SubRowColumns(const uint8_t* p, ptrdiff_t stride, const RunConstants& k, int bi,
+                              VR s[4]) {
+  const DR d;
+  const hn::Rebind<uint8_t, DR> d8;
+  VR rows[4];
+  HWY_UNROLL(4)
+  for (int n = 0; n < kRows; ++n) rows[n] = hn::PromoteTo(d, hn::LoadU(d8, p + n * stride));
+  const uint32_t* m = k.v + bi * 16 * kRunLanes;
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) {
+    VR t = hn::Mul(rows[0], Splat(m, 4 * u));
+    HWY_UNROLL(4)
+    for (int n = 1; n < kRows; ++n) t = hn::Add(t, hn::Mul(rows[n], Splat(m, 4 * u + n)));
+    AddTerm<kFirst>(s[u], Sar<4>(t));
+  }
+}
+#endif
+
+// T of the kColumnStep columns at src into out[u * kSpan]: every sub-block
+// row whole but the last, whose first kLast rows have weight.
+template <int kLast>
+HWY_INLINE void Columns(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                        uint32_t* out) {
+#if HWY_TARGET == HWY_NEON
+  int32x4_t s[4][2];
+#else
+  VR s[4];
+#endif
+  const uint8_t* last = src + 4 * (ni - 1) * stride;
+  if (ni == 1 || kLast == 0) {
+#if HWY_TARGET == HWY_NEON
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) s[u][0] = s[u][1] = vdupq_n_s32(0);
+#else
+    HWY_UNROLL(4)
+    for (int u = 0; u < 4; ++u) s[u] = hn::Zero(DR());
+#endif
+    for (int bi = 0; bi + 1 < ni; ++bi) SubRowColumns<4, false>(src + 4 * bi * stride, stride, k, bi, s);
+    if constexpr (kLast > 0) SubRowColumns<kLast, false>(last, stride, k, ni - 1, s);
+  } else {
+    // The first sub-block row sets the sums.
+    SubRowColumns<4, true>(src, stride, k, 0, s);
+    for (int bi = 1; bi + 1 < ni; ++bi) SubRowColumns<4, false>(src + 4 * bi * stride, stride, k, bi, s);
+    if constexpr (kLast > 0) SubRowColumns<kLast, false>(last, stride, k, ni - 1, s);
+  }
+  HWY_UNROLL(4)
+  for (int u = 0; u < 4; ++u) {
+#if HWY_TARGET == HWY_NEON
     int32_t* o = reinterpret_cast<int32_t*>(out + u * kSpan);
     vst1q_s32(o, s[u][0]);
     vst1q_s32(o + 4, s[u][1]);
-  }
 #else
-  const uint32_t* vk = k.v;
-  const DR d;
-  const hn::Rebind<uint8_t, DR> d8;
-  VR s[4];
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) s[u] = hn::Zero(d);
-  for (int bi = 0; bi < ni; ++bi) {
-    const uint8_t* p = src + 4 * bi * stride;
-    const VR p0 = hn::PromoteTo(d, hn::LoadU(d8, p));
-    const VR p1 = hn::PromoteTo(d, hn::LoadU(d8, p + stride));
-    const VR p2 = hn::PromoteTo(d, hn::LoadU(d8, p + 2 * stride));
-    const VR p3 = hn::PromoteTo(d, hn::LoadU(d8, p + 3 * stride));
-    const uint32_t* m = vk + bi * 16 * kRunLanes;
-    HWY_UNROLL(4)
-    for (int u = 0; u < 4; ++u) {
-      VR t = hn::Mul(p0, Splat(m, 4 * u));
-      t = hn::Add(t, hn::Mul(p1, Splat(m, 4 * u + 1)));
-      t = hn::Add(t, hn::Mul(p2, Splat(m, 4 * u + 2)));
-      t = hn::Add(t, hn::Mul(p3, Splat(m, 4 * u + 3)));
-      s[u] = hn::Add(s[u], Sar<4>(t));
-    }
+    hn::StoreU(s[u], DR(), out + u * kSpan);
+#endif
   }
-  HWY_UNROLL(4)
-  for (int u = 0; u < 4; ++u) hn::StoreU(s[u], d, out + u * kSpan);
-#endif
 }
-#endif
+
+// T of the w >= kColumnStep columns at src into tsum[u * kSpan].
+template <int kLast>
+HWY_NOINLINE void ColumnSpan(const uint8_t* src, ptrdiff_t stride, const RunConstants& k, int ni,
+                             int32_t w, uint32_t* tsum) {
+  int32_t x = 0;
+  for (; x + kColumnStep <= w; x += kColumnStep) Columns<kLast>(src + x, stride, k, ni, tsum + x);
+  if (x < w) Columns<kLast>(src + w - kColumnStep, stride, k, ni, tsum + w - kColumnStep);
+}
 
 // Four consecutive T entries of block t (and of block t + 4 in the upper
 // 128-bit half).
@@ -520,7 +646,43 @@ HWY_INLINE VR LoadLanes(const uint32_t* row, const int32_t* rel, int t) {
   }
 }
 
-// kRunLanes blocks whose windows start at column rel[i] of T.
+// Row k of every block of a batch (o[c], lane t: column c of block t), each
+// value's low 16 bits saturated to a byte, the blocks' four bytes side by
+// side.
+HWY_INLINE void StoreBlockRows(const VR o[4], uint8_t* dst) {
+#if KELO_X86_RAW
+  // Low halves packed to words, then to bytes (c major within each 128-bit
+  // block), then one shuffle to t major.
+#if HWY_TARGET <= HWY_AVX2
+  const __m256i low = _mm256_set1_epi32(0xFFFF);
+  const __m256i p01 = _mm256_packus_epi32(_mm256_and_si256(o[0].raw, low), _mm256_and_si256(o[1].raw, low));
+  const __m256i p23 = _mm256_packus_epi32(_mm256_and_si256(o[2].raw, low), _mm256_and_si256(o[3].raw, low));
+  const __m256i order = _mm256_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15, 0, 4,
+                                         8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst),
+                      _mm256_shuffle_epi8(_mm256_packus_epi16(p01, p23), order));
+#else
+  const __m128i low = _mm_set1_epi32(0xFFFF);
+  const __m128i p01 = _mm_packus_epi32(_mm_and_si128(o[0].raw, low), _mm_and_si128(o[1].raw, low));
+  const __m128i p23 = _mm_packus_epi32(_mm_and_si128(o[2].raw, low), _mm_and_si128(o[3].raw, low));
+  const __m128i order = _mm_setr_epi8(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm_shuffle_epi8(_mm_packus_epi16(p01, p23), order));
+#endif
+#else
+  const hn::RebindToSigned<DR> di;
+  const hn::Rebind<uint8_t, DR> d8;
+  hn::Vec<decltype(d8)> b[4];
+  HWY_UNROLL(4)
+  for (int c = 0; c < 4; ++c) {
+    b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[c]))));
+  }
+  hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst);
+#endif
+}
+
+// kRunLanes blocks whose windows start at column rel[i] of T; kW: the
+// folded width, or 0.
+template <int kW>
 HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const RunConstants& k,
                       uint8_t* dst, ptrdiff_t stride) {
   const DR d;
@@ -528,59 +690,103 @@ HWY_INLINE void Batch(const uint32_t* tsum, const int32_t* rel, int nj, const Ru
   HWY_UNROLL(4)
   for (int u = 0; u < 4; ++u) {
     VR a[4];
-    HWY_UNROLL(4)
-    for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
     const uint32_t* row = tsum + u * kSpan;
-    for (int bj = 0; bj < nj; ++bj) {
-      VR r[4];
+    if constexpr (kW == 0) {
       HWY_UNROLL(4)
-      for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
-      TransposeInBlocks<4, 4>(d, r);
+      for (int w = 0; w < 4; ++w) a[w] = hn::Zero(d);
+      for (int bj = 0; bj < nj; ++bj) {
+        VR r[4];
+        HWY_UNROLL(4)
+        for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+        TransposeInBlocks<4, 4>(d, r);
 #if HWY_TARGET == HWY_NEON
-      // Row c of H widened into two d registers: multiply-accumulates by
-      // lane instead of a broadcast vector per entry.
-      const int16_t* hm = k.h16[bj];
+        // Row c of H widened into two d registers: multiply-accumulates by
+        // lane instead of a broadcast vector per entry.
+        const int16_t* hm = k.h16[bj];
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) {
+          if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+          const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
+          a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
+          a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
+          a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
+          a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+        }
+#else
+        const uint32_t* m = k.h + bj * 16 * kRunLanes;
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) {
+          if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
+          HWY_UNROLL(4)
+          for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+        }
+#endif
+      }
+    } else {
+      // Columns i and kW - 1 - i share their H entries up to the sign:
+      // their sums feed the even frequencies, their differences the odd
+      // ones (the same wrapping sums, half the products).
+      constexpr int kHalf = kW / 2, kTerms = (kW + 1) / 2;
+      VR tv[8];
+      HWY_UNROLL(2)
+      for (int bj = 0; bj < (kW + 3) / 4; ++bj) {
+        VR r[4];
+        HWY_UNROLL(4)
+        for (int t = 0; t < 4; ++t) r[t] = LoadLanes(row + 4 * bj, rel, t);
+        TransposeInBlocks<4, 4>(d, r);
+        HWY_UNROLL(4)
+        for (int c = 0; c < 4; ++c) tv[4 * bj + c] = r[c];
+      }
+      VR sum[kTerms], dif[kHalf];
       HWY_UNROLL(4)
-      for (int c = 0; c < 4; ++c) {
-        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
-        const uint32x4_t hc = vreinterpretq_u32_s32(vmovl_s16(vld1_s16(hm + 4 * c)));
-        a[0] = VR{vmlaq_lane_u32(a[0].raw, r[c].raw, vget_low_u32(hc), 0)};
-        a[1] = VR{vmlaq_lane_u32(a[1].raw, r[c].raw, vget_low_u32(hc), 1)};
-        a[2] = VR{vmlaq_lane_u32(a[2].raw, r[c].raw, vget_high_u32(hc), 0)};
-        a[3] = VR{vmlaq_lane_u32(a[3].raw, r[c].raw, vget_high_u32(hc), 1)};
+      for (int i = 0; i < kHalf; ++i) {
+        sum[i] = hn::Add(tv[i], tv[kW - 1 - i]);
+        dif[i] = hn::Sub(tv[i], tv[kW - 1 - i]);
+      }
+      if constexpr (kW % 2 == 1) sum[kHalf] = tv[kHalf];
+#if HWY_TARGET == HWY_NEON
+      uint32x4_t hr[kTerms];
+      HWY_UNROLL(4)
+      for (int i = 0; i < kTerms; ++i) hr[i] = vreinterpretq_u32_s32(vld1q_s32(k.hf32[i]));
+      a[0] = VR{vmulq_lane_u32(sum[0].raw, vget_low_u32(hr[0]), 0)};
+      a[1] = VR{vmulq_lane_u32(dif[0].raw, vget_low_u32(hr[0]), 1)};
+      a[2] = VR{vmulq_lane_u32(sum[0].raw, vget_high_u32(hr[0]), 0)};
+      a[3] = VR{vmulq_lane_u32(dif[0].raw, vget_high_u32(hr[0]), 1)};
+      HWY_UNROLL(4)
+      for (int i = 1; i < kTerms; ++i) {
+        a[0] = VR{vmlaq_lane_u32(a[0].raw, sum[i].raw, vget_low_u32(hr[i]), 0)};
+        a[2] = VR{vmlaq_lane_u32(a[2].raw, sum[i].raw, vget_high_u32(hr[i]), 0)};
+        if (i < kHalf) {
+          a[1] = VR{vmlaq_lane_u32(a[1].raw, dif[i].raw, vget_low_u32(hr[i]), 1)};
+          a[3] = VR{vmlaq_lane_u32(a[3].raw, dif[i].raw, vget_high_u32(hr[i]), 1)};
+        }
       }
 #else
-      const uint32_t* m = k.h + bj * 16 * kRunLanes;
       HWY_UNROLL(4)
-      for (int c = 0; c < 4; ++c) {
-        if (k.h_zero[bj][c]) continue;  // the window's overhang, mostly
-        HWY_UNROLL(4)
-        for (int w = 0; w < 4; ++w) a[w] = hn::Add(a[w], hn::Mul(r[c], Splat(m, 4 * c + w)));
+      for (int w = 0; w < 4; ++w) a[w] = hn::Mul(w % 2 ? dif[0] : sum[0], Splat(k.hf, w));
+      HWY_UNROLL(4)
+      for (int i = 1; i < kTerms; ++i) {
+        a[0] = hn::Add(a[0], hn::Mul(sum[i], Splat(k.hf, 4 * i)));
+        a[2] = hn::Add(a[2], hn::Mul(sum[i], Splat(k.hf, 4 * i + 2)));
+        if (i < kHalf) {
+          a[1] = hn::Add(a[1], hn::Mul(dif[i], Splat(k.hf, 4 * i + 1)));
+          a[3] = hn::Add(a[3], hn::Mul(dif[i], Splat(k.hf, 4 * i + 3)));
+        }
       }
 #endif
     }
     VR dq[4];
     HWY_UNROLL(4)
     for (int w = 0; w < 4; ++w) {
-      const VR prod = Sar<8>(hn::Mul(Sar<16>(a[w]), Splat(k.q, 4 * u + w)));
-      dq[w] = Sar<16>(hn::ShiftLeft<16>(prod));
+      dq[w] = Dequantise(a[w], Splat(k.q, 4 * u + w));
     }
     Butterfly<7>(dq[0], dq[1], dq[2], dq[3], y[u][0], y[u][1], y[u][2], y[u][3]);
   }
   VR o[4][4];
   HWY_UNROLL(4)
   for (int c = 0; c < 4; ++c) Butterfly<14>(y[0][c], y[1][c], y[2][c], y[3][c], o[0][c], o[1][c], o[2][c], o[3][c]);
-  const hn::RebindToSigned<DR> di;
-  const hn::Rebind<uint8_t, DR> d8;
   HWY_UNROLL(4)
-  for (int k = 0; k < 4; ++k) {
-    hn::Vec<decltype(d8)> b[4];
-    HWY_UNROLL(4)
-    for (int c = 0; c < 4; ++c) {
-      b[c] = hn::DemoteTo(d8, hn::ShiftRight<16>(hn::BitCast(di, hn::ShiftLeft<16>(o[k][c]))));
-    }
-    hn::StoreInterleaved4(b[0], b[1], b[2], b[3], d8, dst + k * stride);
-  }
+  for (int k = 0; k < 4; ++k) StoreBlockRows(o[k], dst + k * stride);
 }
 
 void RunToBytesVec(const BlockRun& run) {
@@ -589,7 +795,12 @@ void RunToBytesVec(const BlockRun& run) {
   RunConstants k;
   const int32_t ww = 4 * run.nj;
   int i = 0;
-  const bool batches = run.n >= L && run.ni <= kMaxSub && run.nj <= kMaxSub;
+  const bool batches = run.n >= L && run.ni >= 1 && run.nj >= 1 && run.ni <= kMaxSub &&
+                       run.nj <= kMaxSub;
+  // Pixel rows of the last sub-block row and columns of the last sub-block
+  // column that have weight.
+  const int last_rows = batches ? dctrsz::UsedLines(run.v[run.ni - 1], false) : 4;
+  const int32_t used_w = batches ? 4 * (run.nj - 1) + dctrsz::UsedLines(run.h[run.nj - 1], true) : ww;
   if (batches) {
     for (int bi = 0; bi < run.ni; ++bi) {
       const int16_t* m = run.v[bi];
@@ -610,26 +821,52 @@ void RunToBytesVec(const BlockRun& run) {
       hn::Store(hn::Set(DR(), static_cast<uint32_t>(run.q[e])), DR(), k.q + e * kRunLanes);
     }
   }
+  const int fold = batches ? FoldedWidth(run.h, used_w) : 0;
+  for (int i = 0; i < (fold + 1) / 2; ++i) {
+    for (int w = 0; w < 4; ++w) {
+      k.hf32[i][w] = run.h[i / 4][4 * (i % 4) + w];
+      hn::Store(hn::Set(DR(), static_cast<uint32_t>(k.hf32[i][w])), DR(), k.hf + (4 * i + w) * kRunLanes);
+    }
+  }
   while (batches && run.n - i >= L) {
     const int32_t x0 = run.xoff[i];
     int cnt = 0;
     while (run.n - i - cnt >= L && int64_t{run.xoff[i + cnt + L - 1]} + ww - x0 <= kSpan) cnt += L;
-    const int32_t w = cnt ? run.xoff[i + cnt - 1] + ww - x0 : 0;
+    // Columns of T up to the last window's last column of non-zero weight
+    // are computed; the rest of the window, zero.
+    const int32_t w = cnt ? run.xoff[i + cnt - 1] + used_w - x0 : 0;
     if (w < kColumnStep) break;
     const uint8_t* src = run.src + x0;
-    int32_t x = 0;
-    for (; x + kColumnStep <= w; x += kColumnStep) Columns(src + x, run.src_stride, k, run.ni, tsum + x);
-    if (x < w) Columns(src + w - kColumnStep, run.src_stride, k, run.ni, tsum + w - kColumnStep);
+    switch (last_rows) {
+      case 0: ColumnSpan<0>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 1: ColumnSpan<1>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 2: ColumnSpan<2>(src, run.src_stride, k, run.ni, w, tsum); break;
+      case 3: ColumnSpan<3>(src, run.src_stride, k, run.ni, w, tsum); break;
+      default: ColumnSpan<4>(src, run.src_stride, k, run.ni, w, tsum); break;
+    }
+    for (int u = 0; u < 4; ++u) {
+      for (int32_t x = w; x < w + ww - used_w; ++x) tsum[u * kSpan + x] = 0;
+    }
     for (int b = 0; b < cnt; b += L) {
       int32_t rel[L];
       for (int t = 0; t < L; ++t) rel[t] = run.xoff[i + b + t] - x0;
-      Batch(tsum, rel, run.nj, k, run.dst + 4 * (i + b), run.dst_stride);
+      uint8_t* dst = run.dst + 4 * (i + b);
+      switch (fold) {
+        case 5: Batch<5>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 6: Batch<6>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 7: Batch<7>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        case 8: Batch<8>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+        default: Batch<0>(tsum, rel, run.nj, k, dst, run.dst_stride); break;
+      }
     }
     i += cnt;
   }
+  uint8_t buf[16 * kMaxSub * kMaxSub];
   for (; i < run.n; ++i) {
-    BlockToBytesVec(run.src + run.xoff[i], run.src_stride, run.v, run.h, run.ni, run.nj, run.q,
-                    run.dst + 4 * i, run.dst_stride);
+    ptrdiff_t pitch;
+    const uint8_t* pix = dctrsz::RunWindow(run, i, buf, &pitch);
+    BlockToBytesVec(pix, pitch, run.v, run.h, run.ni, run.nj, run.q, run.dst + 4 * i,
+                    run.dst_stride);
   }
 }
 #endif  // HWY_TARGET == HWY_SCALAR
@@ -650,8 +887,13 @@ KELO_VEC_EXPORT(Idct16Vec);
 KELO_VEC_EXPORT(AccumulateBlockVec);
 KELO_VEC_EXPORT(BlockToBytesVec);
 KELO_VEC_EXPORT(RunToBytesVec);
+KELO_VEC_EXPORT(RunExtentVec);
 
 void RunToBytes(const BlockRun& run) { KELO_VEC_CALL(RunToBytesVec, scalar::RunToBytes)(run); }
+size_t RunExtent(const uint8_t* cls, const int32_t* xoff, const int32_t* yoff, size_t n,
+                 uint8_t k, int32_t yo, int32_t x_end) {
+  return KELO_VEC_CALL(RunExtentVec, scalar::RunExtent)(cls, xoff, yoff, n, k, yo, x_end);
+}
 
 void AccumulateBlock(const uint8_t* pix, ptrdiff_t stride, int16_t* const* v,
                      int16_t* const* h, int ni, int nj, int32_t* acc) {

@@ -197,10 +197,42 @@ INSTANTIATE_TEST_SUITE_P(
                       // sub-blocks with all four classes.
                       PassCase{KIMGP_CS_YUV420, 1200, 48, 800, 32, 0},
                       PassCase{KIMGP_CS_NV12, 1290, 40, 640, 20, 0},
-                      PassCase{KIMGP_CS_YUV420, 1100, 66, 350, 21, 0}));
+                      PassCase{KIMGP_CS_YUV420, 1100, 66, 350, 21, 0},
+                      // Ratio 1.5: the last block row and column read
+                      // windows whose zero-weight overhang lies past the
+                      // plane.
+                      PassCase{KIMGP_CS_YUV420, 192, 108, 128, 72, 0},
+                      PassCase{KIMGP_CS_NV12, 384, 108, 256, 72, 0}));
 
 int32_t RunOnce(int32_t (*fn)(kimgp_img*, kimgp_rsz_new_ctx*, int16_t***, int16_t***),
                 const kimgp_img& src, kimgp_img& dst, int mode);
+
+// Where a run ends, on every target: block tables that break it at every
+// position by each of its conditions.
+TEST(DctPass, RunExtentStopsAtTheFirstBlockThatDoesNotJoin) {
+  std::mt19937 rng = MakeRng(14);
+  for (size_t n = 1; n <= 40; ++n) {
+    for (size_t stop = 1; stop <= n; ++stop) {
+      for (int why = 0; why < 5; ++why) {
+        std::vector<uint8_t> cls(n, 2);
+        std::vector<int32_t> xoff(n), yoff(n, 12);
+        for (size_t j = 0; j < n; ++j) xoff[j] = static_cast<int32_t>(6 * j + rng() % 3);
+        if (stop < n) {
+          if (why == 0) cls[stop] = 3;
+          if (why == 1) yoff[stop] = 13;
+          if (why == 2) xoff[stop] = xoff[stop - 1] - 1;
+        }
+        const int32_t x_end = why == 3 && stop < n ? xoff[stop] - 1 : 1 << 20;
+        const size_t want = (why == 3 || (stop < n && why < 3)) ? stop : n;
+        ASSERT_EQ(scalar::RunExtent(cls.data(), xoff.data(), yoff.data(), n, 2, 12, x_end), want);
+        ForEachTarget([&](const std::string& target) {
+          ASSERT_EQ(RunExtent(cls.data(), xoff.data(), yoff.data(), n, 2, 12, x_end), want)
+              << target << " n " << n << " stop " << stop << " why " << why;
+        });
+      }
+    }
+  }
+}
 
 TEST(DctPass, RefusesWhatTheContextWasNotMadeFor) {
   kimgp_img io[2] = {Descriptor(KIMGP_CS_NV12, 96, 64), Descriptor(KIMGP_CS_NV12, 64, 42)};
