@@ -43,8 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     dw = sw / 2;
     dh = sh;
   }
+  // The source's code alone decides the layout written (the destination's
+  // code is not read): the destination has the source's geometry.
   auto src = kelo::fuzz::MakeFrame(in, cs, sw, sh);
-  auto dst = kelo::fuzz::MakeFrame(in, dcs, dw, dh);
+  auto dst = kelo::fuzz::MakeFrame(in, cs, dw, dh);
+  dst->img.cs = dcs;
   src->img.x = in.ConsumeIntegralInRange<int32_t>(op == 1 ? -3 : 0, 200);
   src->img.y = in.ConsumeIntegralInRange<int32_t>(op == 1 ? -3 : 0, 80);
   if (op == 0) {

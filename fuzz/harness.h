@@ -47,6 +47,11 @@ int PlanesOf(int32_t cs);
 // 0 (the layout's own count): the `planes` argument of MakeFrame.
 int ThreePlaneOps(int32_t cs);
 
+// Whether a resize of src into dst may fail on a later plane after resizing
+// earlier ones: some plane after the first is empty on either side, or the
+// code is P010LE (whose chroma ratio is checked after the luma is done).
+bool LaterPlaneMayFail(const TestFrame& src, const TestFrame& dst);
+
 // A w x h frame of code cs with the input's padding (none, 1..70 bytes, odd)
 // and extra buffer rows, random contents, and the unused planes pointed at
 // the inaccessible page. Sizes below 1 describe empty planes. `planes` above
@@ -75,6 +80,9 @@ struct Expect {
   bool in_place = false;
   // Statuses that must leave the destination untouched.
   bool untouched_on_error = true;
+  // A -1 or -3 may keep the planes done before a later plane failed (the
+  // resizers return the first failing plane's status).
+  bool keeps_earlier_planes = false;
 };
 
 // Calls `call(src, dst)` once per vector target, each time on fresh copies of
