@@ -181,6 +181,11 @@ void CopyLuma(uint8_t** sp, const int32_t* sw, const int32_t* sh, const int32_t*
 KELO_EXPORT void kimgp_csc_yuv420Planar16_to_yuv420Planar(KELO_CSC_PARAMS) {
   for (int i = 0; i < 3; ++i) {
     if (sw[i] < 1) continue;
+    if (sh[i] > 0 && ss[i] == 2 * sw[i] && ds[i] == sw[i]) {
+      // Rows without padding: one run.
+      kelo::csc::Narrow16(sp[i], dp[i], size_t(sw[i]) * size_t(sh[i]));
+      continue;
+    }
     Rows(sh[i], [&](int32_t r) {
       kelo::csc::Narrow16(Row(sp[i], ss[i], r), Row(dp[i], ds[i], r), size_t(sw[i]));
     });

@@ -225,6 +225,32 @@ TEST(CscNotes, Narrow16KeepsLowByteAfterShift) {
   EXPECT_EQ(dst.buffer(0).data()[1], 0x00);
 }
 
+// Planes without padding go through as one run: the bytes of the scalar row
+// applied row by row.
+TEST(CscLayout, Narrow16UnpaddedPlanesAsOneRun) {
+  std::mt19937 rng = MakeRng(17);
+  ForEachTarget([&](const std::string& target) {
+    for (Size2 sz : {Size2{64, 4}, Size2{37, 9}, Size2{1, 3}}) {
+      TestFrame src(600, sz.w, sz.h), dst(1, sz.w, sz.h);
+      src.FillRandom(rng);
+      kimgp_csc_yuv420Planar16_to_yuv420Planar(src.img.plane, src.img.width, src.img.height,
+                                               src.img.stride, dst.img.stride, dst.img.plane);
+      for (int i = 0; i < 3; ++i) {
+        const int32_t w = dst.img.width[i], h = dst.img.height[i];
+        ASSERT_EQ(src.img.stride[i], 2 * w);
+        std::vector<uint8_t> want(size_t(w) * size_t(h));
+        for (int32_t r = 0; r < h; ++r) {
+          csc::scalar::Narrow16(src.img.plane[i] + ptrdiff_t(r) * src.img.stride[i],
+                                want.data() + ptrdiff_t(r) * w, 0, size_t(w));
+        }
+        EXPECT_EQ(std::vector<uint8_t>(dst.img.plane[i], dst.img.plane[i] + want.size()), want)
+            << target << " " << sz.w << "x" << sz.h << " plane " << i;
+      }
+      ASSERT_TRUE(dst.GuardsIntact());
+    }
+  });
+}
+
 TEST(CscLayout, WorkedExamples) {
   TestFrame s444(3, 8, 8), s420(1, 8, 8);
   uint8_t* u = s444.buffer(1).data();
