@@ -11,14 +11,15 @@
 namespace kelo {
 namespace dctrsz {
 
-// kcmn_malloc_align32 / kcmn_mfree_align32, counted for the tests.
+// kcmn_malloc_align32 / kcmn_mfree_align32, the frees counted for the tests.
 void* Alloc(uint32_t bytes);
 void Free(void* p);
 
-// Test hooks. FailAllocationForTest(n): the n-th allocation from now on
-// (1-based) returns null; 0 turns it off. AllocationsForTest(): allocations
-// since the last FailAllocationForTest call. FailThreadsForTest(mask): worker
-// i (bit i) of the resize pass is reported as not started.
+// Test hooks over the library's fault hook (common/internal/fault.h).
+// FailAllocationForTest(n): FailNthForTest(n), and the count of frees starts
+// again. AllocationsForTest(): allocations (and thread starts) since then.
+// FailThreadsForTest(mask): worker i (bit i) of the resize pass is reported
+// as not started.
 void FailAllocationForTest(int n);
 int AllocationsForTest();
 int FreesForTest();  // non-null blocks freed since then

@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "common/internal/api.h"
+#include "common/internal/fault.h"
 #include "imgp/dctrsz/dctrsz_internal.h"
 #include "kcmn_mem.h"
 #include "kimgp_dctrsz.h"
@@ -64,29 +65,22 @@ namespace kelo {
 namespace dctrsz {
 namespace {
 
-std::atomic<int> g_fail_at{0};
-std::atomic<int> g_allocs{0};
 std::atomic<unsigned> g_fail_threads{0};
 std::atomic<int> g_frees{0};
 
 }  // namespace
 
-void* Alloc(uint32_t bytes) {
-  const int n = ++g_allocs;
-  if (g_fail_at.load() == n) return nullptr;
-  return kcmn_malloc_align32(bytes);
-}
+void* Alloc(uint32_t bytes) { return kcmn_malloc_align32(bytes); }
 void Free(void* p) {
   if (p != nullptr) ++g_frees;
   kcmn_mfree_align32(p);
 }
 
 void FailAllocationForTest(int n) {
-  g_allocs = 0;
   g_frees = 0;
-  g_fail_at = n;
+  FailNthForTest(n);
 }
-int AllocationsForTest() { return g_allocs.load(); }
+int AllocationsForTest() { return FaultEventsForTest(); }
 int FreesForTest() { return g_frees.load(); }
 void FailThreadsForTest(unsigned mask) { g_fail_threads = mask; }
 unsigned FailedThreadsForTest() { return g_fail_threads.load(); }
