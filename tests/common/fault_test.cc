@@ -10,6 +10,7 @@
 #include <string>
 
 #include "common/internal/fault.h"
+#include "common/internal/simd.h"
 #include "kcmn_mem.h"
 #include "kimgp_csc.h"
 #include "kimgp_dctrsz.h"
@@ -32,6 +33,8 @@ struct Case {
   std::function<int32_t(kimgp_img* src, kimgp_img* dst)> call;
   // The status of a call whose memory ran out.
   int32_t oom_status;
+  // Only the vector paths take memory (a plan of vector blocks).
+  bool vector_only = false;
 };
 
 void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
@@ -100,14 +103,16 @@ TEST_P(Fault, EveryEventFailedInTurn) {
     SCOPED_TRACE(target);
     most = std::max(most, Sweep(GetParam()));
   });
-  EXPECT_GT(most, 0) << "the case takes no memory on any target";
+  if (KELO_HAVE_HWY || !GetParam().vector_only) {
+    EXPECT_GT(most, 0) << "the case takes no memory on any target";
+  }
 }
 
 const Case kCases[] = {
     // An intermediate above the stack's 32 KB: a wide, short frame.
     {"rsz", kYuv420, 320, 240, kYuv420, 1000, 100, Rsz, KIMGP_ERR_ARGS},
     // Rows grown in strips: the strip plan.
-    {"rsz up", kYuv420, 100, 40, kYuv420, 400, 90, Rsz, KIMGP_ERR_ARGS},
+    {"rsz up", kYuv420, 100, 40, kYuv420, 400, 90, Rsz, KIMGP_ERR_ARGS, true},
     // Turned shrink in bands, and a turned growth through an intermediate.
     {"rsz_rot shrink", kYuv420, 320, 240, kYuv420, 120, 160, RszRot(KIMGP_ROT_90L),
      KIMGP_ERR_ARGS},
