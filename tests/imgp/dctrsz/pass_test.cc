@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "imgp/dctrsz/dctrsz_internal.h"
@@ -351,6 +353,46 @@ TEST(DctPass, FourChannelsAsLumaPlanes) {
   EXPECT_EQ(RunOnce(kimgp_rsz_new_rgba8888, src.img, dst.img, 2), -1);
   io[1].cs = KIMGP_CS_RGB888;
   EXPECT_EQ(RunOnce(kimgp_rsz_new_rgba8888, io[0], io[1], 0), -3);
+}
+
+// The pass from several caller threads at once, each with its own contexts
+// and frames of many sizes and modes: every frame equals the one a lone
+// caller gets (the tsan build watches the workers and semaphores).
+TEST(DctPassLoad, ManyCallersAtOnce) {
+  struct Job {
+    std::unique_ptr<TestFrame> src, want, got;
+    int32_t mode;
+  };
+  auto rng = MakeRng(41);
+  std::vector<Job> jobs;
+  const int32_t kCodes[] = {KIMGP_CS_YUV420, KIMGP_CS_NV12, KIMGP_CS_NV21};
+  const int32_t kModes[] = {0, 2, 4};
+  for (int i = 0; i < 36; ++i) {
+    const int32_t cs = kCodes[i % 3];
+    const int32_t sw = 16 + static_cast<int32_t>(rng() % 160), sh = 16 + rng() % 96;
+    const int32_t dw = sw / 4 + 1 + static_cast<int32_t>(rng() % (sw / 2)),
+                  dh = sh / 4 + 1 + static_cast<int32_t>(rng() % (sh / 2));
+    kimgp_img io[2] = {TestFrame(cs, sw, sh).img, TestFrame(cs, dw, dh).img};
+    kimgp_rsz_new_set_img(io);
+    const int planes = cs == KIMGP_CS_YUV420 ? 3 : 2;
+    Job j{std::make_unique<TestFrame>(io[0], planes), std::make_unique<TestFrame>(io[1], planes),
+          std::make_unique<TestFrame>(io[1], planes), kModes[(i / 3) % 3]};
+    j.src->FillRandom(rng);
+    ASSERT_EQ(RunOnce(kimgp_rsz_new, j.src->img, j.want->img, j.mode), 0) << sw << "x" << sh << " to " << dw << "x" << dh;
+    jobs.push_back(std::move(j));
+  }
+  std::vector<std::thread> callers;
+  for (int t = 0; t < 3; ++t) {
+    callers.emplace_back([&jobs, t] {
+      for (size_t i = t; i < jobs.size(); i += 3) {
+        RunOnce(kimgp_rsz_new, jobs[i].src->img, jobs[i].got->img, jobs[i].mode);
+      }
+    });
+  }
+  for (auto& c : callers) c.join();
+  for (const Job& j : jobs) {
+    EXPECT_EQ(FirstDifference(j.got->Snapshot(), j.want->Snapshot()), "");
+  }
 }
 
 }  // namespace
