@@ -45,7 +45,10 @@ bool IsError(int32_t status) {
   return status == KIMGP_ERR_ARGS || status == KIMGP_ERR_UNSUPPORTED;
 }
 
-const frame::FormatInfo& Layout(int32_t cs);
+const frame::FormatInfo& Layout(int32_t cs) {
+  const frame::FormatInfo* f = frame::FindFormat(cs);
+  return f != nullptr ? *f : *frame::FindFormat(test::RangeRepresentative(cs));
+}
 
 }  // namespace
 
@@ -131,11 +134,6 @@ std::unique_ptr<TestFrame> Build(FuzzedDataProvider& in, kimgp_img layout,
   }
   for (int i = planes; i < 4; ++i) frame->img.plane[i] = Poison();
   return frame;
-}
-
-const frame::FormatInfo& Layout(int32_t cs) {
-  const frame::FormatInfo* f = frame::FindFormat(cs);
-  return f != nullptr ? *f : *frame::FindFormat(test::RangeRepresentative(cs));
 }
 
 }  // namespace
