@@ -402,19 +402,34 @@ KELO_EXPORT void FDCT_BlockXYFn(const uint8_t* sel, int16_t* out, int32_t rows,
     const float ir = 1.0f / static_cast<float>(rows);
     const float ic = 1.0f / static_cast<float>(cols);
     const float norm = std::sqrt(ir * ic);
+    // The 16 sums are kept side by side and walked once over the matrix, each
+    // adding its terms in the same row-major order as a sum of its own. Only
+    // the set entries add anything: a cleared one's zero product leaves a
+    // float sum as it is (these sums are never -0). Cosines are taken only
+    // for set entries, from the same double expressions.
+    float sum[16] = {};
+    for (int32_t i = 0; i < rows; ++i) {
+      const uint8_t* row = sel + static_cast<size_t>(i) * cols;
+      bool row_cos = false;
+      double cu[4];
+      for (int32_t j = 0; j < cols; ++j) {
+        if (row[j] == 0) continue;
+        if (!row_cos) {
+          for (int u = 0; u < 4; ++u) cu[u] = std::cos((2 * i + 1) * 1.570796 * u * ir);
+          row_cos = true;
+        }
+        double cv[4];
+        for (int v = 0; v < 4; ++v) cv[v] = std::cos((2 * j + 1) * 1.570796 * v * ic);
+        for (int u = 0; u < 4; ++u) {
+          for (int v = 0; v < 4; ++v) sum[4 * u + v] += static_cast<float>(row[j] * cu[u] * cv[v]);
+        }
+      }
+    }
     for (int u = 0; u < 4; ++u) {
       for (int v = 0; v < 4; ++v) {
-        float sum = 0.0f;
-        for (int32_t i = 0; i < rows; ++i) {
-          const double cu = std::cos((2 * i + 1) * 1.570796 * u * ir);
-          for (int32_t j = 0; j < cols; ++j) {
-            const double cv = std::cos((2 * j + 1) * 1.570796 * v * ic);
-            sum += static_cast<float>(sel[static_cast<size_t>(i) * cols + j] * cu * cv);
-          }
-        }
         const float cu0 = u == 0 ? 0.70710677f : 1.0f;
         const float cv0 = v == 0 ? 0.70710677f : 1.0f;
-        f[4 * u + v] = norm * cu0 * cv0 * 2048.0f * sum;
+        f[4 * u + v] = norm * cu0 * cv0 * 2048.0f * sum[4 * u + v];
       }
     }
   }
