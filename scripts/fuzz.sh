@@ -7,12 +7,24 @@
 # directory is configured the same way. Corpora live in BUILD_DIR/fuzz/corpus,
 # crash reproducers in BUILD_DIR/fuzz/artifacts. Exits non-zero when any
 # fuzzer reports a crash, a sanitizer finding, a leak or a timeout.
+#
+# The long run: `scripts/fuzz.sh --runs=N [BUILD_DIR]` runs each fuzzer until
+# it has made N executions in total, in chunks of at most 500k, and counts them
+# in BUILD_DIR/fuzz/long/ledger.tsv (time, fuzzer, commit, executions,
+# seconds, corpus units added), so a run that is stopped resumes where its
+# last whole chunk ended. FUZZERS="copy_fuzz hdr_fuzz" limits it to some.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+runs=0
+if [[ "${1:-}" == --runs=* ]]; then
+  runs=${1#--runs=}
+  shift
+  set -- 1 "$@"
+fi
 seconds=${1:-60}
 build=${2:-}
-if ! [[ "$seconds" =~ ^[0-9]+$ ]] || [[ "$seconds" -eq 0 ]]; then
-  echo "usage: scripts/fuzz.sh [SECONDS] [BUILD_DIR]" >&2
+if ! [[ "$seconds" =~ ^[0-9]+$ ]] || [[ "$seconds" -eq 0 ]] || ! [[ "$runs" =~ ^[0-9]+$ ]]; then
+  echo "usage: scripts/fuzz.sh [SECONDS] [BUILD_DIR] | --runs=N [BUILD_DIR]" >&2
   exit 2
 fi
 
@@ -38,6 +50,12 @@ export UBSAN_OPTIONS=${UBSAN_OPTIONS:-halt_on_error=1:print_stacktrace=1}
 
 shopt -s nullglob
 fuzzers=("$build"/fuzz/*_fuzz)
+if [[ -n "${FUZZERS:-}" ]]; then
+  fuzzers=()
+  for name in $FUZZERS; do fuzzers+=("$build/fuzz/$name"); done
+fi
+ledger="$build/fuzz/long/ledger.tsv"
+commit=$(git describe --always --dirty 2>/dev/null || echo unknown)
 if [[ ${#fuzzers[@]} -eq 0 ]]; then
   echo "fuzz: no fuzzers built in $build/fuzz" >&2
   exit 1
@@ -56,6 +74,28 @@ for exe in "${fuzzers[@]}"; do
     failed+=("$name (regressions)")
     continue
   fi
+  if [[ "$runs" -gt 0 ]]; then
+    mkdir -p "$(dirname "$ledger")"
+    touch "$ledger"
+    made=$(awk -F'\t' -v n="$name" '$2 == n { s += $4 } END { print s + 0 }' "$ledger")
+    while [[ "$made" -lt "$runs" ]]; do
+      chunk=$((runs - made < 500000 ? runs - made : 500000))
+      start=$(date +%s)
+      if ! "$exe" -runs="$chunk" -timeout=20 -print_final_stats=1 \
+           -artifact_prefix="$artifacts/" "$corpus" >"$artifacts/last.log" 2>&1; then
+        tail -n 40 "$artifacts/last.log" >&2
+        failed+=("$name")
+        break
+      fi
+      executed=$(awk '/^stat::number_of_executed_units/ { print $2 }' "$artifacts/last.log")
+      added=$(awk '/^stat::new_units_added/ { print $2 }' "$artifacts/last.log")
+      printf '%s\t%s\t%s\t%s\t%s\t%s\n' "$(date -u +%FT%TZ)" "$name" "$commit" \
+             "$executed" "$(($(date +%s) - start))" "$added" >>"$ledger"
+      made=$((made + executed))
+      echo "=== $name: $made of $runs executions"
+    done
+    continue
+  fi
   echo "=== $name: $seconds s"
   if ! "$exe" -max_total_time="$seconds" -timeout=20 -print_final_stats=1 \
        -artifact_prefix="$artifacts/" "$corpus" >"$artifacts/last.log" 2>&1; then
@@ -70,4 +110,8 @@ if [[ ${#failed[@]} -ne 0 ]]; then
   echo "fuzz: FAILED: ${failed[*]} (reproducers in $build/fuzz/artifacts)" >&2
   exit 1
 fi
-echo "fuzz: ${#fuzzers[@]} fuzzer(s), $seconds s each, no findings"
+if [[ "$runs" -gt 0 ]]; then
+  echo "fuzz: ${#fuzzers[@]} fuzzer(s), $runs executions each, no findings"
+else
+  echo "fuzz: ${#fuzzers[@]} fuzzer(s), $seconds s each, no findings"
+fi
