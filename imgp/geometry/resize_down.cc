@@ -530,15 +530,49 @@ int32_t ShrinkPairedVec(const ShrinkJob& job, int op, uint8_t* tile, ptrdiff_t t
 int32_t ShrinkPairedVec(const ShrinkJob&, int, uint8_t*, ptrdiff_t) { return 0; }
 #endif
 
-#if KELO_NEON_RAW
+#if KELO_X86_RAW
+// The x86 row of Box2x2: n >= Lanes(u8) outputs, a full vector of them per
+// step from two vectors of each row (pair sums by pmaddubsw with ones, the
+// rows added, shifted, packed), then one step ending at n.
+HWY_INLINE void RawBox2x2(const uint8_t* a, const uint8_t* b, uint8_t* d, size_t n) {
+  const hn::ScalableTag<uint8_t> d8;
+  const hn::Repartition<uint16_t, decltype(d8)> d16;
+  const size_t N = hn::Lanes(d8);
+  const auto ones = hn::Set(d8, 1);
+  const auto sums = [&](size_t i) {
+    const auto pa = hn::Vec<decltype(d16)>{RawMulAddPairs(hn::LoadU(d8, a + i).raw, ones.raw)};
+    const auto pb = hn::Vec<decltype(d16)>{RawMulAddPairs(hn::LoadU(d8, b + i).raw, ones.raw)};
+    return hn::ShiftRight<2>(hn::Add(pa, pb));
+  };
+  const auto step = [&](size_t x) {
+    // packuswb interleaves the halves by 128-bit block: put the blocks of
+    // the low half first again.
+    auto v = RawPackBytes(sums(2 * x).raw, sums(2 * x + N).raw);
+#if HWY_TARGET <= HWY_AVX3
+    v = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v);
+#elif HWY_TARGET <= HWY_AVX2
+    v = _mm256_permute4x64_epi64(v, 0xD8);
+#endif
+    hn::StoreU(hn::Vec<decltype(d8)>{v}, d8, d + x);
+  };
+  size_t x = 0;
+  for (; x + N <= n; x += N) step(x);
+  if (x < n) step(n - N);
+}
+constexpr size_t kBox2x2Min = HWY_LANES(uint8_t);
+#elif KELO_NEON_RAW
+constexpr size_t kBox2x2Min = 16;
+#endif
+
+#if KELO_X86_RAW || KELO_NEON_RAW
 // Exact 2:1 of a byte plane (fw = 2, pairs of rows): every output is the
 // truncated mean of a 2x2 block, pair sums of both rows narrowed by two, a
-// row of at least 16 outputs ending with one vector that overlaps the last
-// ones. Nothing to divide, so the set-up is a few compares.
+// row of at least one vector of outputs ending with one vector that overlaps
+// the last ones. Nothing to divide, so the set-up is a few compares.
 bool Box2x2(const ShrinkJob& job, ColState* st) {
   const int32_t n = job.col_end - job.col0.x;
   if (job.unit_bytes != 1 || job.cols.kind != Cols::kMult || job.cols.fw != 2 ||
-      job.rows.kind != rsz::Rows::kPairs || n < 16) {
+      job.rows.kind != rsz::Rows::kPairs || n < static_cast<int32_t>(kBox2x2Min)) {
     return false;
   }
   const uint8_t* s = job.src + job.row0.off + 2 * ptrdiff_t{job.col0.x};
@@ -555,7 +589,7 @@ bool Box2x2(const ShrinkJob& job, ColState* st) {
 #endif
 
 void ShrinkVec(const ShrinkJob& job, ColState* st) {
-#if KELO_NEON_RAW
+#if KELO_X86_RAW || KELO_NEON_RAW
   if (Box2x2(job, st)) return;
 #endif
   const Cols& cols = job.cols;
