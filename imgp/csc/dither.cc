@@ -61,23 +61,92 @@ HWY_INLINE V8 Offsets(int32_t x, int32_t y, int shift) {
   return hn::BitCast(D8(), hn::Set(d32, w));
 }
 
+#if HWY_TARGET != HWY_NEON
+// Four-byte pixels without splitting the four channels apart (which costs
+// many byte shuffles on x86): one saturating byte add of the offsets (o5, o6,
+// o5, 0 per pixel), a byte shuffle within each block that puts the R, G words
+// of its four pixels in the lower half and the B, A words in the upper half,
+// and from two such vectors the R, G and the B, A words of eight pixels per
+// block, packed in 16-bit lanes. Two blocks are loaded in the order that
+// gives the words in pixel order; with more, the 64-bit lanes (four words
+// each) are put back in pixel order. Returns the pixels done.
+template <bool kRedHigh>
+HWY_INLINE size_t DitherQuads(const uint8_t* s, int32_t x, int32_t y, uint8_t* d, size_t n) {
+  const D8 d8;
+  const DU du;
+  const hn::Repartition<uint32_t, D8> d32;
+  const hn::Repartition<uint64_t, D8> d64;
+  const size_t L = hn::Lanes(d8), blocks = L / 16;
+  alignas(16) uint8_t pattern[16];
+  for (int j = 0; j < 4; ++j) {
+    const int b = csc::scalar::kBayer[y & 3][(uint32_t(x) + j) & 3];
+    pattern[4 * j] = pattern[4 * j + 2] = uint8_t(b >> 1);
+    pattern[4 * j + 1] = uint8_t(b >> 2);
+    pattern[4 * j + 3] = 0;
+  }
+  alignas(16) static constexpr uint8_t kSplit[16] = {0, 1, 4, 5, 8,  9,  12, 13,
+                                                     2, 3, 6, 7, 10, 11, 14, 15};
+  const V8 k = hn::LoadDup128(d8, pattern), split = hn::LoadDup128(d8, kSplit);
+  // 64-bit lane m of the result holds lane 2m of the first vector's words
+  // (m < blocks) or lane 2 (m - blocks) + 1 (the second vector's), in 32-bit
+  // lane indices.
+  const hn::Vec<decltype(d32)> lane = hn::Iota(d32, 0);
+  const auto m = hn::ShiftRight<1>(lane);
+  const auto nb = hn::Set(d32, uint32_t(blocks));
+  const auto from = hn::IfThenElse(hn::Lt(m, nb), hn::Add(m, m),
+                                   hn::Add(hn::Add(hn::Sub(m, nb), hn::Sub(m, nb)), hn::Set(d32, 1)));
+  const auto idx = hn::IndicesFromVec(
+      d32, hn::Add(hn::Add(from, from), hn::And(lane, hn::Set(d32, 1))));
+  size_t i = 0;
+  for (; i + L / 2 <= n; i += L / 2) {  // L / 2 pixels: two vectors of them
+    const uint8_t* p = s + 4 * i;
+    V8 va, vb;
+    if (blocks == 2) {  // blocks in the order that needs no permutation
+      va = hn::Combine(d8, hn::LoadU(DH8(), p + 32), hn::LoadU(DH8(), p));
+      vb = hn::Combine(d8, hn::LoadU(DH8(), p + 48), hn::LoadU(DH8(), p + 16));
+    } else {
+      va = hn::LoadU(d8, p);
+      vb = hn::LoadU(d8, p + L);
+    }
+    const auto a = hn::BitCast(d64, hn::TableLookupBytes(hn::SaturatedAdd(va, k), split));
+    const auto b = hn::BitCast(d64, hn::TableLookupBytes(hn::SaturatedAdd(vb, k), split));
+    const VU rg = hn::BitCast(du, hn::InterleaveLower(d64, a, b));
+    const VU ba = hn::BitCast(du, hn::InterleaveUpper(d64, a, b));
+    const VU hi = hn::And(hn::ShiftLeft<8>(kRedHigh ? rg : ba), hn::Set(du, 0xF800));
+    const VU lo = hn::ShiftRight<3>(hn::And(kRedHigh ? ba : rg, hn::Set(du, 0xF8)));
+    const VU g = hn::And(hn::ShiftRight<5>(rg), hn::Set(du, 0x7E0));
+    VU w = hn::Or(hn::Or(hi, g), lo);
+    if (blocks > 2) w = hn::BitCast(du, hn::TableLookupLanes(hn::BitCast(d32, w), idx));
+    hn::StoreU(w, du, reinterpret_cast<uint16_t*>(d + 2 * i));
+  }
+  return i;
+}
+#endif
+
 template <int kBytes, bool kRedHigh>
 void DitherRowT(const uint8_t* s, int32_t x, int32_t y, uint8_t* d, size_t n) {
   const D8 d8;
   const size_t L = hn::Lanes(d8);
-  const V8 k5 = Offsets(x, y, 1), k6 = Offsets(x, y, 2);
   size_t i = 0;
-  for (; i + L <= n; i += L) {
-    V8 r, g, b, a;
-    if constexpr (kBytes == 4) {
-      hn::LoadInterleaved4(d8, s + 4 * i, r, g, b, a);
-    } else {
-      hn::LoadInterleaved3(d8, s + 3 * i, r, g, b);
+#if HWY_TARGET != HWY_NEON
+  if constexpr (kBytes == 4) {
+    i = DitherQuads<kRedHigh>(s, x, y, d, n);
+  } else
+#endif
+  {
+    const V8 k5 = Offsets(x, y, 1), k6 = Offsets(x, y, 2);
+    for (; i + L <= n; i += L) {
+      V8 r, g, b, a;
+      if constexpr (kBytes == 4) {
+        hn::LoadInterleaved4(d8, s + 4 * i, r, g, b, a);
+      } else {
+        hn::LoadInterleaved3(d8, s + 3 * i, r, g, b);
+      }
+      r = hn::SaturatedAdd(r, k5);
+      g = hn::SaturatedAdd(g, k6);
+      b = hn::SaturatedAdd(b, k5);
+      Store565(kRedHigh ? r : b, g, kRedHigh ? b : r, d + 2 * i);
     }
-    r = hn::SaturatedAdd(r, k5);
-    g = hn::SaturatedAdd(g, k6);
-    b = hn::SaturatedAdd(b, k5);
-    Store565(kRedHigh ? r : b, g, kRedHigh ? b : r, d + 2 * i);
   }
   csc::scalar::DitherRow<kBytes, csc::Rgb16<kRedHigh>>(s, x, y, d, i, n);
 }
