@@ -30,6 +30,15 @@ inline void DitherRow(const uint8_t* s, int32_t x, int32_t y, uint8_t* d, size_t
   }
 }
 
+// The row step's paths take the pixel size and order at run time.
+inline void DitherRowVec(const uint8_t* s, int bytes, bool red_high, int32_t x, int32_t y,
+                         uint8_t* d, size_t n) {
+  if (bytes == 4) {
+    return red_high ? DitherRow<4, Rgb565>(s, x, y, d, 0, n) : DitherRow<4, Bgr565>(s, x, y, d, 0, n);
+  }
+  return red_high ? DitherRow<3, Rgb565>(s, x, y, d, 0, n) : DitherRow<3, Bgr565>(s, x, y, d, 0, n);
+}
+
 }  // namespace scalar
 }  // namespace csc
 }  // namespace kelo
@@ -160,13 +169,7 @@ void DitherRowVec(const uint8_t* s, int bytes, bool red_high, int32_t x, int32_t
   }
   return red_high ? DitherRowT<3, true>(s, x, y, d, n) : DitherRowT<3, false>(s, x, y, d, n);
 #else
-  using namespace csc;  // NOLINT
-  if (bytes == 4) {
-    return red_high ? scalar::DitherRow<4, Rgb565>(s, x, y, d, 0, n)
-                    : scalar::DitherRow<4, Bgr565>(s, x, y, d, 0, n);
-  }
-  return red_high ? scalar::DitherRow<3, Rgb565>(s, x, y, d, 0, n)
-                  : scalar::DitherRow<3, Bgr565>(s, x, y, d, 0, n);
+  csc::scalar::DitherRowVec(s, bytes, red_high, x, y, d, n);
 #endif
 }
 
@@ -183,18 +186,6 @@ HWY_AFTER_NAMESPACE();
 #include "kimgp_csc.h"
 
 namespace kelo {
-namespace csc {
-namespace scalar {
-inline void DitherRowVec(const uint8_t* s, int bytes, bool red_high, int32_t x, int32_t y,
-                         uint8_t* d, size_t n) {
-  if (bytes == 4) {
-    return red_high ? DitherRow<4, Rgb565>(s, x, y, d, 0, n) : DitherRow<4, Bgr565>(s, x, y, d, 0, n);
-  }
-  return red_high ? DitherRow<3, Rgb565>(s, x, y, d, 0, n) : DitherRow<3, Bgr565>(s, x, y, d, 0, n);
-}
-}  // namespace scalar
-}  // namespace csc
-
 KELO_VEC_EXPORT(DitherRowVec);
 
 namespace csc {
