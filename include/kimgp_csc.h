@@ -138,8 +138,8 @@ void kimgp_csc_1x2_to_1x1_rot_90r(const uint8_t *src, int32_t width, int32_t hei
  * 6-bit channels, so where a channel is the same value v over a tile (and
  * v + 7, or v + 3 for green, is at most 255) the tile's 16 truncated values,
  * scaled back (<< 3, << 2), average exactly v; plain truncation is off by up
- * to 7 (3 for green). Where b is 0 (pixel (0, 0) of each tile, among others)
- * the word is the undithered one.
+ * to 7 (3 for green). Where both offsets are 0 (b is 0 or 1: pixels (0, 0)
+ * and (2, 2) of each tile) the word is the undithered one.
  *
  * The kernels kimgp_csc_<pair>_dither have the kernel convention and read
  * and write exactly what their undithered twins read and write (the pixel
