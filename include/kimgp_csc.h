@@ -133,9 +133,9 @@ void kimgp_csc_1x2_to_1x1_rot_90r(const uint8_t *src, int32_t width, int32_t hei
  * and b = B[row & 3][column & 3] for the pixel at (column, row) of the image:
  *   R5 = min(R + (b >> 1), 255) >> 3,  G6 = min(G + (b >> 2), 255) >> 2,
  *   B5 = min(B + (b >> 1), 255) >> 3,
- * packed as the undithered RGB565 / BGR565 words. The offsets of a 4x4 tile
- * run once through 0..7 (twice) for the 5-bit and 0..3 (four times) for the
- * 6-bit channels, so where a channel is the same value v over a tile (and
+ * packed as the undithered RGB565 / BGR565 words. Over a 4x4 tile the
+ * offsets take each of 0..7 twice (5-bit channels) and each of 0..3 four
+ * times (the 6-bit channel), so where a channel is the same value v over a tile (and
  * v + 7, or v + 3 for green, is at most 255) the tile's 16 truncated values,
  * scaled back (<< 3, << 2), average exactly v; plain truncation is off by up
  * to 7 (3 for green). Where both offsets are 0 (b is 0 or 1: pixels (0, 0)
