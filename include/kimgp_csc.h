@@ -109,6 +109,125 @@ void kimgp_csc_1x2_to_1x1_rot_90l(const uint8_t *src, int32_t width, int32_t hei
 void kimgp_csc_1x2_to_1x1_rot_90r(const uint8_t *src, int32_t width, int32_t height,
                                   int32_t src_stride, int32_t dst_stride, uint8_t *dst);
 
+/*
+ * Dithered 16-bit RGB. kimgp_csc_dither converts like kimgp_csc into RGB565
+ * or BGR565, and adds a 4x4 ordered dither before the 5-6-5 truncation, so
+ * that smooth gradients keep their 8-bit level on average instead of
+ * banding. Pairs (every pair kimgp_csc converts into a 5-6-5 layout):
+ *   YUV420, YUV422N, YUV444, YV12, NV12, NV21, YUV422W, T64X32, UYVY, YUYV
+ *                                        to RGB565 and BGR565
+ *   YUV400, RGB888, RGBA8888             to RGB565
+ * Statuses as kimgp_csc: 0 done; -1 the same code on both sides; -3 any other
+ * pair, an image narrower or lower than 8 (either descriptor), and a YUV/RGB
+ * pair whose descriptors both set `std` (there are no dithered full-range or
+ * BT.709 conversions). Nothing is written on -1 or -3.
+ *
+ * The 8-bit R, G, B of every pixel are exactly those the undithered
+ * conversion computes before its 5-6-5 pack (limited-range BT.601 for YUV,
+ * grey g as (g, g, g) for YUV400, the bytes themselves for RGB888 and
+ * RGBA8888). Then, with the ordered-dither matrix
+ *        { 0,  8,  2, 10 },
+ *   B =  {12,  4, 14,  6 },
+ *        { 3, 11,  1,  9 },
+ *        {15,  7, 13,  5 }
+ * and b = B[row & 3][column & 3] for the pixel at (column, row) of the image:
+ *   R5 = min(R + (b >> 1), 255) >> 3,  G6 = min(G + (b >> 2), 255) >> 2,
+ *   B5 = min(B + (b >> 1), 255) >> 3,
+ * packed as the undithered RGB565 / BGR565 words. Over a 4x4 tile the
+ * offsets take each of 0..7 twice (5-bit channels) and each of 0..3 four
+ * times (the 6-bit channel), so where a channel is the same value v over a tile (and
+ * v + 7, or v + 3 for green, is at most 255) the tile's 16 truncated values,
+ * scaled back (<< 3, << 2), average exactly v; plain truncation is off by up
+ * to 7 (3 for green). Where both offsets are 0 (b is 0 or 1: pixels (0, 0)
+ * and (2, 2) of each tile) the word is the undithered one.
+ *
+ * The kernels kimgp_csc_<pair>_dither have the kernel convention and read
+ * and write exactly what their undithered twins read and write (the pixel
+ * pair path of widths not a multiple of 4, with its odd-width extra pixel
+ * and its chroma row shift, the YV12 plane exchange in the caller's
+ * descriptor); only the words differ by the dither. RGBA8888 to RGB565 walks
+ * its rows as kimgp_csc does (row pointers rounded down to their pixel size)
+ * and has no kernel of its own. Rows are converted through a fixed stack
+ * buffer, a piece at a time: nothing is allocated and nothing can fail.
+ *
+ * kimgp_dit_8b is the row step: `width` pixels of `src_bytes` bytes each
+ * (3 or 4; R, G, B are the first three bytes, a fourth is ignored) whose
+ * first pixel sits at column `x` of image row `y` are dithered as above
+ * into `width` 16-bit words at dst: RGB565 for `order` 0, BGR565 for any
+ * other order. A row done in pieces gives the bytes of the whole row when
+ * each piece passes its own first column. Nothing is written when width is
+ * below 1 or src_bytes is not 3 or 4. src and dst must not overlap.
+ */
+int32_t kimgp_csc_dither(const kimgp_img *src, kimgp_img *dst);
+void kimgp_dit_8b(const uint8_t *src, int32_t src_bytes, int32_t width, int32_t x,
+                  int32_t y, int32_t order, uint8_t *dst);
+void kimgp_csc_yuv420_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv420_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yv12_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yv12_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv12_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv12_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv21_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_nv21_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422n_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422n_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv444_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv444_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_uyvy_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_uyvy_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuyv_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuyv_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422w_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv422w_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_t64x32_to_bgr565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_yuv400_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+void kimgp_csc_rgb888_to_rgb565_dither(uint8_t **src_plane, const int32_t *src_width,
+    const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
+    uint8_t **dst_plane);
+
 /* Standard-specific entries, reached from kimgp_csc through `std`. */
 int32_t kimgp_csc_bt601_fr(const kimgp_img *src, kimgp_img *dst);
 int32_t kimgp_csc_bt709(const kimgp_img *src, kimgp_img *dst);

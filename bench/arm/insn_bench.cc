@@ -151,6 +151,13 @@ void AddCsc() {
   Csc("csc nv12>rgba8888", "NV12ToABGR", 6, 500, Conv(libyuv::NV12ToABGR));
   Csc("csc nv21>rgba8888", "NV21ToABGR", 7, 500, Conv(libyuv::NV21ToABGR));
   Csc("csc yuv420>rgb565", "I420ToRGB565", 1, 200, Conv(libyuv::I420ToRGB565));
+  Add("csc yuv420>rgb565 dither", "I420ToRGB565Dither", 1, kW, kH, 200, kW, kH,
+      [](Job& j) { kimgp_csc_dither(&j.src.img, &j.dst.img); },
+      [](Job& j) {
+        const kimgp_img& i = j.src.img;
+        libyuv::I420ToRGB565Dither(i.plane[0], i.stride[0], i.plane[1], i.stride[1], i.plane[2],
+                                   i.stride[2], j.dst.p(0), j.dst.s(0), nullptr, kW, kH);
+      });
   Csc("csc yuv420>rgb888", "I420ToRAW", 1, 400, Conv(libyuv::I420ToRAW));
   Csc("csc yuv420>bgr888", "I420ToRGB24", 1, 401, Conv(libyuv::I420ToRGB24));
   Csc("csc yuyv>bgra8888", "YUY2ToARGB", 101, 501, Conv(libyuv::YUY2ToARGB));

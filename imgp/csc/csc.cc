@@ -16,22 +16,7 @@ namespace kelo {
 namespace csc {
 namespace {
 
-// Rows whose pointers advance by the stride and are then rounded down to a
-// multiple of their own pixel size (2 for RGB565, 4 for RGBA8888).
-template <class RowOp>
-void RoundedRows(const uint8_t* s, int32_t ss, uintptr_t s_mask, uint8_t* d, int32_t ds,
-                 uintptr_t d_mask, int32_t w, int32_t h, RowOp op) {
-  if (w < 1) return;
-  uintptr_t sa = reinterpret_cast<uintptr_t>(s), da = reinterpret_cast<uintptr_t>(d);
-  for (int32_t r = 0; r < h; ++r) {
-    op(reinterpret_cast<const uint8_t*>(sa), reinterpret_cast<uint8_t*>(da), size_t(w));
-    sa = (sa + static_cast<uintptr_t>(static_cast<intptr_t>(ss))) & ~s_mask;
-    da = (da + static_cast<uintptr_t>(static_cast<intptr_t>(ds))) & ~d_mask;
-  }
-}
-
 void Rgb565ToRgba8888(KELO_CSC_PARAMS) {
-
   RoundedRows(sp[0], ss[0], 1, dp[0], ds[0], 3, sw[0], sh[0], Rgb565ToRgba);
 }
 void Rgba8888ToRgb565(KELO_CSC_PARAMS) {

@@ -107,6 +107,21 @@ void Rgb565ToRgba(const uint8_t* s, uint8_t* d, size_t n);
 void RgbaTo565(const uint8_t* s, uint8_t* d, size_t n);
 void Rgb888To565(const uint8_t* s, uint8_t* d, size_t n);
 
+// Rows whose pointers advance by the stride and are then rounded down to a
+// multiple of their own pixel size (2 for RGB565, 4 for RGBA8888): the walk
+// of the dispatcher's RGB565 and RGBA8888 conversions. op(s, d, w) per row.
+template <class RowOp>
+void RoundedRows(const uint8_t* s, int32_t ss, uintptr_t s_mask, uint8_t* d, int32_t ds,
+                 uintptr_t d_mask, int32_t w, int32_t h, RowOp op) {
+  if (w < 1) return;
+  uintptr_t sa = reinterpret_cast<uintptr_t>(s), da = reinterpret_cast<uintptr_t>(d);
+  for (int32_t r = 0; r < h; ++r) {
+    op(reinterpret_cast<const uint8_t*>(sa), reinterpret_cast<uint8_t*>(da), size_t(w));
+    sa = (sa + static_cast<uintptr_t>(static_cast<intptr_t>(ss))) & ~s_mask;
+    da = (da + static_cast<uintptr_t>(static_cast<intptr_t>(ds))) & ~d_mask;
+  }
+}
+
 }  // namespace csc
 }  // namespace kelo
 

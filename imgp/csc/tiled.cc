@@ -349,8 +349,9 @@ void DetileFrame(uint8_t* const* sp, const int32_t* sw, const int32_t* sh, const
 
 }  // namespace
 
-void DetileRow64x32(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out) {
-  DetileRow(plane, stride, kT64x32, y, n, out);
+void DetileRow64x32(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out,
+                    int32_t x0) {
+  DetileRow(plane, stride, kT64x32, y, n, out, x0);
 }
 
 }  // namespace csc

@@ -8,9 +8,10 @@
 namespace kelo {
 namespace csc {
 
-// Bytes [0, n) of row y of a 64 x 32 tiled plane (row of tiles / 32 =
+// Bytes [x0, x0 + n) of row y of a 64 x 32 tiled plane (row of tiles / 32 =
 // `stride` bytes) into out.
-void DetileRow64x32(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out);
+void DetileRow64x32(const uint8_t* plane, int32_t stride, int32_t y, int32_t n, uint8_t* out,
+                    int32_t x0 = 0);
 
 }  // namespace csc
 }  // namespace kelo

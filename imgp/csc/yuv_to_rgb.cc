@@ -956,12 +956,7 @@ YuvToRgbRows ScalarYuvToRgbRowFor(YuvToRgbRowId id) { return scalar::RowTable(id
 // YUV420 member, and leave the planes exchanged.
 #define KELO_YV12_TO_RGB_KERNEL(dst)                                            \
   KELO_EXPORT void kimgp_csc_yv12_to_##dst(KELO_CSC_PARAMS) {                   \
-    uint8_t* p = sp[1];                                                         \
-    sp[1] = sp[2];                                                              \
-    sp[2] = p;                                                                  \
-    const int32_t s = ss[1];                                                    \
-    ss[1] = ss[2];                                                              \
-    ss[2] = s;                                                                  \
+    kelo::csc::ExchangeChroma(sp, ss);                                          \
     kimgp_csc_yuv420_to_##dst(sp, sw, sh, ss, ds, dp);                          \
   }
 

@@ -118,6 +118,18 @@ void YuvToRgbWalk(int w, int h, RowAt row_at, uint8_t* dst, int32_t dst_stride,
   });
 }
 
+// What the YV12 members do before they run the YUV420 member: exchange
+// plane[1] with plane[2] and stride[1] with stride[2] of the caller's source
+// descriptor (and leave them exchanged).
+inline void ExchangeChroma(uint8_t** sp, int32_t* ss) {
+  uint8_t* p = sp[1];
+  sp[1] = sp[2];
+  sp[2] = p;
+  const int32_t s = ss[1];
+  ss[1] = ss[2];
+  ss[2] = s;
+}
+
 template <class Src>
 void YuvToRgbImage(uint8_t* const* sp, const int32_t* sw, const int32_t* sh,
                    const int32_t* ss, const int32_t* ds, uint8_t* const* dp,

@@ -150,6 +150,17 @@ elseif(CASE STREQUAL "convert")
   endif()
   expect_error(2 "convert s.png --to nosuch")
   expect_error(2 "convert s.png --to rgba8888 --std 2020")
+  # Dithered 5-6-5: differs from the plain conversion, and only into 5-6-5.
+  expect_ok("convert d.rgb565 --size 64x32 --to rgb565")
+  expect_ok("convert e.rgb565 --size 64x32 --to rgb565 --dither")
+  execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${WORK}/d.rgb565 ${WORK}/e.rgb565
+                  RESULT_VARIABLE same)
+  if(same EQUAL 0)
+    fail("--dither gave the undithered bytes")
+  endif()
+  expect_ok("convert f.png --size 64x32 --format nv12 --to bgr565 --dither")
+  expect_error(2 "convert g.png --size 64x32 --to rgba8888 --dither")
+  expect_error(1 "convert h.png --size 64x32 --format yuv420 --to rgb565 --dither --std 709")
 
 elseif(CASE STREQUAL "convert_rotate")
   # Converting and turning in one pass gives the plain conversion turned by

@@ -1,5 +1,6 @@
-// kelo convert: every frame through kimgp_csc into another colour space, or
-// through kimgp_csc_rot when it is also turned.
+// kelo convert: every frame through kimgp_csc into another colour space,
+// through kimgp_csc_rot when it is also turned, or through kimgp_csc_dither
+// into a dithered 5-6-5 layout.
 #include "kimgp_csc.h"
 #include "tools/kelo/command.h"
 #include "tools/kelo/demo.h"
@@ -22,15 +23,17 @@ int32_t ParseStd(const Args& args) {
   throw UsageError("convert: --std must be 601f, 709 or 709f");
 }
 
-// kimgp_csc of src into dst on copies of the descriptors: the YV12 kernels
-// exchange the source's chroma planes in the descriptor they are given.
-void ConvertInto(const Image& src, Image* dst, int32_t std_word) {
+// kimgp_csc (or kimgp_csc_dither) of src into dst on copies of the
+// descriptors: the YV12 kernels exchange the source's chroma planes in the
+// descriptor they are given.
+void ConvertInto(const Image& src, Image* dst, int32_t std_word, bool dither = false) {
   kimgp_img s = src.img();
   kimgp_img d = dst->img();
   s.std = d.std = std_word;
-  const int32_t status = kimgp_csc(&s, &d);
+  const int32_t status = dither ? kimgp_csc_dither(&s, &d) : kimgp_csc(&s, &d);
   if (status != KIMGP_OK) {
-    throw RunError(std::string("kimgp_csc: ") + src.format().name + " to " + dst->format().name +
+    throw RunError(std::string(dither ? "kimgp_csc_dither: " : "kimgp_csc: ") +
+                   src.format().name + " to " + dst->format().name +
                    (status == KIMGP_ERR_UNSUPPORTED ? " is not supported" : " does not fit") +
                    " (status " + std::to_string(status) + ")");
   }
@@ -80,6 +83,11 @@ int RunConvert(const Args& given) {
   StreamInfo out_info = info;
   out_info.format = to;
   out_info.y4m_tags.clear();  // the source's colour tag no longer applies
+  const bool dither = args.Has("dither");
+  if (dither && to->cs != KIMGP_CS_RGB565 && to->cs != KIMGP_CS_BGR565) {
+    throw UsageError(std::string("convert: --dither is for rgb565 and bgr565, not ") + to->name);
+  }
+  if (dither && args.Has("rotate")) throw UsageError("convert: --dither does not apply with --rotate");
   if (args.Has("rotate")) {
     // Conversion and rotation in one pass, for the pairs kimgp_csc_rot has.
     const std::string op = args.Get("rotate");
@@ -98,7 +106,9 @@ int RunConvert(const Args& given) {
   }
   Image dst(*to, info.width, info.height);
   TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
-                  [std_word](const Image& src, Image* d) { ConvertInto(src, d, std_word); });
+                  [std_word, dither](const Image& src, Image* d) {
+                    ConvertInto(src, d, std_word, dither);
+                  });
   return 0;
 }
 
@@ -137,7 +147,7 @@ void ConvertDemo(DemoContext* ctx) {
 Command ConvertCommand() {
   return {"convert",
           "convert frames to another colour space with kimgp_csc",
-          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f|--rotate OP]",
+          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f|--rotate OP] [--dither]",
           "Converts every frame of IN (or of the pattern, default format\n"
           "yuv420) with kimgp_csc into FORMAT and writes the frames to OUT\n"
           "(type by extension or --out-type, as for copy). Raw input needs\n"
@@ -148,11 +158,15 @@ Command ConvertCommand() {
           "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n"
           "--rotate converts and turns in one pass with kimgp_csc_rot, for\n"
           "yuyv to bgra8888 (90l, 90r, 180) and yuv422n or yv16 to yuv420\n"
-          "or yv12 (90l, 90r); 90l and 90r exchange width and height.\n",
+          "or yv12 (90l, 90r); 90l and 90r exchange width and height.\n"
+          "--dither converts into rgb565 or bgr565 with kimgp_csc_dither:\n"
+          "a 4x4 ordered dither before the truncation to 5-6-5, so smooth\n"
+          "gradients keep their level instead of banding.\n",
           FrameCommandOptions({{"to", "FORMAT", "colour space to convert to"},
                                {"from", "FORMAT", "format of raw input (same as --format)"},
                                {"std", "STD", "601f, 709 or 709f on both sides"},
-                               {"rotate", "OP", "90l, 90r, 180, hori or vert (kimgp_csc_rot)"}}),
+                               {"rotate", "OP", "90l, 90r, 180, hori or vert (kimgp_csc_rot)"},
+                               {"dither", nullptr, "ordered dither into rgb565/bgr565 (kimgp_csc_dither)"}}),
           RunConvert,
           ConvertDemo};
 }
