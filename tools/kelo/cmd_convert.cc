@@ -1,5 +1,6 @@
-// kelo convert: every frame through kimgp_csc into another colour space, or
-// through kimgp_csc_rot when it is also turned.
+// kelo convert: every frame through kimgp_csc into another colour space,
+// through kimgp_csc_new with --new, or through kimgp_csc_rot when it is also
+// turned.
 #include "kimgp_csc.h"
 #include "tools/kelo/command.h"
 #include "tools/kelo/demo.h"
@@ -12,25 +13,33 @@ namespace kelo {
 namespace cli {
 namespace {
 
-// --std: the colour standard both descriptors carry (0: BT.601 limited).
+// --std: the colour standard both descriptors carry (0: BT.601 limited);
+// with --new also 601, 2020 and 2020f.
 int32_t ParseStd(const Args& args) {
   if (!args.Has("std")) return KIMGP_STD_DEFAULT;
   const std::string s = args.Get("std");
   if (s == "601f") return KIMGP_STD_BT601_FR;
   if (s == "709") return KIMGP_STD_BT709;
   if (s == "709f") return KIMGP_STD_BT709_FR;
-  throw UsageError("convert: --std must be 601f, 709 or 709f");
+  if (args.Has("new")) {
+    if (s == "601") return KIMGP_STD_DEFAULT;
+    if (s == "2020") return KIMGP_STD_BT2020;
+    if (s == "2020f") return KIMGP_STD_BT2020_FR;
+    throw UsageError("convert: --std must be 601, 601f, 709, 709f, 2020 or 2020f");
+  }
+  throw UsageError("convert: --std must be 601f, 709 or 709f (2020 and 2020f with --new)");
 }
 
 // kimgp_csc of src into dst on copies of the descriptors: the YV12 kernels
 // exchange the source's chroma planes in the descriptor they are given.
-void ConvertInto(const Image& src, Image* dst, int32_t std_word) {
+// With second_gen, kimgp_csc_new instead.
+void ConvertInto(const Image& src, Image* dst, int32_t std_word, bool second_gen = false) {
   kimgp_img s = src.img();
   kimgp_img d = dst->img();
   s.std = d.std = std_word;
-  const int32_t status = kimgp_csc(&s, &d);
+  const int32_t status = second_gen ? kimgp_csc_new(&s, &d) : kimgp_csc(&s, &d);
   if (status != KIMGP_OK) {
-    throw RunError(std::string("kimgp_csc: ") + src.format().name + " to " + dst->format().name +
+    throw RunError(std::string(second_gen ? "kimgp_csc_new: " : "kimgp_csc: ") + src.format().name + " to " + dst->format().name +
                    (status == KIMGP_ERR_UNSUPPORTED ? " is not supported" : " does not fit") +
                    " (status " + std::to_string(status) + ")");
   }
@@ -85,6 +94,7 @@ int RunConvert(const Args& given) {
     const std::string op = args.Get("rotate");
     const uint32_t code = RotationCode(op, "convert");
     if (args.Has("std")) throw UsageError("convert: --std does not apply with --rotate");
+    if (args.Has("new")) throw UsageError("convert: --new does not apply with --rotate");
     if (!TurnsInOnePass(info.format->cs, to->cs)) {
       throw UsageError(std::string("convert: --rotate is for yuyv to bgra8888 and yuv422n or "
                                    "yv16 to yuv420 or yv12, not ") +
@@ -97,8 +107,11 @@ int RunConvert(const Args& given) {
     return 0;
   }
   Image dst(*to, info.width, info.height);
+  const bool second_gen = args.Has("new");
   TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
-                  [std_word](const Image& src, Image* d) { ConvertInto(src, d, std_word); });
+                  [std_word, second_gen](const Image& src, Image* d) {
+                    ConvertInto(src, d, std_word, second_gen);
+                  });
   return 0;
 }
 
@@ -137,7 +150,7 @@ void ConvertDemo(DemoContext* ctx) {
 Command ConvertCommand() {
   return {"convert",
           "convert frames to another colour space with kimgp_csc",
-          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f|--rotate OP]",
+          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--new] [--std STD|--rotate OP]",
           "Converts every frame of IN (or of the pattern, default format\n"
           "yuv420) with kimgp_csc into FORMAT and writes the frames to OUT\n"
           "(type by extension or --out-type, as for copy). Raw input needs\n"
@@ -146,12 +159,16 @@ Command ConvertCommand() {
           "(BT.709 full range); without it the arithmetic is limited-range\n"
           "BT.601. Pairs the library does not convert are reported with its\n"
           "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n"
+          "--new converts with kimgp_csc_new instead: every pair of linear\n"
+          "layouts (16-bit ones included), averaged and interpolated chroma,\n"
+          "and --std also 601, 2020 (BT.2020) and 2020f (full range).\n"
           "--rotate converts and turns in one pass with kimgp_csc_rot, for\n"
           "yuyv to bgra8888 (90l, 90r, 180) and yuv422n or yv16 to yuv420\n"
           "or yv12 (90l, 90r); 90l and 90r exchange width and height.\n",
           FrameCommandOptions({{"to", "FORMAT", "colour space to convert to"},
                                {"from", "FORMAT", "format of raw input (same as --format)"},
-                               {"std", "STD", "601f, 709 or 709f on both sides"},
+                               {"std", "STD", "601f, 709 or 709f on both sides (with --new also 601, 2020, 2020f)"},
+                               {"new", nullptr, "convert with kimgp_csc_new"},
                                {"rotate", "OP", "90l, 90r, 180, hori or vert (kimgp_csc_rot)"}}),
           RunConvert,
           ConvertDemo};
