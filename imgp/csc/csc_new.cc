@@ -12,6 +12,7 @@
 
 #include "common/internal/api.h"
 #include "common/internal/fault.h"
+#include "imgp/csc/csc_new_rows.h"
 #include "imgp/csc/pixel_layouts.h"
 #include "kimgp_csc.h"
 
@@ -74,7 +75,6 @@ const Layout* FindLayout(int32_t cs) {
 
 bool IsRgb(const Layout& l) { return l.kind == Kind::kRgb; }
 int Depth(const Layout& l) { return l.wide ? 10 : 8; }
-int32_t Clamp(int64_t v, int32_t hi) { return v < 0 ? 0 : (v > hi ? hi : static_cast<int32_t>(v)); }
 int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
 int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
 
@@ -103,18 +103,13 @@ bool StandardOf(int32_t std, Standard* s) {
   }
 }
 
-// Matrix arithmetic: in eighths of a source code, with
-//   acc_i = sum_j m[i][j] (v_j - 8 in_off_j) + out_off_i << 17
-// and out_i = (acc_i + 2^16) >> 17 clamped; m holds 14 fractional bits.
-constexpr int kFrac = 14, kAccShift = kFrac + 3;
-
 struct Plan {
   const Layout* s;
   const Layout* d;
   int32_t w, h;
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
-  int32_t m[3][3];         // matrix mode
-  int32_t in_off[3], out_off[3];
+  NewMatrix k;             // matrix mode
+  bool vec;                // k fits the vector rows
   int32_t num[2], den[2];  // rescale mode, luma and chroma: span ratios
   Range sr, dr;            // YUV sides' ranges
   int32_t dmax;            // largest code of the destination
@@ -158,22 +153,27 @@ void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
     Mul(span, to_yuv, out);
   }
   Mul(out, m, m);
+  int32_t (&k)[3][3] = p->k.m;
   for (int i = 0; i < 3; ++i) {
-    for (int j = 0; j < 3; ++j) p->m[i][j] = static_cast<int32_t>(std::lround(m[i][j] * (1 << kFrac)));
+    for (int j = 0; j < 3; ++j) k[i][j] = static_cast<int32_t>(std::lround(m[i][j] * (1 << kNewFrac)));
   }
   // Greys stay grey: every RGB row takes luma alike, chroma rows sum to zero
   // over R, G, B (the green weight absorbs the rounding), and chroma never
   // depends on luma between two YUV sides.
-  if (IsRgb(*p->d) && !IsRgb(*p->s)) p->m[1][0] = p->m[2][0] = p->m[0][0];
+  if (IsRgb(*p->d) && !IsRgb(*p->s)) k[1][0] = k[2][0] = k[0][0];
   if (!IsRgb(*p->d) && IsRgb(*p->s)) {
-    for (int i = 1; i < 3; ++i) p->m[i][1] = -p->m[i][0] - p->m[i][2];
+    for (int i = 1; i < 3; ++i) k[i][1] = -k[i][0] - k[i][2];
   }
-  if (!IsRgb(*p->d) && !IsRgb(*p->s)) p->m[1][0] = p->m[2][0] = 0;
+  if (!IsRgb(*p->d) && !IsRgb(*p->s)) k[1][0] = k[2][0] = 0;
   const bool syuv = !IsRgb(*p->s), dyuv = !IsRgb(*p->d);
-  p->in_off[0] = syuv ? p->sr.yoff : 0;
-  p->in_off[1] = p->in_off[2] = syuv ? p->sr.coff : 0;
-  p->out_off[0] = dyuv ? p->dr.yoff : 0;
-  p->out_off[1] = p->out_off[2] = dyuv ? p->dr.coff : 0;
+  p->k.in_off8[0] = syuv ? 8 * p->sr.yoff : 0;
+  p->k.in_off8[1] = p->k.in_off8[2] = syuv ? 8 * p->sr.coff : 0;
+  for (int i = 0; i < 3; ++i) {
+    const int32_t off = !dyuv ? 0 : i == 0 ? p->dr.yoff : p->dr.coff;
+    p->k.add[i] = (off << kNewShift) + (1 << (kNewShift - 1));
+  }
+  p->k.hi = p->dmax;
+  p->vec = NewMatrixFits(p->k, 8 * ((1 << Depth(*p->s)) - 1));
 }
 
 // ---- Unpack: one row of a source into eighths of a code. ----
@@ -300,12 +300,17 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
 
 // ---- Convert. ----
 
-int64_t Acc(const Plan& p, int i, int32_t c0, int32_t c1, int32_t c2) {
-  return int64_t{p.m[i][0]} * (c0 - 8 * p.in_off[0]) + int64_t{p.m[i][1]} * (c1 - 8 * p.in_off[1]) +
-         int64_t{p.m[i][2]} * (c2 - 8 * p.in_off[2]) + (int64_t{p.out_off[i]} << kAccShift);
-}
-int32_t Round(int64_t acc, int shift, int32_t hi) {
-  return Clamp((acc + (int64_t{1} << (shift - 1))) >> shift, hi);
+using scalar::NewAcc;
+using scalar::NewClamp;
+
+// Output row r of the map over a whole row.
+void MatrixRow(const Plan& p, int r, const int32_t* c0, const int32_t* c1, const int32_t* c2,
+               int32_t* o, int32_t n) {
+  if (p.vec) {
+    NewMatrixRow(p.k, r, c0, c1, c2, o, static_cast<size_t>(n));
+  } else {
+    scalar::NewMatrixRow(p.k, r, c0, c1, c2, o, 0, static_cast<size_t>(n));
+  }
 }
 
 // Exact scaling between two ranges of one standard: off_d + (x - off_s) *
@@ -314,7 +319,7 @@ int32_t Rescale(int32_t x, int32_t off_s, int32_t off_d, int32_t num, int32_t de
   const int64_t t = int64_t{x - 8 * off_s} * num + 4 * int64_t{den};
   const int64_t q = 8 * int64_t{den};
   const int64_t f = t >= 0 ? t / q : -((-t + q - 1) / q);
-  return Clamp(off_d + f, hi);
+  return NewClamp(off_d + f, hi);
 }
 
 // ---- Pack. ----
@@ -389,14 +394,13 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
     // Per-pixel outputs: RGB, or luma.
     const int outs = drgb ? 3 : 1;
     for (int i = 0; i < outs; ++i) {
+      if (!p.rescale && !(srgb && drgb)) {
+        MatrixRow(p, i, c[0], c[1], c[2], o[i], w);
+        continue;
+      }
       for (int32_t x = 0; x < w; ++x) {
-        if (p.rescale) {
-          o[i][x] = Rescale(c[0][x], p.sr.yoff, p.dr.yoff, p.num[0], p.den[0], dhi);
-        } else if (srgb && drgb) {
-          o[i][x] = Clamp((c[i][x] + 4) >> 3, 255);
-        } else {
-          o[i][x] = Round(Acc(p, i, c[0][x], c[1][x], c[2][x]), kAccShift, dhi);
-        }
+        o[i][x] = p.rescale ? Rescale(c[0][x], p.sr.yoff, p.dr.yoff, p.num[0], p.den[0], dhi)
+                            : NewClamp((c[i][x] + 4) >> 3, 255);
       }
     }
     if (drgb) {
@@ -415,24 +419,29 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
       for (int row = 0; row < 2; ++row) {
         if (row == 1) LoadRgb(s, *p.s, y1, w, c[0], c[1], c[2]);
         for (int32_t x = 0; x < w; ++x) {
-          acc[2 * row][x] = static_cast<int32_t>(Acc(p, 1, c[0][x], c[1][x], c[2][x]) >> 2);
-          acc[2 * row + 1][x] = static_cast<int32_t>(Acc(p, 2, c[0][x], c[1][x], c[2][x]) >> 2);
+          // Quarters, so that four sum within int32; the rounding half
+          // of add[] stays whole.
+          acc[2 * row][x] = static_cast<int32_t>(NewAcc(p.k, 1, c[0][x], c[1][x], c[2][x]) >> 2);
+          acc[2 * row + 1][x] = static_cast<int32_t>(NewAcc(p.k, 2, c[0][x], c[1][x], c[2][x]) >> 2);
         }
       }
       for (int32_t k = 0; k < cw; ++k) {
         const int32_t a = dl.xs ? 2 * k : k, b = dl.xs ? Min(a + 1, w - 1) : a;
         for (int ch = 0; ch < 2; ++ch) {
           const int64_t sum = int64_t{acc[ch][a]} + acc[ch][b] + acc[2 + ch][a] + acc[2 + ch][b];
-          o[1 + ch][k] = Round(sum, kAccShift, dhi);
+          o[1 + ch][k] = NewClamp(sum >> kNewShift, dhi);
         }
       }
     } else {
       ChromaOnGrid(p, s, cy, dl.ys != 0, dl.xs != 0, tmp, c[1], c[2]);
-      for (int32_t k = 0; k < cw; ++k) {
-        for (int ch = 1; ch < 3; ++ch) {
-          o[ch][k] = p.rescale
-                         ? Rescale(c[ch][k], p.sr.coff, p.dr.coff, p.num[1], p.den[1], dhi)
-                         : Round(Acc(p, ch, 8 * p.in_off[0], c[1][k], c[2][k]), kAccShift, dhi);
+      for (int ch = 1; ch < 3; ++ch) {
+        // Chroma rows take nothing from luma: c[1] stands in for it.
+        if (!p.rescale) {
+          MatrixRow(p, ch, c[1], c[1], c[2], o[ch], cw);
+          continue;
+        }
+        for (int32_t k = 0; k < cw; ++k) {
+          o[ch][k] = Rescale(c[ch][k], p.sr.coff, p.dr.coff, p.num[1], p.den[1], dhi);
         }
       }
     }

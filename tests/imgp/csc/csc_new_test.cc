@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "imgp/csc/csc_new_rows.h"
 #include "kimgp_csc.h"
 #include "tests/support/guarded.h"
 #include "tests/support/targets.h"
@@ -403,6 +404,36 @@ TEST(CscNew, ChromaImpulseLandsWhereTheSitingSays) {
       }
     }
   }
+}
+
+// ---- Vector rows against the scalar definition. ----
+
+TEST(CscNew, MatrixRowMatchesScalarOnEveryTarget) {
+  auto rng = MakeRng(11);
+  std::uniform_int_distribution<int32_t> coef(-90000, 90000), in(0, 8 * 1023);
+  ForEachTarget([&](const std::string& target) {
+    SCOPED_TRACE(target);
+    for (const Size2& sz : TestSizes(rng, 6)) {
+      csc::NewMatrix k{};
+      for (int r = 0; r < 3; ++r) {
+        for (int j = 0; j < 3; ++j) k.m[r][j] = coef(rng) / 4;
+        k.in_off8[r] = in(rng) / 2;
+        k.add[r] = (in(rng) << 14) + (1 << 16);
+      }
+      k.hi = sz.h & 1 ? 1023 : 255;
+      ASSERT_TRUE(csc::NewMatrixFits(k, 8 * 1023));
+      std::vector<int32_t> c[3], got(sz.w + 1, -7), want(sz.w + 1, -7);
+      for (auto& row : c) {
+        for (int32_t x = 0; x < sz.w; ++x) row.push_back(in(rng));
+      }
+      for (int r = 0; r < 3; ++r) {
+        csc::NewMatrixRow(k, r, c[0].data(), c[1].data(), c[2].data(), got.data(), sz.w);
+        csc::scalar::NewMatrixRow(k, r, c[0].data(), c[1].data(), c[2].data(), want.data(), 0,
+                                  sz.w);
+        ASSERT_EQ(got, want) << sz.w << " row " << r;
+      }
+    }
+  });
 }
 
 // ---- Statuses. ----
