@@ -200,25 +200,36 @@ uint8_t* RowOf(kimgp_img& img, int plane, int32_t y) {
   return img.plane[plane] + static_cast<ptrdiff_t>(y) * img.stride[plane];
 }
 
-void LoadLuma(const kimgp_img& s, const Layout& l, int32_t y, int32_t w, int32_t* out) {
-  const uint8_t* row = RowOf(s, 0, y);
-  for (int32_t x = 0; x < w; ++x) {
-    out[x] = 8 * (l.kind == Kind::kPacked ? row[2 * x + l.yoff] : Sample(row, x, l.wide));
+// Samples i0, i0 + step, ... (n of them) of a row, times 8.
+void Load8(const uint8_t* row, int32_t i0, int32_t step, int wide, int32_t n, int32_t* out) {
+  if (wide == 0) {
+    for (int32_t x = 0; x < n; ++x) out[x] = 8 * row[i0 + x * step];
+  } else {
+    for (int32_t x = 0; x < n; ++x) out[x] = 8 * Sample(row, i0 + x * step, wide);
   }
 }
 
-// Raw chroma codes of chroma row cy, cw samples each.
+void LoadLuma(const kimgp_img& s, const Layout& l, int32_t y, int32_t w, int32_t* out) {
+  const uint8_t* row = RowOf(s, 0, y);
+  if (l.kind == Kind::kPacked) {
+    Load8(row, l.yoff, 2, 0, w, out);
+  } else {
+    Load8(row, 0, 1, l.wide, w, out);
+  }
+}
+
+// Chroma codes of chroma row cy, cw samples each, times 8.
 void LoadChroma(const kimgp_img& s, const Layout& l, const Range& r, int32_t cy, int32_t cw,
                 int32_t* u, int32_t* v) {
   int32_t* out[2] = {u, v};
   for (int c = 0; c < 2; ++c) {
-    for (int32_t k = 0; k < cw; ++k) {
-      switch (l.kind) {
-        case Kind::kPlanar: out[c][k] = Sample(RowOf(s, l.ci[c], cy), k, l.wide); break;
-        case Kind::kSemi: out[c][k] = Sample(RowOf(s, 1, cy), 2 * k + l.ci[c], l.wide); break;
-        case Kind::kPacked: out[c][k] = RowOf(s, 0, cy)[4 * k + l.ci[c]]; break;
-        default: out[c][k] = r.coff; break;
-      }
+    switch (l.kind) {
+      case Kind::kPlanar: Load8(RowOf(s, l.ci[c], cy), 0, 1, l.wide, cw, out[c]); break;
+      case Kind::kSemi: Load8(RowOf(s, 1, cy), l.ci[c], 2, l.wide, cw, out[c]); break;
+      case Kind::kPacked: Load8(RowOf(s, 0, cy), l.ci[c], 4, 0, cw, out[c]); break;
+      default:
+        for (int32_t k = 0; k < cw; ++k) out[c][k] = 8 * r.coff;
+        break;
     }
   }
 }
@@ -274,12 +285,16 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
     rb = Min(ra + 1, ch - 1);
     wa = 2;
   }
+  // Rows in eighths of a code: the weighted sums of quarters and halves of
+  // them stay whole, so nothing rounds here.
   int32_t *ua = tmp, *va = tmp + cw, *ub = tmp + 2 * cw, *vb = tmp + 3 * cw;
   LoadChroma(s, l, p.sr, ra, cw, ua, va);
-  LoadChroma(s, l, p.sr, rb, cw, ub, vb);
-  for (int32_t k = 0; k < cw; ++k) {
-    ua[k] = wa * ua[k] + (4 - wa) * ub[k];
-    va[k] = wa * va[k] + (4 - wa) * vb[k];
+  if (ra != rb) {
+    LoadChroma(s, l, p.sr, rb, cw, ub, vb);
+    for (int32_t k = 0; k < cw; ++k) {
+      ua[k] = (wa * ua[k] + (4 - wa) * ub[k]) >> 2;
+      va[k] = (wa * va[k] + (4 - wa) * vb[k]) >> 2;
+    }
   }
   const int32_t n = half_h ? HalfUp(p.w) : p.w;
   for (int32_t x = 0; x < n; ++x) {
@@ -293,8 +308,8 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
       a = 2 * x;
       b = Min(a + 1, cw - 1);
     }
-    u[x] = ua[a] + ua[b];
-    v[x] = va[a] + va[b];
+    u[x] = (ua[a] + ua[b]) >> 1;
+    v[x] = (va[a] + va[b]) >> 1;
   }
 }
 
