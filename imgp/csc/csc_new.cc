@@ -501,6 +501,8 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   } else if (!(srgb && drgb)) {
     SetUpMatrix(&p, ss, ds);
   }
+  // A width whose rows the address space cannot hold is memory not had.
+  if (static_cast<uint64_t>(w) > SIZE_MAX / (sizeof(int32_t) * kRows)) return KIMGP_ERR_ARGS;
   int32_t* buf = static_cast<int32_t*>(HeapAlloc(sizeof(int32_t) * kRows * static_cast<size_t>(w)));
   if (buf == nullptr) return KIMGP_ERR_ARGS;
   Run(p, *src, *dst, buf);
