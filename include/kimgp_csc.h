@@ -741,6 +741,83 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
     const int32_t *src_height, int32_t *src_stride, const int32_t *dst_stride,
     uint8_t **dst_plane);
 
+/*
+ * Second-generation conversion: kimgp_csc_new(src, dst) converts between any
+ * two of the linear layouts YUV400, YUV420, YUV422N, YUV444, YV12, YV16,
+ * NV12, NV21, UYVY, YUYV, RGB565, BGR565, RGB888, BGR888, RGBA8888, BGRA8888,
+ * ARGB8888, ABGR8888, YUV420PLANAR16 (10 bits in the low bits of each
+ * little-endian 16-bit word; higher bits are ignored on reading and written
+ * as zero) and P010LE (10 bits in the high bits; the low six are ignored and
+ * written as zero), in both directions. The size is src->width[0] x
+ * src->height[0]; plane geometry follows from it and the code (chroma planes
+ * of 4:2:0 and 4:2:2 layouts hold (w + 1) / 2 samples per row, 4:2:0 ones
+ * (h + 1) / 2 rows); strides come from each descriptor.
+ *
+ * Statuses: 0 done; -1 (KIMGP_ERR_ARGS) when both codes are the same
+ * (whatever the std words), when dst->width[0] x dst->height[0] is not the
+ * source size, or when the call's row memory cannot be had; -3
+ * (KIMGP_ERR_UNSUPPORTED) for a code outside the list above (YUV422W and the
+ * tiled layouts included), a width or height below 2, an odd width with a
+ * packed 4:2:2 layout on either side, or a std word that is not one of the
+ * six below on a YUV side (the std word of an RGB side is not read). Nothing
+ * is written on -1 or -3. Checks run in that order, -1 for the same code
+ * first.
+ *
+ * Colour standards, per side by `std`: 0 BT.601 limited range, 1 BT.601
+ * full, 10 BT.709 limited, 11 BT.709 full, 20 BT.2020 limited, 21 BT.2020
+ * full. Luma weights (Kr, Kb): BT.601 0.299, 0.114; BT.709 0.2126, 0.0722;
+ * BT.2020 0.2627, 0.0593; Kg = 1 - Kr - Kb. With normalised values,
+ *   Y' = Kr R' + Kg G' + Kb B',  Cb = (B' - Y') / (2 (1 - Kb)),
+ *   Cr = (R' - Y') / (2 (1 - Kr)),
+ * and codes Y = yoff + yspan Y', C = centre + cspan C with
+ *   8-bit limited  16 + 219 Y',  128 + 224 C;   full  255 Y',  128 + 255 C;
+ *   10-bit limited 64 + 876 Y',  512 + 896 C;   full 1023 Y',  512 + 1023 C.
+ * RGB is full range, 8 bits (R' = R / 255); 5-6-5 fields widen to 8 bits as
+ * round(v * 255 / 31) (v * 255 / 63 for green) and narrow as round(x * 31 /
+ * 255) (x * 63 / 255) from the 8-bit result. Alpha is written 255 and never
+ * read.
+ *
+ * Arithmetic: the source -> R'G'B' -> destination map is composed in double
+ * for the pair of sides and rounded once to 14 fractional bits; samples enter
+ * in eighths of a code, each output is rounded half up from 17 fractional
+ * bits and clamped to 0 .. 2^depth - 1 (the full code range, not the
+ * nominal one). Every output is within 1 of the same formulas evaluated in
+ * double. Greys stay exact: U = V = centre gives R = G = B (and centred
+ * chroma of any other YUV standard), R = G = B gives U = V = centre. Between
+ * two YUV sides of the same std word samples are only moved and rescaled,
+ * exactly: x' = yoff' + round((x - yoff) yspan' / yspan) (chroma likewise
+ * about the centres), so 8 to 10 bits is x * 4 for limited range and
+ * round(x * 1023 / 255) for full, and 10 to 8 bits rounds.
+ *
+ * Chroma: enlarged bilinearly with the chroma co-sited with the even luma
+ * columns (column 2k takes chroma k, column 2k + 1 the mean of k and k + 1)
+ * and, for 4:2:0, centred between luma rows 2j and 2j + 1 (row 2j takes 3/4
+ * of chroma row j and 1/4 of row j - 1, row 2j + 1 3/4 of j and 1/4 of
+ * j + 1); past an edge the last chroma sample or row repeats. Reduced by
+ * rounded means: 4:2:0 over 2x2 blocks, 4:2:2 over horizontal pairs; at an
+ * odd right or bottom edge the block covers the pixels that exist. Between
+ * two YUV sides chroma goes straight from the source grid to the
+ * destination's (a direction subsampled on both sides is kept as is), since
+ * chroma never depends on luma; luma of another standard uses the enlarged
+ * chroma. An RGB side is converted per pixel and its chroma reduced after.
+ *
+ * Memory: one heap block of 64 x width bytes per call (-1 above when it
+ * cannot be had).
+ *
+ * The per-family kernels take the same descriptors and return the same
+ * statuses, and -3 for a pair outside their family (YUV here includes the
+ * 16-bit layouts); kimgp_csc_new routes every pair to one of them.
+ */
+enum {
+  KIMGP_STD_BT2020 = 20,   /* BT.2020 limited range (kimgp_csc_new) */
+  KIMGP_STD_BT2020_FR = 21 /* BT.2020 full range (kimgp_csc_new) */
+};
+int32_t kimgp_csc_new(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_yuv_to_rgb_new(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_rgb_to_yuv_new(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_yuv_to_yuv_new(const kimgp_img *src, kimgp_img *dst);
+int32_t kimgp_csc_rgb_to_rgb_new(const kimgp_img *src, kimgp_img *dst);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

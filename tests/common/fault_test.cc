@@ -78,6 +78,7 @@ std::function<int32_t(kimgp_img*, kimgp_img*)> RszRot(int32_t rot) {
 std::function<int32_t(kimgp_img*, kimgp_img*)> CscRot(uint32_t rot) {
   return [rot](kimgp_img* s, kimgp_img* d) { return kimgp_csc_rot(s, rot, d); };
 }
+int32_t CscNew(kimgp_img* s, kimgp_img* d) { return kimgp_csc_new(s, d); }
 int32_t Hdr(kimgp_img* s, kimgp_img* d) { return kimgp_hdr_to_sdr(s, d, 1); }
 
 // init, the pass and deinit of the DCT-domain resizer as one call.
@@ -127,6 +128,7 @@ const Case kCases[] = {
      KIMGP_ERR_ARGS},
     {"csc_rot", KIMGP_CS_YUYV, 200, 64, KIMGP_CS_BGRA8888, 64, 200, CscRot(KIMGP_ROT_90L),
      KIMGP_ERR_ARGS},
+    {"csc_new", kYuv420, 64, 40, KIMGP_CS_RGBA8888, 64, 40, CscNew, KIMGP_ERR_ARGS},
     {"hdr", KIMGP_CS_P010LE, 64, 40, KIMGP_CS_RGBA8888, 64, 40, Hdr, KIMGP_ERR_ARGS},
     {"dct", kYuv420, 192, 96, kYuv420, 128, 64, Dct, KIMGP_ERR_ARGS},
 };

@@ -162,6 +162,23 @@ elseif(CASE STREQUAL "convert")
   expect_error(2 "convert g.png --size 64x32 --to rgba8888 --dither")
   expect_error(1 "convert h.png --size 64x32 --format yuv420 --to rgb565 --dither --std 709")
 
+elseif(CASE STREQUAL "convert_new")
+  # --new: pairs the first generation refuses, 10-bit and BT.2020 included;
+  # 8 to 10 bits and back within one standard gives the samples back.
+  expect_ok("copy a.yuv --size 66x34")
+  expect_ok("convert a.yuv b.p010 --from yuv420 --size 66x34 --to p010le --new --std 2020")
+  expect_ok("convert b.p010 c.yuv --from p010le --size 66x34 --to yuv420 --new --std 2020")
+  expect_same(a.yuv c.yuv)
+  expect_ok("convert d.png --format yv12 --size 16x16 --to yuv420 --new")
+  expect_ok("convert e.png --size 64x32 --to rgba8888 --new --std 2020f")
+  expect_error(1 "convert f.png --format yuv422w --size 16x16 --to yuv420 --new")
+  if(NOT err MATCHES "kimgp_csc_new: yuv422w to yuv420 is not supported")
+    fail("expected the refused pair in the message")
+  endif()
+  expect_error(2 "convert g.png --to rgba8888 --std 2020")
+  expect_error(2 "convert g.png --to rgba8888 --new --std 2021")
+  expect_error(2 "convert g.png --from yuyv --size 16x8 --to bgra8888 --rotate 90l --new")
+
 elseif(CASE STREQUAL "convert_rotate")
   # Converting and turning in one pass gives the plain conversion turned by
   # kelo rotate; the turn back restores it.

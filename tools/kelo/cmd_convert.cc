@@ -1,6 +1,7 @@
 // kelo convert: every frame through kimgp_csc into another colour space,
-// through kimgp_csc_rot when it is also turned, or through kimgp_csc_dither
-// into a dithered 5-6-5 layout.
+// through kimgp_csc_new with --new, through kimgp_csc_dither into a dithered
+// 5-6-5 layout with --dither, or through kimgp_csc_rot when it is also
+// turned.
 #include "kimgp_csc.h"
 #include "tools/kelo/command.h"
 #include "tools/kelo/demo.h"
@@ -13,27 +14,40 @@ namespace kelo {
 namespace cli {
 namespace {
 
-// --std: the colour standard both descriptors carry (0: BT.601 limited).
+// --std: the colour standard both descriptors carry (0: BT.601 limited);
+// with --new also 601, 2020 and 2020f.
 int32_t ParseStd(const Args& args) {
   if (!args.Has("std")) return KIMGP_STD_DEFAULT;
   const std::string s = args.Get("std");
   if (s == "601f") return KIMGP_STD_BT601_FR;
   if (s == "709") return KIMGP_STD_BT709;
   if (s == "709f") return KIMGP_STD_BT709_FR;
-  throw UsageError("convert: --std must be 601f, 709 or 709f");
+  if (args.Has("new")) {
+    if (s == "601") return KIMGP_STD_DEFAULT;
+    if (s == "2020") return KIMGP_STD_BT2020;
+    if (s == "2020f") return KIMGP_STD_BT2020_FR;
+    throw UsageError("convert: --std must be 601, 601f, 709, 709f, 2020 or 2020f");
+  }
+  throw UsageError("convert: --std must be 601f, 709 or 709f (2020 and 2020f with --new)");
 }
 
-// kimgp_csc (or kimgp_csc_dither) of src into dst on copies of the
-// descriptors: the YV12 kernels exchange the source's chroma planes in the
-// descriptor they are given.
-void ConvertInto(const Image& src, Image* dst, int32_t std_word, bool dither = false) {
+// An entry of the kimgp_csc shape and its name, for the messages.
+struct Entry {
+  int32_t (*fn)(const kimgp_img*, kimgp_img*);
+  const char* name;
+};
+
+// The entry `entry` of src into dst on copies of the descriptors: the YV12
+// kernels exchange the source's chroma planes in the descriptor they are
+// given.
+void ConvertInto(const Image& src, Image* dst, int32_t std_word,
+                 Entry entry = {kimgp_csc, "kimgp_csc"}) {
   kimgp_img s = src.img();
   kimgp_img d = dst->img();
   s.std = d.std = std_word;
-  const int32_t status = dither ? kimgp_csc_dither(&s, &d) : kimgp_csc(&s, &d);
+  const int32_t status = entry.fn(&s, &d);
   if (status != KIMGP_OK) {
-    throw RunError(std::string(dither ? "kimgp_csc_dither: " : "kimgp_csc: ") +
-                   src.format().name + " to " + dst->format().name +
+    throw RunError(std::string(entry.name) + ": " + src.format().name + " to " + dst->format().name +
                    (status == KIMGP_ERR_UNSUPPORTED ? " is not supported" : " does not fit") +
                    " (status " + std::to_string(status) + ")");
   }
@@ -93,6 +107,7 @@ int RunConvert(const Args& given) {
     const std::string op = args.Get("rotate");
     const uint32_t code = RotationCode(op, "convert");
     if (args.Has("std")) throw UsageError("convert: --std does not apply with --rotate");
+    if (args.Has("new")) throw UsageError("convert: --new does not apply with --rotate");
     if (!TurnsInOnePass(info.format->cs, to->cs)) {
       throw UsageError(std::string("convert: --rotate is for yuyv to bgra8888 and yuv422n or "
                                    "yv16 to yuv420 or yv12, not ") +
@@ -105,9 +120,13 @@ int RunConvert(const Args& given) {
     return 0;
   }
   Image dst(*to, info.width, info.height);
+  if (dither && args.Has("new")) throw UsageError("convert: --dither and --new do not go together");
+  const Entry entry = dither              ? Entry{kimgp_csc_dither, "kimgp_csc_dither"}
+                      : args.Has("new") ? Entry{kimgp_csc_new, "kimgp_csc_new"}
+                                        : Entry{kimgp_csc, "kimgp_csc"};
   TransformFrames("convert", reader.get(), &dst, out, out_type, out_info,
-                  [std_word, dither](const Image& src, Image* d) {
-                    ConvertInto(src, d, std_word, dither);
+                  [std_word, entry](const Image& src, Image* d) {
+                    ConvertInto(src, d, std_word, entry);
                   });
   return 0;
 }
@@ -147,7 +166,7 @@ void ConvertDemo(DemoContext* ctx) {
 Command ConvertCommand() {
   return {"convert",
           "convert frames to another colour space with kimgp_csc",
-          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--std 601f|709|709f|--rotate OP] [--dither]",
+          "convert [IN] OUT --to FORMAT [--from FORMAT --size WxH] [--new|--dither] [--std STD|--rotate OP]",
           "Converts every frame of IN (or of the pattern, default format\n"
           "yuv420) with kimgp_csc into FORMAT and writes the frames to OUT\n"
           "(type by extension or --out-type, as for copy). Raw input needs\n"
@@ -156,6 +175,9 @@ Command ConvertCommand() {
           "(BT.709 full range); without it the arithmetic is limited-range\n"
           "BT.601. Pairs the library does not convert are reported with its\n"
           "status (for example yv12 to yuv420, or rgba8888 to bgra8888).\n"
+          "--new converts with kimgp_csc_new instead: every pair of linear\n"
+          "layouts (16-bit ones included), averaged and interpolated chroma,\n"
+          "and --std also 601, 2020 (BT.2020) and 2020f (full range).\n"
           "--rotate converts and turns in one pass with kimgp_csc_rot, for\n"
           "yuyv to bgra8888 (90l, 90r, 180) and yuv422n or yv16 to yuv420\n"
           "or yv12 (90l, 90r); 90l and 90r exchange width and height.\n"
@@ -164,7 +186,8 @@ Command ConvertCommand() {
           "gradients keep their level instead of banding.\n",
           FrameCommandOptions({{"to", "FORMAT", "colour space to convert to"},
                                {"from", "FORMAT", "format of raw input (same as --format)"},
-                               {"std", "STD", "601f, 709 or 709f on both sides"},
+                               {"std", "STD", "601f, 709 or 709f on both sides (with --new also 601, 2020, 2020f)"},
+                               {"new", nullptr, "convert with kimgp_csc_new"},
                                {"rotate", "OP", "90l, 90r, 180, hori or vert (kimgp_csc_rot)"},
                                {"dither", nullptr, "ordered dither into rgb565/bgr565 (kimgp_csc_dither)"}}),
           RunConvert,

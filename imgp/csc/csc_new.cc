@@ -1,0 +1,533 @@
+// kimgp_csc_new: every pair of linear layouts through one row pipeline.
+//
+// For each destination row: the source samples the row needs are unpacked
+// into int32 rows in eighths of a source code (the chroma resampled onto the
+// grid the destination needs), converted by one composed matrix (or, between
+// YUV layouts of one standard, by an exact per-channel rescale), rounded,
+// clamped and packed. Stages work on whole rows so that a vector row can
+// replace one and be proven against it.
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+#include "common/internal/api.h"
+#include "common/internal/fault.h"
+#include "imgp/csc/csc_new_rows.h"
+#include "imgp/csc/pixel_layouts.h"
+#include "kimgp_csc.h"
+
+namespace kelo {
+namespace csc {
+namespace {
+
+enum class Kind { kLuma, kPlanar, kSemi, kPacked, kRgb };
+
+// How a code keeps its samples. Chroma planes are (1 << xs) pixels wide and
+// (1 << ys) rows tall per sample.
+struct Layout {
+  int32_t cs;
+  Kind kind;
+  int xs, ys;
+  // kPlanar: plane of U and V; kSemi: sample of U and V within a pair;
+  // kPacked: byte of U and V within a four-byte pixel pair.
+  int ci[2];
+  int yoff;  // kPacked: byte of the first luma sample of a pair
+  int wide;  // 0: bytes; 1: 16-bit words, 10 bits low; 2: 10 bits high
+  // kRgb: bytes per pixel (2: 5-6-5 words) and channel bytes (-1: none).
+  int px, r, g, b, a;
+  bool red_high;  // 5-6-5: red in bits 15-11
+};
+
+template <class T>
+constexpr Layout Rgb32(int32_t cs) {
+  return {cs, Kind::kRgb, 0, 0, {0, 0}, 0, 0, T::kBytes, T::kRi, T::kGi, T::kBi, T::kAi, false};
+}
+
+constexpr Layout kLayouts[] = {
+    {KIMGP_CS_YUV400, Kind::kLuma, 0, 0, {0, 0}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YUV420, Kind::kPlanar, 1, 1, {1, 2}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YUV422N, Kind::kPlanar, 1, 0, {1, 2}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YUV444, Kind::kPlanar, 0, 0, {1, 2}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YV12, Kind::kPlanar, 1, 1, {2, 1}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YV16, Kind::kPlanar, 1, 0, {2, 1}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_NV12, Kind::kSemi, 1, 1, {0, 1}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_NV21, Kind::kSemi, 1, 1, {1, 0}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_UYVY, Kind::kPacked, 1, 0, {0, 2}, 1, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_YUYV, Kind::kPacked, 1, 0, {1, 3}, 0, 0, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_RGB565, Kind::kRgb, 0, 0, {0, 0}, 0, 0, 2, 0, 0, 0, -1, true},
+    {KIMGP_CS_BGR565, Kind::kRgb, 0, 0, {0, 0}, 0, 0, 2, 0, 0, 0, -1, false},
+    Rgb32<Rgb888>(KIMGP_CS_RGB888),
+    Rgb32<Bgr888>(KIMGP_CS_BGR888),
+    Rgb32<Rgba8888>(KIMGP_CS_RGBA8888),
+    Rgb32<Bgra8888>(KIMGP_CS_BGRA8888),
+    Rgb32<Argb8888>(KIMGP_CS_ARGB8888),
+    Rgb32<Abgr8888>(KIMGP_CS_ABGR8888),
+    {KIMGP_CS_YUV420PLANAR16, Kind::kPlanar, 1, 1, {1, 2}, 0, 1, 0, 0, 0, 0, 0, false},
+    {KIMGP_CS_P010LE, Kind::kSemi, 1, 1, {0, 1}, 0, 2, 0, 0, 0, 0, 0, false},
+};
+
+const Layout* FindLayout(int32_t cs) {
+  for (const Layout& l : kLayouts) {
+    if (l.cs == cs) return &l;
+  }
+  return nullptr;
+}
+
+bool IsRgb(const Layout& l) { return l.kind == Kind::kRgb; }
+int Depth(const Layout& l) { return l.wide ? 10 : 8; }
+int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
+int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
+
+// Code ranges of a YUV side: luma offset and span, chroma centre and span.
+struct Range {
+  int32_t yoff, yspan, coff, cspan;
+};
+Range RangeOf(bool full, int depth) {
+  if (depth == 10) return full ? Range{0, 1023, 512, 1023} : Range{64, 876, 512, 896};
+  return full ? Range{0, 255, 128, 255} : Range{16, 219, 128, 224};
+}
+
+struct Standard {
+  double kr, kb;
+  bool full;
+};
+bool StandardOf(int32_t std, Standard* s) {
+  switch (std) {
+    case KIMGP_STD_DEFAULT: *s = {0.299, 0.114, false}; return true;
+    case KIMGP_STD_BT601_FR: *s = {0.299, 0.114, true}; return true;
+    case KIMGP_STD_BT709: *s = {0.2126, 0.0722, false}; return true;
+    case KIMGP_STD_BT709_FR: *s = {0.2126, 0.0722, true}; return true;
+    case KIMGP_STD_BT2020: *s = {0.2627, 0.0593, false}; return true;
+    case KIMGP_STD_BT2020_FR: *s = {0.2627, 0.0593, true}; return true;
+    default: return false;
+  }
+}
+
+struct Plan {
+  const Layout* s;
+  const Layout* d;
+  int32_t w, h;
+  bool rescale;            // YUV to YUV of one standard: per-channel scaling
+  NewMatrix k;             // matrix mode
+  bool vec;                // k fits the vector rows
+  int32_t num[2], den[2];  // rescale mode, luma and chroma: span ratios
+  Range sr, dr;            // YUV sides' ranges
+  int32_t dmax;            // largest code of the destination
+};
+
+using Mat = double[3][3];
+
+void Mul(const Mat a, const Mat b, Mat out) {
+  Mat t;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) t[i][j] = a[i][0] * b[0][j] + a[i][1] * b[1][j] + a[i][2] * b[2][j];
+  }
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) out[i][j] = t[i][j];
+  }
+}
+
+void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
+  // Source codes (less their offsets) to normalised values.
+  Mat m = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  if (IsRgb(*p->s)) {
+    for (int i = 0; i < 3; ++i) m[i][i] = 1.0 / 255;
+  } else {
+    m[0][0] = 1.0 / p->sr.yspan;
+    m[1][1] = m[2][2] = 1.0 / p->sr.cspan;
+    // Y'CbCr to R'G'B'.
+    const double kr = ss.kr, kb = ss.kb, kg = 1 - kr - kb;
+    const Mat to_rgb = {{1, 0, 2 * (1 - kr)},
+                        {1, -2 * (1 - kb) * kb / kg, -2 * (1 - kr) * kr / kg},
+                        {1, 2 * (1 - kb), 0}};
+    Mul(to_rgb, m, m);
+  }
+  Mat out = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
+  if (!IsRgb(*p->d)) {
+    const double kr = ds.kr, kb = ds.kb, kg = 1 - kr - kb;
+    const Mat to_yuv = {{kr, kg, kb},
+                        {-kr / (2 * (1 - kb)), -kg / (2 * (1 - kb)), 0.5},
+                        {0.5, -kg / (2 * (1 - kr)), -kb / (2 * (1 - kr))}};
+    const Mat span = {{double(p->dr.yspan), 0, 0}, {0, double(p->dr.cspan), 0},
+                      {0, 0, double(p->dr.cspan)}};
+    Mul(span, to_yuv, out);
+  }
+  Mul(out, m, m);
+  int32_t (&k)[3][3] = p->k.m;
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) k[i][j] = static_cast<int32_t>(std::lround(m[i][j] * (1 << kNewFrac)));
+  }
+  // Greys stay grey: every RGB row takes luma alike, chroma rows sum to zero
+  // over R, G, B (the green weight absorbs the rounding), and chroma never
+  // depends on luma between two YUV sides.
+  if (IsRgb(*p->d) && !IsRgb(*p->s)) k[1][0] = k[2][0] = k[0][0];
+  if (!IsRgb(*p->d) && IsRgb(*p->s)) {
+    for (int i = 1; i < 3; ++i) k[i][1] = -k[i][0] - k[i][2];
+  }
+  if (!IsRgb(*p->d) && !IsRgb(*p->s)) k[1][0] = k[2][0] = 0;
+  const bool syuv = !IsRgb(*p->s), dyuv = !IsRgb(*p->d);
+  p->k.in_off8[0] = syuv ? 8 * p->sr.yoff : 0;
+  p->k.in_off8[1] = p->k.in_off8[2] = syuv ? 8 * p->sr.coff : 0;
+  for (int i = 0; i < 3; ++i) {
+    const int32_t off = !dyuv ? 0 : i == 0 ? p->dr.yoff : p->dr.coff;
+    p->k.add[i] = (off << kNewShift) + (1 << (kNewShift - 1));
+  }
+  p->k.hi = p->dmax;
+  p->vec = NewMatrixFits(p->k, 8 * ((1 << Depth(*p->s)) - 1));
+}
+
+// ---- Unpack: one row of a source into eighths of a code. ----
+
+int32_t Sample(const uint8_t* row, int32_t i, int wide) {
+  if (wide == 0) return row[i];
+  const int32_t word = row[2 * i] | (row[2 * i + 1] << 8);
+  return wide == 1 ? (word & 1023) : (word >> 6);
+}
+void PutSample(uint8_t* row, int32_t i, int wide, int32_t v) {
+  if (wide == 0) {
+    row[i] = static_cast<uint8_t>(v);
+    return;
+  }
+  const int32_t word = wide == 1 ? v : v << 6;
+  row[2 * i] = static_cast<uint8_t>(word);
+  row[2 * i + 1] = static_cast<uint8_t>(word >> 8);
+}
+
+const uint8_t* RowOf(const kimgp_img& img, int plane, int32_t y) {
+  return img.plane[plane] + static_cast<ptrdiff_t>(y) * img.stride[plane];
+}
+uint8_t* RowOf(kimgp_img& img, int plane, int32_t y) {
+  return img.plane[plane] + static_cast<ptrdiff_t>(y) * img.stride[plane];
+}
+
+// Samples i0, i0 + step, ... (n of them) of a row, times 8.
+void Load8(const uint8_t* row, int32_t i0, int32_t step, int wide, int32_t n, int32_t* out) {
+  if (wide == 0) {
+    for (int32_t x = 0; x < n; ++x) out[x] = 8 * row[i0 + x * step];
+  } else {
+    for (int32_t x = 0; x < n; ++x) out[x] = 8 * Sample(row, i0 + x * step, wide);
+  }
+}
+
+void LoadLuma(const kimgp_img& s, const Layout& l, int32_t y, int32_t w, int32_t* out) {
+  const uint8_t* row = RowOf(s, 0, y);
+  if (l.kind == Kind::kPacked) {
+    Load8(row, l.yoff, 2, 0, w, out);
+  } else {
+    Load8(row, 0, 1, l.wide, w, out);
+  }
+}
+
+// Chroma codes of chroma row cy, cw samples each, times 8.
+void LoadChroma(const kimgp_img& s, const Layout& l, const Range& r, int32_t cy, int32_t cw,
+                int32_t* u, int32_t* v) {
+  int32_t* out[2] = {u, v};
+  for (int c = 0; c < 2; ++c) {
+    switch (l.kind) {
+      case Kind::kPlanar: Load8(RowOf(s, l.ci[c], cy), 0, 1, l.wide, cw, out[c]); break;
+      case Kind::kSemi: Load8(RowOf(s, 1, cy), l.ci[c], 2, l.wide, cw, out[c]); break;
+      case Kind::kPacked: Load8(RowOf(s, 0, cy), l.ci[c], 4, 0, cw, out[c]); break;
+      default:
+        for (int32_t k = 0; k < cw; ++k) out[c][k] = 8 * r.coff;
+        break;
+    }
+  }
+}
+
+// 5-6-5 fields widen by rounding v * 255 / 31 (v * 255 / 63).
+int32_t Widen(int32_t v, int32_t top) { return (v * 255 + top / 2) / top; }
+int32_t Narrow(int32_t v, int32_t top) { return (v * top + 127) / 255; }
+
+void LoadRgb(const kimgp_img& s, const Layout& l, int32_t y, int32_t w, int32_t* r, int32_t* g,
+             int32_t* b) {
+  const uint8_t* row = RowOf(s, 0, y);
+  for (int32_t x = 0; x < w; ++x) {
+    const uint8_t* p = row + x * l.px;
+    if (l.px == 2) {
+      const int32_t word = p[0] | (p[1] << 8);
+      const int32_t hi = Widen(word >> 11, 31), lo = Widen(word & 31, 31);
+      r[x] = 8 * (l.red_high ? hi : lo);
+      g[x] = 8 * Widen((word >> 5) & 63, 63);
+      b[x] = 8 * (l.red_high ? lo : hi);
+    } else {
+      r[x] = 8 * p[l.r];
+      g[x] = 8 * p[l.g];
+      b[x] = 8 * p[l.b];
+    }
+  }
+}
+
+// Source chroma on the grid of target row ty (a luma row, or with half_v a
+// chroma row of a 4:2:0 destination), n = w or HalfUp(w) samples with half_h,
+// in eighths of a code. Enlarging: luma column 2k takes chroma k, 2k + 1 the
+// mean of k and k + 1; luma row 2j takes 3/4 of chroma row j and 1/4 of j - 1,
+// row 2j + 1 3/4 of j and 1/4 of j + 1. Reducing: means of pairs. Indices
+// past an edge take the last sample.
+void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bool half_h,
+                  int32_t* tmp, int32_t* u, int32_t* v) {
+  const Layout& l = *p.s;
+  const int32_t cw = l.xs ? HalfUp(p.w) : p.w, ch = l.ys ? HalfUp(p.h) : p.h;
+  int32_t ra, rb, wa;  // rows and the weight of ra (of 4)
+  if (!half_v) {
+    if (l.ys) {
+      ra = ty >> 1;
+      rb = (ty & 1) ? Min(ra + 1, ch - 1) : Max(ra - 1, 0);
+      wa = 3;
+    } else {
+      ra = rb = ty;
+      wa = 2;
+    }
+  } else if (l.ys) {
+    ra = rb = ty;
+    wa = 2;
+  } else {
+    ra = 2 * ty;
+    rb = Min(ra + 1, ch - 1);
+    wa = 2;
+  }
+  // Rows in eighths of a code: the weighted sums of quarters and halves of
+  // them stay whole, so nothing rounds here.
+  int32_t *ua = tmp, *va = tmp + cw, *ub = tmp + 2 * cw, *vb = tmp + 3 * cw;
+  LoadChroma(s, l, p.sr, ra, cw, ua, va);
+  if (ra != rb) {
+    LoadChroma(s, l, p.sr, rb, cw, ub, vb);
+    for (int32_t k = 0; k < cw; ++k) {
+      ua[k] = (wa * ua[k] + (4 - wa) * ub[k]) >> 2;
+      va[k] = (wa * va[k] + (4 - wa) * vb[k]) >> 2;
+    }
+  }
+  const int32_t n = half_h ? HalfUp(p.w) : p.w;
+  for (int32_t x = 0; x < n; ++x) {
+    int32_t a, b;
+    if (half_h == (l.xs != 0)) {
+      a = b = x;
+    } else if (!half_h) {  // enlarge
+      a = x >> 1;
+      b = (x & 1) ? Min(a + 1, cw - 1) : a;
+    } else {  // reduce
+      a = 2 * x;
+      b = Min(a + 1, cw - 1);
+    }
+    u[x] = (ua[a] + ua[b]) >> 1;
+    v[x] = (va[a] + va[b]) >> 1;
+  }
+}
+
+// ---- Convert. ----
+
+using scalar::NewAcc;
+using scalar::NewClamp;
+
+// Output row r of the map over a whole row.
+void MatrixRow(const Plan& p, int r, const int32_t* c0, const int32_t* c1, const int32_t* c2,
+               int32_t* o, int32_t n) {
+  if (p.vec) {
+    NewMatrixRow(p.k, r, c0, c1, c2, o, static_cast<size_t>(n));
+  } else {
+    scalar::NewMatrixRow(p.k, r, c0, c1, c2, o, 0, static_cast<size_t>(n));
+  }
+}
+
+// Exact scaling between two ranges of one standard: off_d + (x - off_s) *
+// num / den rounded half up, x in eighths.
+int32_t Rescale(int32_t x, int32_t off_s, int32_t off_d, int32_t num, int32_t den, int32_t hi) {
+  const int64_t t = int64_t{x - 8 * off_s} * num + 4 * int64_t{den};
+  const int64_t q = 8 * int64_t{den};
+  const int64_t f = t >= 0 ? t / q : -((-t + q - 1) / q);
+  return NewClamp(off_d + f, hi);
+}
+
+// ---- Pack. ----
+
+void StoreLuma(kimgp_img& d, const Layout& l, int32_t y, int32_t w, const int32_t* in) {
+  uint8_t* row = RowOf(d, 0, y);
+  for (int32_t x = 0; x < w; ++x) {
+    if (l.kind == Kind::kPacked) {
+      row[2 * x + l.yoff] = static_cast<uint8_t>(in[x]);
+    } else {
+      PutSample(row, x, l.wide, in[x]);
+    }
+  }
+}
+
+void StoreChroma(kimgp_img& d, const Layout& l, int32_t cy, int32_t cw, const int32_t* u,
+                 const int32_t* v) {
+  const int32_t* in[2] = {u, v};
+  for (int c = 0; c < 2; ++c) {
+    for (int32_t k = 0; k < cw; ++k) {
+      switch (l.kind) {
+        case Kind::kPlanar: PutSample(RowOf(d, l.ci[c], cy), k, l.wide, in[c][k]); break;
+        case Kind::kSemi: PutSample(RowOf(d, 1, cy), 2 * k + l.ci[c], l.wide, in[c][k]); break;
+        case Kind::kPacked: RowOf(d, 0, cy)[4 * k + l.ci[c]] = static_cast<uint8_t>(in[c][k]); break;
+        default: break;
+      }
+    }
+  }
+}
+
+void StoreRgb(kimgp_img& d, const Layout& l, int32_t y, int32_t w, const int32_t* r,
+              const int32_t* g, const int32_t* b) {
+  uint8_t* row = RowOf(d, 0, y);
+  for (int32_t x = 0; x < w; ++x) {
+    uint8_t* q = row + x * l.px;
+    if (l.px == 2) {
+      const int32_t hi = Narrow(l.red_high ? r[x] : b[x], 31);
+      const int32_t lo = Narrow(l.red_high ? b[x] : r[x], 31);
+      const int32_t word = (hi << 11) | (Narrow(g[x], 63) << 5) | lo;
+      q[0] = static_cast<uint8_t>(word);
+      q[1] = static_cast<uint8_t>(word >> 8);
+    } else {
+      q[l.r] = static_cast<uint8_t>(r[x]);
+      q[l.g] = static_cast<uint8_t>(g[x]);
+      q[l.b] = static_cast<uint8_t>(b[x]);
+      if (l.a >= 0) q[l.a] = 255;
+    }
+  }
+}
+
+// ---- The pipeline. ----
+
+// Int32 rows of the call: 16 rows of w.
+constexpr int kRows = 16;
+
+void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
+  const int32_t w = p.w;
+  int32_t* tmp = buf;            // 4 rows: raw chroma
+  int32_t* c[3] = {buf + 4 * w, buf + 5 * w, buf + 6 * w};   // source channels
+  int32_t* o[3] = {buf + 7 * w, buf + 8 * w, buf + 9 * w};   // output codes
+  int32_t* acc[4] = {buf + 10 * w, buf + 11 * w, buf + 12 * w, buf + 13 * w};
+  const bool srgb = IsRgb(*p.s), drgb = IsRgb(*p.d);
+  const int32_t dhi = p.dmax;
+  for (int32_t y = 0; y < p.h; ++y) {
+    // Full-resolution source channels of row y.
+    if (srgb) {
+      LoadRgb(s, *p.s, y, w, c[0], c[1], c[2]);
+    } else {
+      LoadLuma(s, *p.s, y, w, c[0]);
+      if (!p.rescale) ChromaOnGrid(p, s, y, false, false, tmp, c[1], c[2]);
+    }
+    // Per-pixel outputs: RGB, or luma.
+    const int outs = drgb ? 3 : 1;
+    for (int i = 0; i < outs; ++i) {
+      if (!p.rescale && !(srgb && drgb)) {
+        MatrixRow(p, i, c[0], c[1], c[2], o[i], w);
+        continue;
+      }
+      for (int32_t x = 0; x < w; ++x) {
+        o[i][x] = p.rescale ? Rescale(c[0][x], p.sr.yoff, p.dr.yoff, p.num[0], p.den[0], dhi)
+                            : NewClamp((c[i][x] + 4) >> 3, 255);
+      }
+    }
+    if (drgb) {
+      StoreRgb(d, *p.d, y, w, o[0], o[1], o[2]);
+      continue;
+    }
+    StoreLuma(d, *p.d, y, w, o[0]);
+    // Chroma of the destination chroma row that starts at row y.
+    const Layout& dl = *p.d;
+    if (dl.kind == Kind::kLuma || (dl.ys && (y & 1))) continue;
+    const int32_t cy = dl.ys ? y >> 1 : y;
+    const int32_t cw = dl.xs ? HalfUp(w) : w;
+    if (srgb) {
+      // Per-pixel chroma of the block's rows, then the rounded block mean.
+      const int32_t y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
+      for (int row = 0; row < 2; ++row) {
+        if (row == 1) LoadRgb(s, *p.s, y1, w, c[0], c[1], c[2]);
+        for (int32_t x = 0; x < w; ++x) {
+          // Quarters, so that four sum within int32; the rounding half
+          // of add[] stays whole.
+          acc[2 * row][x] = static_cast<int32_t>(NewAcc(p.k, 1, c[0][x], c[1][x], c[2][x]) >> 2);
+          acc[2 * row + 1][x] = static_cast<int32_t>(NewAcc(p.k, 2, c[0][x], c[1][x], c[2][x]) >> 2);
+        }
+      }
+      for (int32_t k = 0; k < cw; ++k) {
+        const int32_t a = dl.xs ? 2 * k : k, b = dl.xs ? Min(a + 1, w - 1) : a;
+        for (int ch = 0; ch < 2; ++ch) {
+          const int64_t sum = int64_t{acc[ch][a]} + acc[ch][b] + acc[2 + ch][a] + acc[2 + ch][b];
+          o[1 + ch][k] = NewClamp(sum >> kNewShift, dhi);
+        }
+      }
+    } else {
+      ChromaOnGrid(p, s, cy, dl.ys != 0, dl.xs != 0, tmp, c[1], c[2]);
+      for (int ch = 1; ch < 3; ++ch) {
+        // Chroma rows take nothing from luma: c[1] stands in for it.
+        if (!p.rescale) {
+          MatrixRow(p, ch, c[1], c[1], c[2], o[ch], cw);
+          continue;
+        }
+        for (int32_t k = 0; k < cw; ++k) {
+          o[ch][k] = Rescale(c[ch][k], p.sr.coff, p.dr.coff, p.num[1], p.den[1], dhi);
+        }
+      }
+    }
+    StoreChroma(d, dl, cy, cw, o[1], o[2]);
+  }
+}
+
+enum class Family { kAny, kYuvToRgb, kRgbToYuv, kYuvToYuv, kRgbToRgb };
+
+int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
+  if (src->cs == dst->cs) return KIMGP_ERR_ARGS;
+  const Layout* sl = FindLayout(src->cs);
+  const Layout* dl = FindLayout(dst->cs);
+  if (sl == nullptr || dl == nullptr) return KIMGP_ERR_UNSUPPORTED;
+  const bool srgb = IsRgb(*sl), drgb = IsRgb(*dl);
+  const Family f = srgb ? (drgb ? Family::kRgbToRgb : Family::kRgbToYuv)
+                        : (drgb ? Family::kYuvToRgb : Family::kYuvToYuv);
+  if (family != Family::kAny && family != f) return KIMGP_ERR_UNSUPPORTED;
+  const int32_t w = src->width[0], h = src->height[0];
+  if (w < 2 || h < 2) return KIMGP_ERR_UNSUPPORTED;
+  if (dst->width[0] != w || dst->height[0] != h) return KIMGP_ERR_ARGS;
+  if ((w & 1) && (sl->kind == Kind::kPacked || dl->kind == Kind::kPacked)) {
+    return KIMGP_ERR_UNSUPPORTED;
+  }
+  Standard ss{}, ds{};
+  if (!srgb && !StandardOf(src->std, &ss)) return KIMGP_ERR_UNSUPPORTED;
+  if (!drgb && !StandardOf(dst->std, &ds)) return KIMGP_ERR_UNSUPPORTED;
+  Plan p{};
+  p.s = sl;
+  p.d = dl;
+  p.w = w;
+  p.h = h;
+  p.sr = RangeOf(ss.full, Depth(*sl));
+  p.dr = RangeOf(ds.full, Depth(*dl));
+  p.dmax = drgb ? 255 : (1 << Depth(*dl)) - 1;
+  p.rescale = !srgb && !drgb && src->std == dst->std;
+  if (p.rescale) {
+    p.num[0] = p.dr.yspan;
+    p.den[0] = p.sr.yspan;
+    p.num[1] = p.dr.cspan;
+    p.den[1] = p.sr.cspan;
+  } else if (!(srgb && drgb)) {
+    SetUpMatrix(&p, ss, ds);
+  }
+  // A width whose rows the address space cannot hold is memory not had.
+  if (static_cast<uint64_t>(w) > SIZE_MAX / (sizeof(int32_t) * kRows)) return KIMGP_ERR_ARGS;
+  int32_t* buf = static_cast<int32_t*>(HeapAlloc(sizeof(int32_t) * kRows * static_cast<size_t>(w)));
+  if (buf == nullptr) return KIMGP_ERR_ARGS;
+  Run(p, *src, *dst, buf);
+  std::free(buf);
+  return KIMGP_OK;
+}
+
+}  // namespace
+}  // namespace csc
+}  // namespace kelo
+
+using kelo::csc::Family;
+
+KELO_EXPORT int32_t kimgp_csc_new(const kimgp_img* src, kimgp_img* dst) {
+  return kelo::csc::Convert(src, dst, Family::kAny);
+}
+KELO_EXPORT int32_t kimgp_csc_yuv_to_rgb_new(const kimgp_img* src, kimgp_img* dst) {
+  return kelo::csc::Convert(src, dst, Family::kYuvToRgb);
+}
+KELO_EXPORT int32_t kimgp_csc_rgb_to_yuv_new(const kimgp_img* src, kimgp_img* dst) {
+  return kelo::csc::Convert(src, dst, Family::kRgbToYuv);
+}
+KELO_EXPORT int32_t kimgp_csc_yuv_to_yuv_new(const kimgp_img* src, kimgp_img* dst) {
+  return kelo::csc::Convert(src, dst, Family::kYuvToYuv);
+}
+KELO_EXPORT int32_t kimgp_csc_rgb_to_rgb_new(const kimgp_img* src, kimgp_img* dst) {
+  return kelo::csc::Convert(src, dst, Family::kRgbToRgb);
+}
