@@ -181,7 +181,7 @@ void CopyLuma(uint8_t** sp, const int32_t* sw, const int32_t* sh, const int32_t*
 KELO_EXPORT void kimgp_csc_yuv420Planar16_to_yuv420Planar(KELO_CSC_PARAMS) {
   for (int i = 0; i < 3; ++i) {
     if (sw[i] < 1) continue;
-    if (sh[i] > 0 && ss[i] == 2 * sw[i] && ds[i] == sw[i]) {
+    if (sh[i] > 0 && ss[i] == int64_t{2} * sw[i] && ds[i] == sw[i]) {
       // Rows without padding: one run.
       kelo::csc::Narrow16(sp[i], dp[i], size_t(sw[i]) * size_t(sh[i]));
       continue;
@@ -245,7 +245,11 @@ KELO_EXPORT void kimgp_csc_yv16_to_yv12(KELO_CSC_PARAMS) { HalveChroma(sp, sw, s
 static void SplitChroma(KELO_CSC_PARAMS, int a) {
   CopyLuma(sp, sw, sh, ss, ds, dp);
   const int b = 3 - a;
-  kimgp_csc_8b8b_unpck(sp[1], 2 * sw[1], sh[1], ss[1], ds[a], ds[b], dp[a], dp[b]);
+  // Bytes of a pair row; a width below 1 (or one whose pairs no row holds)
+  // splits nothing.
+  const int64_t bytes = int64_t{2} * sw[1];
+  const int32_t row = bytes > 0 && bytes <= INT32_MAX ? static_cast<int32_t>(bytes) : 0;
+  kimgp_csc_8b8b_unpck(sp[1], row, sh[1], ss[1], ds[a], ds[b], dp[a], dp[b]);
 }
 KELO_EXPORT void kimgp_csc_nv12_to_yuv420(KELO_CSC_PARAMS) { SplitChroma(sp, sw, sh, ss, ds, dp, 1); }
 KELO_EXPORT void kimgp_csc_nv12_to_yv12(KELO_CSC_PARAMS) { SplitChroma(sp, sw, sh, ss, ds, dp, 2); }

@@ -135,6 +135,7 @@ const Entry kEntries[] = {
     {"csc_yuyv_bgra", KIMGP_CS_YUYV, 40, 12, KIMGP_CS_BGRA8888, 40, 12, Csc},
     {"csc_p010_rgba", KIMGP_CS_P010LE, 40, 12, KIMGP_CS_RGBA8888, 40, 12, Csc},
     {"csc_yuv400_rgb565", KIMGP_CS_YUV400, 40, 12, KIMGP_CS_RGB565, 40, 12, Csc},
+    {"csc_nv12_yv12", kNv, 40, 12, KIMGP_CS_YV12, 40, 12, Csc},
     {"rsz_nv12", kNv, 40, 12, kNv, 30, 20, Rsz, true},
     {"rsz_yuv400", KIMGP_CS_YUV400, 40, 12, KIMGP_CS_YUV400, 70, 9, Rsz},
     {"rsz_rgb888", KIMGP_CS_RGB888, 40, 12, KIMGP_CS_RGB888, 30, 20, Rsz},
