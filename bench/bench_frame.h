@@ -5,7 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <vector>
+
+#include "bench/bench.h"
 
 #include "kimgp_img.h"
 #include "tools/frame/formats.h"
@@ -38,6 +41,25 @@ struct FramePair {
       : src(cs, sw, sh), dst(cs, dw, dh) {}
   Frame src, dst;
 };
+
+// A 1080p conversion row: `entry` (an entry of the kimgp_csc shape) from a
+// frame of code scs into one of code dcs, both carrying the std word `std`,
+// beside peer(src, dst) (no peer row when peer_name is empty).
+template <class Peer>
+void ConversionRow(const char* name, const char* peer_name,
+                   int32_t (*entry)(const kimgp_img*, kimgp_img*), int32_t scs, int32_t dcs,
+                   int32_t std, Peer peer) {
+  struct Pair {
+    Pair(int32_t a, int32_t b) : src(a, 1920, 1080), dst(b, 1920, 1080) {}
+    Frame src, dst;
+  };
+  auto p = std::make_shared<Pair>(scs, dcs);
+  p->src.img.std = p->dst.img.std = std;
+  const bool has_peer = peer_name[0] != '\0';
+  Register({name, peer_name, [p, entry] { entry(&p->src.img, &p->dst.img); },
+            has_peer ? std::function<void()>([p, peer] { peer(p->src, p->dst); }) : nullptr,
+            p->dst.bytes, has_peer});
+}
 
 // Gives a P010LE frame a lit picture: luma sweeping 64 .. 940, chroma around
 // the middle, a peak of 1000 nits.

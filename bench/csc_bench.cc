@@ -18,18 +18,10 @@ namespace {
 
 constexpr int32_t kW = 1920, kH = 1080;
 
-struct Pair {
-  Pair(int32_t scs, int32_t dcs) : src(scs, kW, kH), dst(dcs, kW, kH) {}
-  Frame src, dst;
-  void Run() { kimgp_csc(&src.img, &dst.img); }
-};
-
 // A row timing kimgp_csc from scs to dcs beside the libyuv call `peer`.
 template <class Peer>
 void Row(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer) {
-  auto p = std::make_shared<Pair>(scs, dcs);
-  Register({name, peer_name, [p] { p->Run(); }, [p, peer] { peer(p->src, p->dst); },
-            p->dst.bytes});
+  ConversionRow(name, peer_name, kimgp_csc, scs, dcs, 0, peer);
 }
 
 const bool kRegistered = [] {

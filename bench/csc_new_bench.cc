@@ -18,21 +18,12 @@ namespace {
 
 constexpr int32_t kW = 1920, kH = 1080;
 
-struct Pair {
-  Pair(int32_t scs, int32_t dcs, int32_t std) : src(scs, kW, kH), dst(dcs, kW, kH) {
-    src.img.std = dst.img.std = std;
-  }
-  Frame src, dst;
-};
-
 const uint16_t* W(Frame& f, int i) { return reinterpret_cast<const uint16_t*>(f.p(i)); }
 
 template <class Peer>
 void Row(const char* name, const char* peer_name, int32_t scs, int32_t dcs, int32_t std,
          Peer peer) {
-  auto p = std::make_shared<Pair>(scs, dcs, std);
-  Register({name, peer_name, [p] { kimgp_csc_new(&p->src.img, &p->dst.img); },
-            [p, peer] { peer(p->src, p->dst); }, p->dst.bytes});
+  ConversionRow(name, peer_name, kimgp_csc_new, scs, dcs, std, peer);
 }
 
 const bool kRegistered = [] {

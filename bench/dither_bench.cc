@@ -14,24 +14,14 @@ namespace {
 
 constexpr int32_t kW = 1920, kH = 1080;
 
-struct Pair {
-  Pair(int32_t scs, int32_t dcs) : src(scs, kW, kH), dst(dcs, kW, kH) {}
-  Frame src, dst;
-};
-
 const bool kRegistered = [] {
-  auto p = std::make_shared<Pair>(KIMGP_CS_YUV420, KIMGP_CS_RGB565);
-  Register({"csc yuv420>rgb565 dither", "I420ToRGB565Dither",
-            [p] { kimgp_csc_dither(&p->src.img, &p->dst.img); },
-            [p] {
-              Frame& s = p->src;
-              libyuv::I420ToRGB565Dither(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2),
-                                         p->dst.p(0), p->dst.s(0), nullptr, kW, kH);
-            },
-            p->dst.bytes});
-  auto q = std::make_shared<Pair>(KIMGP_CS_NV12, KIMGP_CS_RGB565);
-  Register({"csc nv12>rgb565 dither", "", [q] { kimgp_csc_dither(&q->src.img, &q->dst.img); },
-            nullptr, q->dst.bytes, false});
+  ConversionRow("csc yuv420>rgb565 dither", "I420ToRGB565Dither", kimgp_csc_dither,
+                KIMGP_CS_YUV420, KIMGP_CS_RGB565, 0, [](Frame& s, Frame& d) {
+                  libyuv::I420ToRGB565Dither(s.p(0), s.s(0), s.p(1), s.s(1), s.p(2), s.s(2),
+                                             d.p(0), d.s(0), nullptr, kW, kH);
+                });
+  ConversionRow("csc nv12>rgb565 dither", "", kimgp_csc_dither, KIMGP_CS_NV12, KIMGP_CS_RGB565,
+                0, [](Frame&, Frame&) {});
   return true;
 }();
 

@@ -13,12 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const bool to_rgb = (scs <= 199 || scs >= 600) && dcs >= 200 && dcs <= 599;
   if (to_rgb && w % 2 != 0) ++w;
   const int entry = in.ConsumeIntegralInRange<int>(0, 3);
-  auto src = kelo::fuzz::MakeFrame(in, scs, w, h);
-  auto dst = kelo::fuzz::MakeFrame(in, dcs, w, h);
-  src->img.std = kelo::fuzz::PickStd(in);
-  dst->img.std = in.ConsumeBool() ? src->img.std : kelo::fuzz::PickStd(in);
-  kelo::fuzz::MaybeHostileSizes(in, &src->img);
-  kelo::fuzz::MaybeHostileSizes(in, &dst->img);
+  const auto [src, dst] = kelo::fuzz::MakeConversion(in, scs, dcs, w, h);
   kelo::fuzz::RunEveryTarget(*src, *dst, [&](kimgp_img* s, kimgp_img* d) {
     switch (entry) {
       case 1: return kimgp_csc_bt601_fr(s, d);

@@ -27,12 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const int32_t w = kelo::fuzz::PickSize(in, 300);
   const int32_t h = kelo::fuzz::PickSize(in, 64);
   const int entry = in.ConsumeIntegralInRange<int>(0, 4);
-  auto src = kelo::fuzz::MakeFrame(in, scs, w, h);
-  auto dst = kelo::fuzz::MakeFrame(in, dcs, w, h);
-  src->img.std = PickStdNew(in);
-  dst->img.std = in.ConsumeBool() ? src->img.std : PickStdNew(in);
-  kelo::fuzz::MaybeHostileSizes(in, &src->img);
-  kelo::fuzz::MaybeHostileSizes(in, &dst->img);
+  const auto [src, dst] = kelo::fuzz::MakeConversion(in, scs, dcs, w, h, PickStdNew);
   kelo::fuzz::RunEveryTarget(*src, *dst, [&](kimgp_img* s, kimgp_img* d) {
     switch (entry) {
       case 1: return kimgp_csc_yuv_to_rgb_new(s, d);

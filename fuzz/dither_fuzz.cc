@@ -25,12 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   int32_t w = kelo::fuzz::PickSize(in, 300);
   const int32_t h = kelo::fuzz::PickSize(in, 64);
   if (scs <= 199 && w % 2 != 0) ++w;
-  auto src = kelo::fuzz::MakeFrame(in, scs, w, h);
-  auto dst = kelo::fuzz::MakeFrame(in, dcs, w, h);
-  src->img.std = kelo::fuzz::PickStd(in);
-  dst->img.std = in.ConsumeBool() ? src->img.std : kelo::fuzz::PickStd(in);
-  kelo::fuzz::MaybeHostileSizes(in, &src->img);
-  kelo::fuzz::MaybeHostileSizes(in, &dst->img);
+  const auto [src, dst] = kelo::fuzz::MakeConversion(in, scs, dcs, w, h);
   kelo::fuzz::RunEveryTarget(*src, *dst, kimgp_csc_dither);
   return 0;
 }

@@ -176,6 +176,16 @@ bool MaybeHostileSizes(FuzzedDataProvider& in, kimgp_img* img) {
   return true;
 }
 
+Conversion MakeConversion(FuzzedDataProvider& in, int32_t scs, int32_t dcs, int32_t w,
+                          int32_t h, int32_t (*pick_std)(FuzzedDataProvider&)) {
+  Conversion c{MakeFrame(in, scs, w, h), MakeFrame(in, dcs, w, h)};
+  c.src->img.std = pick_std(in);
+  c.dst->img.std = in.ConsumeBool() ? c.src->img.std : pick_std(in);
+  MaybeHostileSizes(in, &c.src->img);
+  MaybeHostileSizes(in, &c.dst->img);
+  return c;
+}
+
 int32_t RunEveryTarget(const TestFrame& src, const TestFrame& dst,
                        const Call& call, Expect expect) {
   const std::vector<uint8_t> src_before = src.Snapshot();

@@ -71,6 +71,14 @@ std::unique_ptr<TestFrame> MakeTurned(FuzzedDataProvider& in, int32_t cs,
 // descriptor to 0 or a negative value; the buffers stay as they were.
 // Returns whether it did.
 bool MaybeHostileSizes(FuzzedDataProvider& in, kimgp_img* img);
+// The two frames of a conversion, w x h each: codes scs and dcs, std words
+// from pick_std (the destination's often the source's), and now and then a
+// hostile size field on either side.
+struct Conversion {
+  std::unique_ptr<TestFrame> src, dst;
+};
+Conversion MakeConversion(FuzzedDataProvider& in, int32_t scs, int32_t dcs, int32_t w,
+                          int32_t h, int32_t (*pick_std)(FuzzedDataProvider&) = PickStd);
 // The inaccessible page that unused planes point at.
 uint8_t* Poison();
 
