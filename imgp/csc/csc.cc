@@ -8,10 +8,6 @@
 #include "kimgp_csc.h"
 #include "kimgp_rot.h"
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 namespace kelo {
 namespace csc {
 namespace {

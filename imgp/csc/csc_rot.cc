@@ -126,10 +126,6 @@ void HalfRowsTurned(const uint8_t* src, int32_t width, int32_t height, int32_t s
 }  // namespace csc
 }  // namespace kelo
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 #define KELO_YUYV_TO_BGRA_TURNED(name, op)                                      \
   KELO_EXPORT void kimgp_csc_yuyv_to_bgra8888_##name(KELO_CSC_PARAMS) {         \
     kelo::csc::YuyvToBgraTurned<op>(sp, sw, sh, ss, ds, dp);                    \

@@ -284,10 +284,6 @@ void Rgba8888ToRgb565Dither(uint8_t** sp, const int32_t* sw, const int32_t* sh, 
 }  // namespace csc
 }  // namespace kelo
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 KELO_EXPORT void kimgp_dit_8b(const uint8_t* src, int32_t src_bytes, int32_t width, int32_t x,
                               int32_t y, int32_t order, uint8_t* dst) {
   if (width < 1 || (src_bytes != 3 && src_bytes != 4)) return;

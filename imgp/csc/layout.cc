@@ -167,10 +167,6 @@ KELO_EXPORT void kimgp_csc_swap_8byte8(uint8_t* plane, int32_t stride, int32_t r
   kelo::csc::SwapPairs(plane, kelo::csc::SwapRunBytes(stride, rows) / 2);
 }
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 namespace {
 void CopyLuma(uint8_t** sp, const int32_t* sw, const int32_t* sh, const int32_t* ss,
               const int32_t* ds, uint8_t** dp) {

@@ -6,6 +6,12 @@
 
 #include <cstdint>
 
+// The parameters of the six-argument kernels (kimgp_csc_kernel), as the
+// conversion sources name them.
+#define KELO_CSC_PARAMS                                                         \
+  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
+      const int32_t *ds, uint8_t **dp
+
 namespace kelo {
 namespace csc {
 

@@ -638,10 +638,6 @@ LumaChromaRowFn LumaChromaRowFor(ChromaRowId id) {
 }  // namespace csc
 }  // namespace kelo
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 // kimgp_csc_<name>: luma rows of (S, M), chroma rows of (S, M, SUB, CSTEP)
 // placed as OUT says.
 #define KELO_RGB_TO_YUV_KERNEL(name, S, M, OUT, SUB, CSTEP)                         \

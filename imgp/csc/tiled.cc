@@ -369,10 +369,6 @@ YuvToRgbRowFn P010RowFor() { return &KELO_VEC_CALL(P010RowVec, P010ScalarRow); }
 
 using namespace kelo::csc;  // NOLINT
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 KELO_EXPORT void kimgp_csc_copy_16x16tiles_to_linear(const uint8_t* src, int32_t width,
                                                      int32_t height, int32_t src_stride,
                                                      int32_t dst_stride, uint8_t* dst) {

@@ -941,10 +941,6 @@ YuvToRgbRows ScalarYuvToRgbRowFor(YuvToRgbRowId id) { return scalar::RowTable(id
 }  // namespace csc
 }  // namespace kelo
 
-#define KELO_CSC_PARAMS                                                         \
-  uint8_t **sp, const int32_t *sw, const int32_t *sh, int32_t *ss,             \
-      const int32_t *ds, uint8_t **dp
-
 // kimgp_csc_<name>: the image walk of layout S with the row of (S, D, M).
 #define KELO_YUV_TO_RGB_KERNEL(name, S, D, M)                                   \
   KELO_EXPORT void kimgp_csc_##name(KELO_CSC_PARAMS) {                          \
