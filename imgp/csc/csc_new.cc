@@ -110,8 +110,7 @@ struct Plan {
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
   NewMatrix k;             // matrix mode
   bool vec;                // k fits the vector rows
-  int32_t num[2], den[2];  // rescale mode, luma and chroma: span ratios
-  Range sr, dr;            // YUV sides' ranges
+  Range sr, dr;            // YUV sides' ranges (rescale: the spans' ratios)
   int32_t dmax;            // largest code of the destination
 };
 
@@ -414,7 +413,7 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
         continue;
       }
       for (int32_t x = 0; x < w; ++x) {
-        o[i][x] = p.rescale ? Rescale(c[0][x], p.sr.yoff, p.dr.yoff, p.num[0], p.den[0], dhi)
+        o[i][x] = p.rescale ? Rescale(c[0][x], p.sr.yoff, p.dr.yoff, p.dr.yspan, p.sr.yspan, dhi)
                             : NewClamp((c[i][x] + 4) >> 3, 255);
       }
     }
@@ -456,7 +455,7 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
           continue;
         }
         for (int32_t k = 0; k < cw; ++k) {
-          o[ch][k] = Rescale(c[ch][k], p.sr.coff, p.dr.coff, p.num[1], p.den[1], dhi);
+          o[ch][k] = Rescale(c[ch][k], p.sr.coff, p.dr.coff, p.dr.cspan, p.sr.cspan, dhi);
         }
       }
     }
@@ -493,14 +492,7 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   p.dr = RangeOf(ds.full, Depth(*dl));
   p.dmax = drgb ? 255 : (1 << Depth(*dl)) - 1;
   p.rescale = !srgb && !drgb && src->std == dst->std;
-  if (p.rescale) {
-    p.num[0] = p.dr.yspan;
-    p.den[0] = p.sr.yspan;
-    p.num[1] = p.dr.cspan;
-    p.den[1] = p.sr.cspan;
-  } else if (!(srgb && drgb)) {
-    SetUpMatrix(&p, ss, ds);
-  }
+  if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
   // A width whose rows the address space cannot hold is memory not had.
   if (static_cast<uint64_t>(w) > SIZE_MAX / (sizeof(int32_t) * kRows)) return KIMGP_ERR_ARGS;
   int32_t* buf = static_cast<int32_t*>(HeapAlloc(sizeof(int32_t) * kRows * static_cast<size_t>(w)));
