@@ -74,6 +74,25 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
   };
   const auto words = [&](const uint8_t* p) { return hn::BitCast(du, hn::LoadU(d8, p)); };
   size_t k = 0;
+#if HWY_TARGET == HWY_NEON
+  if (wide == 0) {
+    // 2 wa a + 2 (4 - wa) b - off8 as widening products of bytes.
+    const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(2 * wa));
+    const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(8 - 2 * wa));
+    const auto row = [&](uint8x8_t a, uint8x8_t b) {
+      return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off.raw);
+    };
+    if (pack == 1) {
+      for (; k + 8 <= cw; k += 8) vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
+    } else {
+      for (; k + 8 <= cw; k += 8) {
+        const uint8x8x2_t a = vld2_u8(ra + 2 * k), b = vld2_u8(rb + 2 * k);
+        vst1q_s16(out0 + k, row(a.val[0], b.val[0]));
+        vst1q_s16(out1 + k, row(a.val[1], b.val[1]));
+      }
+    }
+  }
+#endif
   if (pack == 1 && wide == 0) {
     for (; k + L <= cw; k += L) {
       hn::StoreU(blend(hn::PromoteTo(d, hn::LoadU(dh8, ra + k)), hn::PromoteTo(d, hn::LoadU(dh8, rb + k))),
@@ -140,24 +159,39 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
   const DB d8;
   const DUW du;
   const size_t L = hn::Lanes(d);
+  const VW off = hn::Set(d, yoff8);
   if (wide == 0) {
+#if HWY_TARGET == HWY_NEON
+    // Widened and times 8 in one step (vshll).
+    const uint8x16_t y8 = vld1q_u8(y + x);
+    s->y[0] = VW(vsubq_s16(vreinterpretq_s16_u16(vshll_n_u8(vget_low_u8(y8), 3)), off.raw));
+    s->y[1] = VW(vsubq_s16(vreinterpretq_s16_u16(vshll_n_u8(vget_high_u8(y8), 3)), off.raw));
+#else
     const auto y8 = hn::LoadU(d8, y + x), zero = hn::Zero(d8);
-    s->y[0] = hn::BitCast(d, hn::InterleaveLower(d8, y8, zero));
-    s->y[1] = hn::BitCast(d, hn::InterleaveUpper(d8, y8, zero));
+    s->y[0] = hn::Sub(hn::ShiftLeft<3>(hn::BitCast(d, hn::InterleaveLower(d8, y8, zero))), off);
+    s->y[1] = hn::Sub(hn::ShiftLeft<3>(hn::BitCast(d, hn::InterleaveUpper(d8, y8, zero))), off);
+#endif
   } else {
     Arrange(Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x)), wide),
             Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x + 2 * L)), wide), &s->y[0], &s->y[1]);
+    for (VW& yv : s->y) yv = hn::Sub(hn::ShiftLeft<3>(yv), off);
   }
-  const VW off = hn::Set(d, yoff8);
-  for (VW& yv : s->y) yv = hn::Sub(hn::ShiftLeft<3>(yv), off);
   const int16_t* c[2] = {u, v};
   VW* out[2] = {s->u, s->v};
   for (int i = 0; i < 2; ++i) {
     if (half) {
+#if HWY_TARGET == HWY_NEON
+      // The halving add and one zip giving both halves.
+      const int16x8_t a = vld1q_s16(c[i] + x / 2);
+      const int16x8x2_t z = vzipq_s16(a, vhaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1)));
+      out[i][0] = VW(z.val[0]);
+      out[i][1] = VW(z.val[1]);
+#else
       const VW a = hn::LoadU(d, c[i] + x / 2), an = hn::LoadU(d, c[i] + x / 2 + 1);
       const VW mid = hn::ShiftRight<1>(hn::Add(a, an));
       out[i][0] = hn::InterleaveLower(d, a, mid);
       out[i][1] = hn::InterleaveUpper(d, a, mid);
+#endif
     } else {
       Arrange(hn::LoadU(d, c[i] + x), hn::LoadU(d, c[i] + x + L), &out[i][0], &out[i][1]);
     }
@@ -180,34 +214,52 @@ Coefs CoefsOf(const csc::NewMatrix& k) {
 }
 
 #if HWY_TARGET == HWY_NEON
-// Red, green and blue bytes of the step's pixels (one block: A is pixels
-// 0-7, B 8-15). The luma product is shared, and the rounding half is left to
+// The coefficients as lanes of two d registers: a product by a lane takes no
+// register moves.
+struct CoefRegs {
+  int16x4_t m0, m1;  // y, rv_hi, gu, gv; bu_hi, rv_lo, bu_lo
+  bool r_split, b_split;
+};
+HWY_INLINE CoefRegs Regs(const Coefs& k) {
+  const int16_t c0[4] = {k.y, k.rv_hi, k.gu, k.gv}, c1[4] = {k.bu_hi, k.rv_lo, k.bu_lo, 0};
+  return {vld1_s16(c0), vld1_s16(c1), k.rv_lo != 0, k.bu_lo != 0};
+}
+// Red, green and blue of four pixels, each sum started from its chroma
+// products so that luma accumulates in place. The rounding half is left to
 // the narrowing: floor(acc / 2^16) rounded by one more halving equals
 // floor((acc + 2^16) / 2^17).
-HWY_INLINE void StepRgb(const Step& s, const Coefs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
-                        hn::Vec<DB>* b) {
-  uint8x8_t rh[2], gh[2], bh[2];
+HWY_INLINE void Quad(int16x4_t y, int16x4_t u, int16x4_t v, const CoefRegs& c, int16x4_t* r,
+                     int16x4_t* g, int16x4_t* b) {
+  int32x4_t rs = vmull_lane_s16(v, c.m0, 1), bs = vmull_lane_s16(u, c.m1, 0);
+  if (c.r_split) rs = vmlal_lane_s16(rs, v, c.m1, 1);
+  if (c.b_split) bs = vmlal_lane_s16(bs, u, c.m1, 2);
+  const int32x4_t gs = vmlal_lane_s16(vmull_lane_s16(u, c.m0, 2), v, c.m0, 3);
+  *r = vqshrn_n_s32(vmlal_lane_s16(rs, y, c.m0, 0), csc::kNewShift - 1);
+  *g = vqshrn_n_s32(vmlal_lane_s16(gs, y, c.m0, 0), csc::kNewShift - 1);
+  *b = vqshrn_n_s32(vmlal_lane_s16(bs, y, c.m0, 0), csc::kNewShift - 1);
+}
+// Converts and stores the step's 16 pixels, eight at a time (A is pixels
+// 0-7, B 8-15).
+template <int kPx, int kR, int kG, int kB, int kA>
+HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
   for (int i = 0; i < 2; ++i) {
-    const int16x4_t y[2] = {vget_low_s16(s.y[i].raw), vget_high_s16(s.y[i].raw)};
-    const int16x4_t u[2] = {vget_low_s16(s.u[i].raw), vget_high_s16(s.u[i].raw)};
-    const int16x4_t v[2] = {vget_low_s16(s.v[i].raw), vget_high_s16(s.v[i].raw)};
-    int16x4_t rq[2], gq[2], bq[2];
+    int16x4_t r[2], g[2], b[2];
     for (int j = 0; j < 2; ++j) {
-      const int32x4_t yt = vmull_n_s16(y[j], k.y);
-      int32x4_t rs = vmlal_n_s16(yt, v[j], k.rv_hi), bs = vmlal_n_s16(yt, u[j], k.bu_hi);
-      if (k.rv_lo != 0) rs = vmlal_n_s16(rs, v[j], k.rv_lo);
-      if (k.bu_lo != 0) bs = vmlal_n_s16(bs, u[j], k.bu_lo);
-      rq[j] = vqshrn_n_s32(rs, 16);
-      gq[j] = vqshrn_n_s32(vmlal_n_s16(vmlal_n_s16(yt, u[j], k.gu), v[j], k.gv), 16);
-      bq[j] = vqshrn_n_s32(bs, 16);
+      Quad(j ? vget_high_s16(s.y[i].raw) : vget_low_s16(s.y[i].raw),
+           j ? vget_high_s16(s.u[i].raw) : vget_low_s16(s.u[i].raw),
+           j ? vget_high_s16(s.v[i].raw) : vget_low_s16(s.v[i].raw), c, &r[j], &g[j], &b[j]);
     }
-    rh[i] = vqrshrun_n_s16(vcombine_s16(rq[0], rq[1]), 1);
-    gh[i] = vqrshrun_n_s16(vcombine_s16(gq[0], gq[1]), 1);
-    bh[i] = vqrshrun_n_s16(vcombine_s16(bq[0], bq[1]), 1);
+    uint8x8_t ch[4];
+    ch[kR] = vqrshrun_n_s16(vcombine_s16(r[0], r[1]), 1);
+    ch[kG] = vqrshrun_n_s16(vcombine_s16(g[0], g[1]), 1);
+    ch[kB] = vqrshrun_n_s16(vcombine_s16(b[0], b[1]), 1);
+    if (kPx == 4) {
+      ch[kA] = vdup_n_u8(255);
+      vst4_u8(q + 32 * i, (uint8x8x4_t{{ch[0], ch[1], ch[2], ch[3]}}));
+    } else {
+      vst3_u8(q + 24 * i, (uint8x8x3_t{{ch[0], ch[1], ch[2]}}));
+    }
   }
-  *r = hn::Vec<DB>(vcombine_u8(rh[0], rh[1]));
-  *g = hn::Vec<DB>(vcombine_u8(gh[0], gh[1]));
-  *b = hn::Vec<DB>(vcombine_u8(bh[0], bh[1]));
 }
 #define KELO_NEW_FUSED 1
 #elif KELO_X86_RAW
@@ -220,15 +272,24 @@ HWY_INLINE VW Pair(int16_t a, int16_t b) {
   return hn::BitCast(DW(), hn::Set(dl, static_cast<int32_t>(static_cast<uint16_t>(a) |
                                                         (static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16))));
 }
-HWY_INLINE void StepRgb(const Step& s, const Coefs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
+struct CoefRegs {
+  VW r1, r2, g1, g2, b1, b2;
+  hn::Vec<hn::Repartition<int32_t, DW>> add;
+  bool r_split, b_split;
+};
+HWY_INLINE CoefRegs Regs(const Coefs& k) {
+  return {Pair(k.y, k.rv_hi), Pair(0, k.rv_lo), Pair(k.y, k.gu),  Pair(0, k.gv),
+          Pair(k.y, k.bu_hi), Pair(0, k.bu_lo), hn::Set(hn::Repartition<int32_t, DW>(), k.add),
+          k.rv_lo != 0,       k.bu_lo != 0};
+}
+HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
                         hn::Vec<DB>* b) {
   const DW d;
   const hn::Repartition<int32_t, DW> dl;
   using VL = hn::Vec<decltype(dl)>;
-  const bool r_split = k.rv_lo != 0, b_split = k.bu_lo != 0;
-  const VW r1 = Pair(k.y, k.rv_hi), r2 = Pair(0, k.rv_lo), g1 = Pair(k.y, k.gu),
-           g2 = Pair(0, k.gv), b1 = Pair(k.y, k.bu_hi), b2 = Pair(0, k.bu_lo);
-  const VL add = hn::Set(dl, k.add);
+  const bool r_split = k.r_split, b_split = k.b_split;
+  const VW &r1 = k.r1, &r2 = k.r2, &g1 = k.g1, &g2 = k.g2, &b1 = k.b1, &b2 = k.b2;
+  const VL add = k.add;
   const auto madd = [](VW a, VW m) { return VL{RawMulAddWords(a.raw, m.raw)}; };
   const auto done = [&](VL acc) { return hn::ShiftRight<csc::kNewShift>(hn::Add(acc, add)); };
   VW rw[2], gw[2], bw[2];
@@ -252,6 +313,19 @@ HWY_INLINE void StepRgb(const Step& s, const Coefs& k, hn::Vec<DB>* r, hn::Vec<D
   *g = hn::Vec<DB>{RawPackBytes(gw[0].raw, gw[1].raw)};
   *b = hn::Vec<DB>{RawPackBytes(bw[0].raw, bw[1].raw)};
 }
+// Converts and stores the step's 2 L pixels.
+template <int kPx, int kR, int kG, int kB, int kA>
+HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
+  const DB d8;
+  hn::Vec<DB> ch[4];
+  StepRgb(s, c, &ch[kR], &ch[kG], &ch[kB]);
+  if (kPx == 4) {
+    ch[kA] = hn::Set(d8, 255);
+    hn::StoreInterleaved4(ch[0], ch[1], ch[2], ch[3], d8, q);
+  } else {
+    hn::StoreInterleaved3(ch[0], ch[1], ch[2], d8, q);
+  }
+}
 #define KELO_NEW_FUSED 1
 #else
 #define KELO_NEW_FUSED 0
@@ -263,23 +337,14 @@ HWY_INLINE void StepRgb(const Step& s, const Coefs& k, hn::Vec<DB>* r, hn::Vec<D
 template <int kPx, int kR, int kG, int kB, int kA>
 size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
-  const DB d8;
-  const size_t S = hn::Lanes(d8);
-  const Coefs c = CoefsOf(k);
+  const size_t S = hn::Lanes(DB());
+  const CoefRegs c = Regs(CoefsOf(k));
   const int16_t yoff8 = static_cast<int16_t>(k.in_off8[0]);
   size_t x = 0;
   for (; x + S <= n; x += S) {
     Step s;
     LoadStep(y, wide, u, v, half, x, yoff8, &s);
-    hn::Vec<DB> ch[4];
-    StepRgb(s, c, &ch[kR], &ch[kG], &ch[kB]);
-    uint8_t* q = dst + kPx * x;
-    if (kPx == 4) {
-      ch[kA] = hn::Set(d8, 255);
-      hn::StoreInterleaved4(ch[0], ch[1], ch[2], ch[3], d8, q);
-    } else {
-      hn::StoreInterleaved3(ch[0], ch[1], ch[2], d8, q);
-    }
+    StoreStep<kPx, kR, kG, kB, kA>(s, c, dst + kPx * x);
   }
   return x;
 }
