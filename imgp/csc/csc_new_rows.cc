@@ -263,47 +263,45 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 }
 #define KELO_NEW_FUSED 1
 #elif KELO_X86_RAW
-// Sums of products in pairs (pmaddwd) over luma interleaved with U and with
-// V: red is (Y, V) by (y, rv_hi) plus (Y, V) by (0, rv_lo), blue the same
-// with U, green (Y, U) by (y, gu) plus (Y, V) by (0, gv); the second sum of
-// red and blue drops out when its coefficient fits one half.
+// Sums of products in pairs (pmaddwd): the luma part and the constant once
+// from luma interleaved with a constant lane K (add = K c), the chroma parts
+// from U interleaved with V; a coefficient too wide for 16 bits takes a
+// second sum.
+constexpr int16_t kConstLane = 4;
 HWY_INLINE VW Pair(int16_t a, int16_t b) {
   const hn::Repartition<int32_t, DW> dl;
   return hn::BitCast(DW(), hn::Set(dl, static_cast<int32_t>(static_cast<uint16_t>(a) |
                                                         (static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16))));
 }
 struct CoefRegs {
-  VW r1, r2, g1, g2, b1, b2;
-  hn::Vec<hn::Repartition<int32_t, DW>> add;
+  VW luma, r1, r2, g, b1, b2;
   bool r_split, b_split;
 };
 HWY_INLINE CoefRegs Regs(const Coefs& k) {
-  return {Pair(k.y, k.rv_hi), Pair(0, k.rv_lo), Pair(k.y, k.gu),  Pair(0, k.gv),
-          Pair(k.y, k.bu_hi), Pair(0, k.bu_lo), hn::Set(hn::Repartition<int32_t, DW>(), k.add),
-          k.rv_lo != 0,       k.bu_lo != 0};
+  return {Pair(k.y, static_cast<int16_t>(k.add / kConstLane)),
+          Pair(0, k.rv_hi), Pair(0, k.rv_lo), Pair(k.gu, k.gv), Pair(k.bu_hi, 0), Pair(k.bu_lo, 0),
+          k.rv_lo != 0, k.bu_lo != 0};
 }
 HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
                         hn::Vec<DB>* b) {
   const DW d;
   const hn::Repartition<int32_t, DW> dl;
   using VL = hn::Vec<decltype(dl)>;
-  const bool r_split = k.r_split, b_split = k.b_split;
-  const VW &r1 = k.r1, &r2 = k.r2, &g1 = k.g1, &g2 = k.g2, &b1 = k.b1, &b2 = k.b2;
-  const VL add = k.add;
+  const VW kc = hn::Set(d, kConstLane);
   const auto madd = [](VW a, VW m) { return VL{RawMulAddWords(a.raw, m.raw)}; };
-  const auto done = [&](VL acc) { return hn::ShiftRight<csc::kNewShift>(hn::Add(acc, add)); };
   VW rw[2], gw[2], bw[2];
   for (int i = 0; i < 2; ++i) {
     VL rl[2], gl[2], bl[2];
     for (int h = 0; h < 2; ++h) {
-      const VW yu = h ? hn::InterleaveUpper(d, s.y[i], s.u[i]) : hn::InterleaveLower(d, s.y[i], s.u[i]);
-      const VW yv = h ? hn::InterleaveUpper(d, s.y[i], s.v[i]) : hn::InterleaveLower(d, s.y[i], s.v[i]);
-      VL rs = madd(yv, r1), bs = madd(yu, b1);
-      if (r_split) rs = hn::Add(rs, madd(yv, r2));
-      if (b_split) bs = hn::Add(bs, madd(yu, b2));
-      rl[h] = done(rs);
-      gl[h] = done(hn::Add(madd(yu, g1), madd(yv, g2)));
-      bl[h] = done(bs);
+      const VW yk = h ? hn::InterleaveUpper(d, s.y[i], kc) : hn::InterleaveLower(d, s.y[i], kc);
+      const VW uv = h ? hn::InterleaveUpper(d, s.u[i], s.v[i]) : hn::InterleaveLower(d, s.u[i], s.v[i]);
+      const VL ly = madd(yk, k.luma);
+      VL rs = hn::Add(ly, madd(uv, k.r1)), bs = hn::Add(ly, madd(uv, k.b1));
+      if (k.r_split) rs = hn::Add(rs, madd(uv, k.r2));
+      if (k.b_split) bs = hn::Add(bs, madd(uv, k.b2));
+      rl[h] = hn::ShiftRight<csc::kNewShift>(rs);
+      gl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.g)));
+      bl[h] = hn::ShiftRight<csc::kNewShift>(bs);
     }
     rw[i] = VW{RawPackWords(rl[0].raw, rl[1].raw)};
     gw[i] = VW{RawPackWords(gl[0].raw, gl[1].raw)};
