@@ -795,7 +795,9 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * of chroma row j and 1/4 of row j - 1, row 2j + 1 3/4 of j and 1/4 of
  * j + 1); past an edge the last chroma sample or row repeats. Reduced by
  * rounded means: 4:2:0 over 2x2 blocks, 4:2:2 over horizontal pairs; at an
- * odd right or bottom edge the block covers the pixels that exist. Between
+ * odd right or bottom edge the block covers the pixels that exist (a mean
+ * sits between the columns it covers, so reducing and then enlarging again
+ * moves chroma half a luma column to the left). Between
  * two YUV sides chroma goes straight from the source grid to the
  * destination's (a direction subsampled on both sides is kept as is), since
  * chroma never depends on luma; luma of another standard uses the enlarged
