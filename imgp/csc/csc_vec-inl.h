@@ -74,6 +74,60 @@ HWY_INLINE void Store565(V8 hi, V8 g, V8 lo, uint8_t* out) {
 }
 #endif  // HWY_TARGET != HWY_SCALAR
 
+#if HWY_TARGET == HWY_NEON
+// Channels of the 16 pixels at p (3- or 4-byte pixels of order Src).
+template <class Src>
+HWY_INLINE void RgbChannels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint8x16_t* b) {
+  if constexpr (Src::kBytes == 4) {
+    const uint8x16x4_t c = vld4q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  } else {
+    const uint8x16x3_t c = vld3q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  }
+}
+#endif  // HWY_TARGET == HWY_NEON
+
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+// Byte vectors of the x86 pixel kernels: 128 bits on SSE4, else 256 (the
+// AVX-512 targets run the 256-bit form).
+#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
+using DP = hn::Full128<uint8_t>;
+#else
+using DP = hn::Full256<uint8_t>;
+#endif
+using VP = hn::Vec<DP>;
+
+// The 32-bit groups after packing per 128-bit block back in row order: one
+// block is in order; two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
+HWY_INLINE hn::Vec128<uint8_t> InOrder(hn::Vec128<uint8_t> v) { return v; }
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+HWY_INLINE hn::Vec256<uint8_t> InOrder(hn::Vec256<uint8_t> v) {
+  return hn::Vec256<uint8_t>{
+      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+}
+#endif
+
+// Chroma bytes of one packed vector to the two planes: per block 8 U then
+// 8 V. One block holds samples 0..7; two hold 0 1 4 5 8 9 12 13 and 2 3 6 7
+// 10 11 14 15, and interleaving their 16-bit pairs restores the order.
+HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full64<uint8_t> dh;
+  hn::StoreU(hn::LowerHalf(dh, uv), dh, u);
+  hn::StoreU(hn::UpperHalf(dh, uv), dh, v);
+}
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+HWY_INLINE void StorePlanar(hn::Vec256<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full128<uint16_t> dw;
+  const hn::Full128<uint8_t> db;
+  const hn::Vec128<uint16_t> lo = hn::BitCast(dw, hn::LowerHalf(uv));
+  const hn::Vec128<uint16_t> hi = hn::BitCast(dw, hn::UpperHalf(db, uv));
+  hn::StoreU(hn::BitCast(db, hn::InterleaveLower(dw, lo, hi)), db, u);
+  hn::StoreU(hn::BitCast(db, hn::InterleaveUpper(dw, lo, hi)), db, v);
+}
+#endif
+#endif  // HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
 HWY_AFTER_NAMESPACE();

@@ -1,0 +1,313 @@
+// Vector paths of the fused RGB to YUV rows of kimgp_csc_new; tails and the
+// matrices they cannot hold go to the scalar rows.
+//
+// With no input offsets every accumulator is 8 S + add, S the sum of the
+// coefficients times the 8-bit channels, so the luma code is
+// (S + (add >> 3)) >> 14, and the four quarters of a chroma block sum to
+// 2 S4 + 4 (add >> 2), S4 the sum over the block, whose code is
+// (S4 + 2 (add >> 2)) >> 16: exactly the scalar rows' values. S4 is linear in
+// the block's channel sums (at most 1020), which the rows form first.
+#include "imgp/csc/csc_new_rgb_rows.h"
+
+#include "common/internal/simd.h"
+#include "imgp/csc/pixel_layouts.h"
+
+#if KELO_HAVE_HWY
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imgp/csc/csc_new_rgb_rows.cc"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "common/internal/x86_raw-inl.h"
+#include "imgp/csc/csc_new_rgb_rows.h"
+#include "imgp/csc/csc_vec-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kelo {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+using csc::NewMatrix;
+using csc::RgbBytes;
+
+constexpr int kLumaShift = csc::kNewShift - 3, kChromaShift = csc::kNewShift - 1;
+
+#if KELO_X86_RAW
+// 4-byte pixels on x86, L / 4 to a vector, never unpacked: luma by byte-pair
+// multiply-adds of the coefficients split as 128 hi + lo (both signed bytes),
+// chroma by word-pair multiply-adds of the block's channel sums.
+using DW = hn::Repartition<int16_t, DP>;
+using VW = hn::Vec<DW>;
+using DL = hn::Repartition<int32_t, DP>;
+using VL = hn::Vec<DL>;
+
+HWY_INLINE VW MulAddBytes(VP px, VP w) { return VW{RawMulAddPairs(px.raw, w.raw)}; }
+HWY_INLINE VL MulAddWords(VW a, VW b) { return VL{RawMulAddWords(a.raw, b.raw)}; }
+// Codes of 4 vectors of int32 lanes as saturated bytes, per 128-bit block
+// (InOrder puts them in row order).
+HWY_INLINE VP PackCodes(const VL* c) {
+  const DW dw;
+  return VP{RawPackBytes(hn::ReorderDemote2To(dw, c[0], c[1]).raw,
+                         hn::ReorderDemote2To(dw, c[2], c[3]).raw)};
+}
+// A 32-bit word of one byte per pixel byte; alpha weighs 0.
+template <class Src>
+uint32_t ByteWord(const int32_t* w) {
+  return (uint32_t(w[0] & 0xFF) << (8 * Src::kRi)) | (uint32_t(w[1] & 0xFF) << (8 * Src::kGi)) |
+         (uint32_t(w[2] & 0xFF) << (8 * Src::kBi));
+}
+// The coefficients of row r as 16-bit words at their pixel bytes' places.
+template <class Src>
+VW PixelWords(const NewMatrix& k, int r) {
+  alignas(16) int16_t w[8] = {};
+  const int at[3] = {Src::kRi, Src::kGi, Src::kBi};
+  for (int i = 0; i < 8; i += 4) {
+    for (int j = 0; j < 3; ++j) w[i + at[j]] = static_cast<int16_t>(k.m[r][j]);
+  }
+  return hn::LoadDup128(DW(), w);
+}
+
+template <class Src>
+void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
+  // m = 128 hi + lo with lo in -64 .. 63: lo pairs stay within 16 bits; hi
+  // pairs do while the two weights of each byte pair total at most 128.
+  int32_t hi[3], lo[3], pair[4] = {};
+  const int at[3] = {Src::kRi, Src::kGi, Src::kBi};
+  bool fits = true;
+  for (int j = 0; j < 3; ++j) {
+    lo[j] = ((k.m[0][j] + 64) & 127) - 64;
+    hi[j] = (k.m[0][j] - lo[j]) / 128;
+    pair[at[j] / 2] += hi[j] < 0 ? -hi[j] : hi[j];
+    fits = fits && hi[j] >= -128 && hi[j] <= 127;
+  }
+  size_t x = 0;
+  if (Src::kBytes == 4 && fits && pair[0] <= 128 && pair[1] <= 128) {
+    const DP d8;
+    const DL dl;
+    const hn::Repartition<uint32_t, DP> d32;
+    const size_t L = hn::Lanes(d8);
+    const VP wh = hn::BitCast(d8, hn::Set(d32, ByteWord<Src>(hi)));
+    const VP wl = hn::BitCast(d8, hn::Set(d32, ByteWord<Src>(lo)));
+    const VW w128 = hn::Set(DW(), 128), w1 = hn::Set(DW(), 1);
+    const VL add = hn::Set(dl, k.add[0] >> 3);
+    for (; x + L <= n; x += L) {
+      VL c[4];
+      for (size_t i = 0; i < 4; ++i) {
+        const VP px = hn::LoadU(d8, s + 4 * x + i * L);
+        const VL sum = hn::Add(MulAddWords(MulAddBytes(px, wh), w128),
+                               MulAddWords(MulAddBytes(px, wl), w1));
+        c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
+      }
+      hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
+    }
+  }
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
+}
+
+// 2x2 blocks: L pixels of each row give L / 2 samples.
+template <class Src>
+void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
+                  uint8_t* v, size_t step, size_t w) {
+  const DP d8;
+  const DL dl;
+  const size_t L = hn::Lanes(d8);
+  size_t x = 0;
+  if (Src::kBytes == 4) {
+    // Bytes of a pixel pair side by side, per channel.
+    alignas(16) static constexpr uint8_t kPairs[16] = {0, 4, 1, 5, 2, 6, 3, 7,
+                                                       8, 12, 9, 13, 10, 14, 11, 15};
+    // The packed codes hold U0 U1 V0 V1 U2 U3 V2 V3 ... per block (samples
+    // 0 1 4 5 ... and 2 3 6 7 ... of two blocks): to 8 U then 8 V for
+    // StorePlanar, or in row order to pairs.
+    alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 4, 5, 8, 9, 12, 13,
+                                                        2, 3, 6, 7, 10, 11, 14, 15};
+    alignas(16) static constexpr uint8_t kUv[16] = {0, 2, 1, 3, 4, 6, 5, 7,
+                                                    8, 10, 9, 11, 12, 14, 13, 15};
+    alignas(16) static constexpr uint8_t kVu[16] = {2, 0, 3, 1, 6, 4, 7, 5,
+                                                    10, 8, 11, 9, 14, 12, 15, 13};
+    const VP pairs = hn::LoadDup128(d8, kPairs), ones = hn::Set(d8, 1);
+    const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
+    const VW wu = PixelWords<Src>(k, 1), wv = PixelWords<Src>(k, 2);
+    alignas(16) const int32_t adds[4] = {2 * (k.add[1] >> 2), 2 * (k.add[1] >> 2),
+                                         2 * (k.add[2] >> 2), 2 * (k.add[2] >> 2)};
+    const VL add = hn::LoadDup128(dl, adds);
+    for (; x + L <= w; x += L) {
+      VL c[4];
+      for (size_t i = 0; i < 4; ++i) {
+        const VP a = hn::LoadU(d8, s0 + 4 * x + i * L), b = hn::LoadU(d8, s1 + 4 * x + i * L);
+        const VW sums = hn::Add(MulAddBytes(hn::TableLookupBytes(a, pairs), ones),
+                                MulAddBytes(hn::TableLookupBytes(b, pairs), ones));
+        const VL uv = VL{RawAddPairs32(MulAddWords(sums, wu).raw, MulAddWords(sums, wv).raw)};
+        c[i] = hn::ShiftRight<kChromaShift>(hn::Add(uv, add));
+      }
+      const size_t i = x / 2;
+      if (step == 1) {
+        StorePlanar(hn::TableLookupBytes(PackCodes(c), order), u + i, v + i);
+      } else {
+        hn::StoreU(InOrder(hn::TableLookupBytes(PackCodes(c), order)), d8, (u < v ? u : v) + 2 * i);
+      }
+    }
+  }
+  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v,
+                               step, x / 2, w);
+}
+#endif  // KELO_X86_RAW
+
+#if HWY_TARGET == HWY_NEON
+// 3- and 4-byte pixels on NEON: the structure loads split 16 pixels into
+// channels; 16-bit channels (or block sums) times 16-bit coefficients
+// accumulate into 32-bit lanes that start at the offset (vmlal), narrowed by
+// a saturating shift (vqshrun) and a saturating narrowing (vqmovn).
+template <int kShift>
+HWY_INLINE uint8x8_t Codes(const int16x8_t c[3], const int16_t* m, int32x4_t add) {
+  uint16x4_t half[2];
+  for (int h = 0; h < 2; ++h) {
+    int32x4_t acc = add;
+    for (int j = 0; j < 3; ++j) {
+      acc = vmlal_n_s16(acc, h ? vget_high_s16(c[j]) : vget_low_s16(c[j]), m[j]);
+    }
+    half[h] = vqshrun_n_s32(acc, kShift);
+  }
+  return vqmovn_u16(vcombine_u16(half[0], half[1]));
+}
+HWY_INLINE void Coefficients(const NewMatrix& k, int r, int16_t* m) {
+  for (int j = 0; j < 3; ++j) m[j] = static_cast<int16_t>(k.m[r][j]);
+}
+HWY_INLINE int16x8_t Wide(uint8x8_t c) { return vreinterpretq_s16_u16(vmovl_u8(c)); }
+
+template <class Src>
+void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
+  int16_t m[3];
+  Coefficients(k, 0, m);
+  const int32x4_t add = vdupq_n_s32(k.add[0] >> 3);
+  size_t x = 0;
+  for (; x + 16 <= n; x += 16) {
+    uint8x16_t r, g, b;
+    RgbChannels<Src>(s + x * Src::kBytes, &r, &g, &b);
+    const int16x8_t lo[3] = {Wide(vget_low_u8(r)), Wide(vget_low_u8(g)), Wide(vget_low_u8(b))};
+    const int16x8_t hi[3] = {Wide(vget_high_u8(r)), Wide(vget_high_u8(g)), Wide(vget_high_u8(b))};
+    vst1q_u8(y + x, vcombine_u8(Codes<kLumaShift>(lo, m, add), Codes<kLumaShift>(hi, m, add)));
+  }
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
+}
+
+template <class Src>
+void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
+                   uint8_t* v, size_t step, size_t w) {
+  int16_t mu[3], mv[3];
+  Coefficients(k, 1, mu);
+  Coefficients(k, 2, mv);
+  const int32x4_t addu = vdupq_n_s32(2 * (k.add[1] >> 2)), addv = vdupq_n_s32(2 * (k.add[2] >> 2));
+  size_t x = 0;
+  for (; x + 16 <= w; x += 16) {
+    uint8x16_t c0[3], c1[3];
+    RgbChannels<Src>(s0 + x * Src::kBytes, &c0[0], &c0[1], &c0[2]);
+    RgbChannels<Src>(s1 + x * Src::kBytes, &c1[0], &c1[1], &c1[2]);
+    int16x8_t sums[3];
+    for (int j = 0; j < 3; ++j) {
+      sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
+    }
+    const uint8x8_t cu = Codes<kChromaShift>(sums, mu, addu);
+    const uint8x8_t cv = Codes<kChromaShift>(sums, mv, addv);
+    const size_t i = x / 2;
+    if (step == 1) {
+      vst1_u8(u + i, cu);
+      vst1_u8(v + i, cv);
+    } else if (u < v) {
+      vst2_u8(u + 2 * i, (uint8x8x2_t{{cu, cv}}));
+    } else {
+      vst2_u8(v + 2 * i, (uint8x8x2_t{{cv, cu}}));
+    }
+  }
+  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v,
+                               step, x / 2, w);
+}
+#endif  // HWY_TARGET == HWY_NEON
+
+// Calls f with a value of the pixel order o names; false for none.
+template <class Src, class F>
+bool WithOrder(const RgbBytes& o, F&& f) {
+  if (o.px != Src::kBytes || o.r != Src::kRi || o.g != Src::kGi || o.b != Src::kBi) return false;
+  f(Src{});
+  return true;
+}
+template <class F>
+bool WithAnyOrder(const RgbBytes& o, F&& f) {
+  return WithOrder<csc::Rgba8888>(o, f) || WithOrder<csc::Bgra8888>(o, f) ||
+         WithOrder<csc::Argb8888>(o, f) || WithOrder<csc::Abgr8888>(o, f) ||
+         WithOrder<csc::Rgb888>(o, f) || WithOrder<csc::Bgr888>(o, f);
+}
+
+void NewRgbLumaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y,
+                      size_t n) {
+#if KELO_X86_RAW || HWY_TARGET == HWY_NEON
+  const bool done = csc::NewRgbRowsVec(k) && WithAnyOrder(o, [&](auto src) {
+#if KELO_X86_RAW
+    LumaRowX86<decltype(src)>(k, s, y, n);
+#else
+    LumaRowNeon<decltype(src)>(k, s, y, n);
+#endif
+  });
+  if (done) return;
+#endif
+  csc::scalar::NewRgbLumaRow(k, o, s, y, 0, n);
+}
+
+void NewRgbChromaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0,
+                        const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
+                        size_t w) {
+#if KELO_X86_RAW || HWY_TARGET == HWY_NEON
+  const bool done = sub == 2 && csc::NewRgbRowsVec(k) && WithAnyOrder(o, [&](auto src) {
+#if KELO_X86_RAW
+    ChromaRowX86<decltype(src)>(k, s0, s1, u, v, step, w);
+#else
+    ChromaRowNeon<decltype(src)>(k, s0, s1, u, v, step, w);
+#endif
+  });
+  if (done) return;
+#endif
+  csc::scalar::NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace kelo
+HWY_AFTER_NAMESPACE();
+#endif  // KELO_HAVE_HWY
+
+#if !KELO_HAVE_HWY || HWY_ONCE
+namespace kelo {
+namespace csc {
+namespace scalar {
+inline void NewRgbLumaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y,
+                             size_t n) {
+  NewRgbLumaRow(k, o, s, y, 0, n);
+}
+inline void NewRgbChromaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0,
+                               const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
+                               size_t w) {
+  NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
+}
+}  // namespace scalar
+}  // namespace csc
+
+KELO_VEC_EXPORT(NewRgbLumaRowVec);
+KELO_VEC_EXPORT(NewRgbChromaRowVec);
+
+namespace csc {
+bool NewRgbRowsVec(const NewMatrix& k) {
+  bool ok = k.hi == 255 && NewMatrixFits(k, 8 * 255);
+  for (int r = 0; r < 3; ++r) {
+    ok = ok && k.in_off8[r] == 0;
+    for (int j = 0; j < 3; ++j) ok = ok && k.m[r][j] >= INT16_MIN && k.m[r][j] <= INT16_MAX;
+  }
+  return ok;
+}
+void NewRgbLumaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y, size_t n) {
+  KELO_VEC_CALL(NewRgbLumaRowVec, scalar::NewRgbLumaRowVec)(k, o, s, y, n);
+}
+void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0, const uint8_t* s1,
+                     int sub, uint8_t* u, uint8_t* v, size_t step, size_t w) {
+  KELO_VEC_CALL(NewRgbChromaRowVec, scalar::NewRgbChromaRowVec)(k, o, s0, s1, sub, u, v, step, w);
+}
+}  // namespace csc
+}  // namespace kelo
+#endif  // !KELO_HAVE_HWY || HWY_ONCE
