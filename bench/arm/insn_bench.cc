@@ -139,9 +139,10 @@ Peer Conv(int (*f)(C, int, C, int, P, int, P, int, P, int, int, int)) {
   };
 }
 
-void Csc(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer) {
+void Csc(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer,
+         int32_t (*ours)(const kimgp_img*, kimgp_img*) = kimgp_csc) {
   Add(name, peer_name, scs, kW, kH, dcs, kW, kH,
-      [](Job& j) { kimgp_csc(&j.src.img, &j.dst.img); },
+      [ours](Job& j) { ours(&j.src.img, &j.dst.img); },
       [peer](Job& j) { peer(j.src, j.dst); });
 }
 
@@ -166,6 +167,8 @@ void AddCsc() {
   Csc("csc rgba8888>yuv420", "ABGRToI420", 500, 1, Conv(libyuv::ABGRToI420));
   Csc("csc bgra8888>yuv420", "ARGBToI420", 501, 1, Conv(libyuv::ARGBToI420));
   Csc("csc rgba8888>nv12", "ABGRToNV12", 500, 6, Conv(libyuv::ABGRToNV12));
+  Csc("csc_new bgra8888>yuv420", "ARGBToI420", 501, 1, Conv(libyuv::ARGBToI420), kimgp_csc_new);
+  Csc("csc_new rgba8888>nv12", "ABGRToNV12", 500, 6, Conv(libyuv::ABGRToNV12), kimgp_csc_new);
   Csc("csc rgb565>yuv420", "RGB565ToI420", 200, 1, Conv(libyuv::RGB565ToI420));
   Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, Conv(libyuv::I420ToNV12));
   Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, Conv(libyuv::NV12ToI420));

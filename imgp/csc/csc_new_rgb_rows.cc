@@ -32,9 +32,10 @@ using csc::RgbBytes;
 constexpr int kLumaShift = csc::kNewShift - 3, kChromaShift = csc::kNewShift - 1;
 
 #if KELO_X86_RAW
-// 4-byte pixels on x86, L / 4 to a vector, never unpacked: luma by byte-pair
-// multiply-adds of the coefficients split as 128 hi + lo (both signed bytes),
-// chroma by word-pair multiply-adds of the block's channel sums.
+// 4-byte pixels on x86, L / 4 to a vector, as 16-bit words in pairs for
+// word-pair multiply-adds: per pixel red and green, then blue and nothing
+// (luma), or per 2x2 block the channel sums (chroma, formed by byte-pair
+// multiply-adds with ones).
 using DW = hn::Repartition<int16_t, DP>;
 using VW = hn::Vec<DW>;
 using DL = hn::Repartition<int32_t, DP>;
@@ -49,11 +50,10 @@ HWY_INLINE VP PackCodes(const VL* c) {
   return VP{RawPackBytes(hn::ReorderDemote2To(dw, c[0], c[1]).raw,
                          hn::ReorderDemote2To(dw, c[2], c[3]).raw)};
 }
-// A 32-bit word of one byte per pixel byte; alpha weighs 0.
-template <class Src>
-uint32_t ByteWord(const int32_t* w) {
-  return (uint32_t(w[0] & 0xFF) << (8 * Src::kRi)) | (uint32_t(w[1] & 0xFF) << (8 * Src::kGi)) |
-         (uint32_t(w[2] & 0xFF) << (8 * Src::kBi));
+// The 16-bit words w[0], w[1] repeated.
+VW WordPairs(int32_t w0, int32_t w1) {
+  const hn::Repartition<uint32_t, DP> d32;
+  return hn::BitCast(DW(), hn::Set(d32, (uint32_t(w1) << 16) | (uint32_t(w0) & 0xFFFF)));
 }
 // The coefficients of row r as 16-bit words at their pixel bytes' places.
 template <class Src>
@@ -68,37 +68,28 @@ VW PixelWords(const NewMatrix& k, int r) {
 
 template <class Src>
 void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  // m = 128 hi + lo with lo in -64 .. 63: lo pairs stay within 16 bits; hi
-  // pairs do while the two weights of each byte pair total at most 128.
-  int32_t hi[3], lo[3], pair[4] = {};
-  const int at[3] = {Src::kRi, Src::kGi, Src::kBi};
-  bool fits = true;
-  for (int j = 0; j < 3; ++j) {
-    lo[j] = ((k.m[0][j] + 64) & 127) - 64;
-    hi[j] = (k.m[0][j] - lo[j]) / 128;
-    pair[at[j] / 2] += hi[j] < 0 ? -hi[j] : hi[j];
-    fits = fits && hi[j] >= -128 && hi[j] <= 127;
+  const DP d8;
+  const size_t L = hn::Lanes(d8);
+  // Byte tables of the pixel words (0x80 gives zero).
+  alignas(16) uint8_t rg[16], b0[16];
+  for (int i = 0; i < 4; ++i) {
+    const uint8_t rgw[4] = {uint8_t(4 * i + Src::kRi), 0x80, uint8_t(4 * i + Src::kGi), 0x80};
+    const uint8_t bw[4] = {uint8_t(4 * i + Src::kBi), 0x80, 0x80, 0x80};
+    for (int j = 0; j < 4; ++j) rg[4 * i + j] = rgw[j], b0[4 * i + j] = bw[j];
   }
+  const VP trg = hn::LoadDup128(d8, rg), tb = hn::LoadDup128(d8, b0);
+  const VW wrg = WordPairs(k.m[0][0], k.m[0][1]), wb = WordPairs(k.m[0][2], 0);
+  const VL add = hn::Set(DL(), k.add[0] >> 3);
   size_t x = 0;
-  if (Src::kBytes == 4 && fits && pair[0] <= 128 && pair[1] <= 128) {
-    const DP d8;
-    const DL dl;
-    const hn::Repartition<uint32_t, DP> d32;
-    const size_t L = hn::Lanes(d8);
-    const VP wh = hn::BitCast(d8, hn::Set(d32, ByteWord<Src>(hi)));
-    const VP wl = hn::BitCast(d8, hn::Set(d32, ByteWord<Src>(lo)));
-    const VW w128 = hn::Set(DW(), 128), w1 = hn::Set(DW(), 1);
-    const VL add = hn::Set(dl, k.add[0] >> 3);
-    for (; x + L <= n; x += L) {
-      VL c[4];
-      for (size_t i = 0; i < 4; ++i) {
-        const VP px = hn::LoadU(d8, s + 4 * x + i * L);
-        const VL sum = hn::Add(MulAddWords(MulAddBytes(px, wh), w128),
-                               MulAddWords(MulAddBytes(px, wl), w1));
-        c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
-      }
-      hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
+  for (; Src::kBytes == 4 && x + L <= n; x += L) {
+    VL c[4];
+    for (size_t i = 0; i < 4; ++i) {
+      const VP px = hn::LoadU(d8, s + 4 * x + i * L);
+      const VL sum = hn::Add(MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, trg)), wrg),
+                             MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, tb)), wb));
+      c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
     }
+    hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
   }
   csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
 }
