@@ -32,10 +32,11 @@ using csc::RgbBytes;
 constexpr int kLumaShift = csc::kNewShift - 3, kChromaShift = csc::kNewShift - 1;
 
 #if KELO_X86_RAW
-// 4-byte pixels on x86, L / 4 to a vector, as 16-bit words in pairs for
-// word-pair multiply-adds: per pixel red and green, then blue and nothing
-// (luma), or per 2x2 block the channel sums (chroma, formed by byte-pair
-// multiply-adds with ones).
+// x86: L / 4 pixels to a vector, 4 to each 128-bit block from its first
+// byte on, byte-shuffled into 16-bit words in pairs for word-pair
+// multiply-adds: per pixel red and green, then blue and nothing (luma), or
+// per 2x2 block the channel sums (chroma, formed by byte-pair multiply-adds
+// with ones).
 using DW = hn::Repartition<int16_t, DP>;
 using VW = hn::Vec<DW>;
 using DL = hn::Repartition<int32_t, DP>;
@@ -50,12 +51,63 @@ HWY_INLINE VP PackCodes(const VL* c) {
   return VP{RawPackBytes(hn::ReorderDemote2To(dw, c[0], c[1]).raw,
                          hn::ReorderDemote2To(dw, c[2], c[3]).raw)};
 }
-// The 16-bit words w[0], w[1] repeated.
-VW WordPairs(int32_t w0, int32_t w1) {
+// 3-byte pixels: the second block's 4 start at byte 12.
+HWY_INLINE hn::Vec128<uint8_t> Spread12(hn::Vec128<uint8_t> v) { return v; }
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+HWY_INLINE hn::Vec256<uint8_t> Spread12(hn::Vec256<uint8_t> v) {
+  return hn::Vec256<uint8_t>{
+      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6))};
+}
+#endif
+// The pixels from p on; a 3-byte row reads up to 8 bytes past them.
+template <class Src>
+HWY_INLINE VP LoadPixels(const uint8_t* p) {
+  const VP v = hn::LoadU(DP(), p);
+  return Src::kBytes == 4 ? v : Spread12(v);
+}
+// Whole vectors of pixels while x + Stop <= n (3-byte rows keep 3 pixels,
+// 9 bytes, beyond the last vector for its over-read).
+template <class Src>
+constexpr size_t Stop(size_t lanes) { return Src::kBytes == 4 ? lanes : lanes + 3; }
+// A block's byte table: f(i, j) is the byte for byte j of its 4-byte group
+// i (0x80 reads as zero).
+template <class F>
+HWY_INLINE VP Table(F f) {
+  alignas(16) uint8_t t[16];
+  for (int i = 0; i < 16; ++i) t[i] = static_cast<uint8_t>(f(i / 4, i % 4));
+  return hn::LoadDup128(DP(), t);
+}
+// The 16-bit words w0, w1 repeated.
+HWY_INLINE VW WordPairs(int32_t w0, int32_t w1) {
   const hn::Repartition<uint32_t, DP> d32;
   return hn::BitCast(DW(), hn::Set(d32, (uint32_t(w1) << 16) | (uint32_t(w0) & 0xFFFF)));
 }
-// The coefficients of row r as 16-bit words at their pixel bytes' places.
+
+template <class Src>
+void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
+  const DP d8;
+  const size_t L = hn::Lanes(d8);
+  constexpr int B = Src::kBytes;
+  // Words of pixel i: red, green; blue, zero.
+  const VP trg = Table([](int i, int j) { return j & 1 ? 0x80 : B * i + (j ? Src::kGi : Src::kRi); });
+  const VP tb = Table([](int i, int j) { return j ? 0x80 : B * i + Src::kBi; });
+  const VW wrg = WordPairs(k.m[0][0], k.m[0][1]), wb = WordPairs(k.m[0][2], 0);
+  const VL add = hn::Set(DL(), k.add[0] >> 3);
+  size_t x = 0;
+  for (; x + Stop<Src>(L) <= n; x += L) {
+    VL c[4];
+    for (size_t i = 0; i < 4; ++i) {
+      const VP px = LoadPixels<Src>(s + B * (x + i * L / 4));
+      const VL sum = hn::Add(MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, trg)), wrg),
+                             MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, tb)), wb));
+      c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
+    }
+    hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
+  }
+  csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
+}
+
+// The coefficients of row r as words at the pixel's byte places, twice.
 template <class Src>
 VW PixelWords(const NewMatrix& k, int r) {
   alignas(16) int16_t w[8] = {};
@@ -66,34 +118,6 @@ VW PixelWords(const NewMatrix& k, int r) {
   return hn::LoadDup128(DW(), w);
 }
 
-template <class Src>
-void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  const DP d8;
-  const size_t L = hn::Lanes(d8);
-  // Byte tables of the pixel words (0x80 gives zero).
-  alignas(16) uint8_t rg[16], b0[16];
-  for (int i = 0; i < 4; ++i) {
-    const uint8_t rgw[4] = {uint8_t(4 * i + Src::kRi), 0x80, uint8_t(4 * i + Src::kGi), 0x80};
-    const uint8_t bw[4] = {uint8_t(4 * i + Src::kBi), 0x80, 0x80, 0x80};
-    for (int j = 0; j < 4; ++j) rg[4 * i + j] = rgw[j], b0[4 * i + j] = bw[j];
-  }
-  const VP trg = hn::LoadDup128(d8, rg), tb = hn::LoadDup128(d8, b0);
-  const VW wrg = WordPairs(k.m[0][0], k.m[0][1]), wb = WordPairs(k.m[0][2], 0);
-  const VL add = hn::Set(DL(), k.add[0] >> 3);
-  size_t x = 0;
-  for (; Src::kBytes == 4 && x + L <= n; x += L) {
-    VL c[4];
-    for (size_t i = 0; i < 4; ++i) {
-      const VP px = hn::LoadU(d8, s + 4 * x + i * L);
-      const VL sum = hn::Add(MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, trg)), wrg),
-                             MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, tb)), wb));
-      c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
-    }
-    hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
-  }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
-}
-
 // 2x2 blocks: L pixels of each row give L / 2 samples.
 template <class Src>
 void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
@@ -101,45 +125,47 @@ void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint
   const DP d8;
   const DL dl;
   const size_t L = hn::Lanes(d8);
+  constexpr int B = Src::kBytes;
+  // Group i of 4 bytes: pixel pair i / 2, channel byte j of both side by side.
+  const VP pairs = Table([](int i, int j) {
+    const int c = 2 * (i & 1) + j / 2, p = 2 * (i / 2) + (j & 1);
+    return c < B ? B * p + c : 0x80;
+  });
+  // The packed codes hold U0 U1 V0 V1 U2 U3 V2 V3 ... per block (samples
+  // 0 1 4 5 ... and 2 3 6 7 ... of two blocks): to 8 U then 8 V for
+  // StorePlanar, or in row order to pairs.
+  alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 4, 5, 8, 9, 12, 13,
+                                                      2, 3, 6, 7, 10, 11, 14, 15};
+  alignas(16) static constexpr uint8_t kUv[16] = {0, 2, 1, 3, 4, 6, 5, 7,
+                                                  8, 10, 9, 11, 12, 14, 13, 15};
+  alignas(16) static constexpr uint8_t kVu[16] = {2, 0, 3, 1, 6, 4, 7, 5,
+                                                  10, 8, 11, 9, 14, 12, 15, 13};
+  const VP ones = hn::Set(d8, 1);
+  const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
+  const VW wu = PixelWords<Src>(k, 1), wv = PixelWords<Src>(k, 2);
+  alignas(16) const int32_t adds[4] = {2 * (k.add[1] >> 2), 2 * (k.add[1] >> 2),
+                                       2 * (k.add[2] >> 2), 2 * (k.add[2] >> 2)};
+  const VL add = hn::LoadDup128(dl, adds);
   size_t x = 0;
-  if (Src::kBytes == 4) {
-    // Bytes of a pixel pair side by side, per channel.
-    alignas(16) static constexpr uint8_t kPairs[16] = {0, 4, 1, 5, 2, 6, 3, 7,
-                                                       8, 12, 9, 13, 10, 14, 11, 15};
-    // The packed codes hold U0 U1 V0 V1 U2 U3 V2 V3 ... per block (samples
-    // 0 1 4 5 ... and 2 3 6 7 ... of two blocks): to 8 U then 8 V for
-    // StorePlanar, or in row order to pairs.
-    alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 4, 5, 8, 9, 12, 13,
-                                                        2, 3, 6, 7, 10, 11, 14, 15};
-    alignas(16) static constexpr uint8_t kUv[16] = {0, 2, 1, 3, 4, 6, 5, 7,
-                                                    8, 10, 9, 11, 12, 14, 13, 15};
-    alignas(16) static constexpr uint8_t kVu[16] = {2, 0, 3, 1, 6, 4, 7, 5,
-                                                    10, 8, 11, 9, 14, 12, 15, 13};
-    const VP pairs = hn::LoadDup128(d8, kPairs), ones = hn::Set(d8, 1);
-    const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
-    const VW wu = PixelWords<Src>(k, 1), wv = PixelWords<Src>(k, 2);
-    alignas(16) const int32_t adds[4] = {2 * (k.add[1] >> 2), 2 * (k.add[1] >> 2),
-                                         2 * (k.add[2] >> 2), 2 * (k.add[2] >> 2)};
-    const VL add = hn::LoadDup128(dl, adds);
-    for (; x + L <= w; x += L) {
-      VL c[4];
-      for (size_t i = 0; i < 4; ++i) {
-        const VP a = hn::LoadU(d8, s0 + 4 * x + i * L), b = hn::LoadU(d8, s1 + 4 * x + i * L);
-        const VW sums = hn::Add(MulAddBytes(hn::TableLookupBytes(a, pairs), ones),
-                                MulAddBytes(hn::TableLookupBytes(b, pairs), ones));
-        const VL uv = VL{RawAddPairs32(MulAddWords(sums, wu).raw, MulAddWords(sums, wv).raw)};
-        c[i] = hn::ShiftRight<kChromaShift>(hn::Add(uv, add));
-      }
-      const size_t i = x / 2;
-      if (step == 1) {
-        StorePlanar(hn::TableLookupBytes(PackCodes(c), order), u + i, v + i);
-      } else {
-        hn::StoreU(InOrder(hn::TableLookupBytes(PackCodes(c), order)), d8, (u < v ? u : v) + 2 * i);
-      }
+  for (; x + Stop<Src>(L) <= w; x += L) {
+    VL c[4];
+    for (size_t i = 0; i < 4; ++i) {
+      const size_t at = B * (x + i * L / 4);
+      const VP a = LoadPixels<Src>(s0 + at), b = LoadPixels<Src>(s1 + at);
+      const VW sums = hn::Add(MulAddBytes(hn::TableLookupBytes(a, pairs), ones),
+                              MulAddBytes(hn::TableLookupBytes(b, pairs), ones));
+      const VL uv = VL{RawAddPairs32(MulAddWords(sums, wu).raw, MulAddWords(sums, wv).raw)};
+      c[i] = hn::ShiftRight<kChromaShift>(hn::Add(uv, add));
+    }
+    const size_t i = x / 2;
+    if (step == 1) {
+      StorePlanar(hn::TableLookupBytes(PackCodes(c), order), u + i, v + i);
+    } else {
+      hn::StoreU(InOrder(hn::TableLookupBytes(PackCodes(c), order)), d8, (u < v ? u : v) + 2 * i);
     }
   }
-  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v,
-                               step, x / 2, w);
+  csc::scalar::NewRgbChromaRow(k, {B, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v, step,
+                               x / 2, w);
 }
 #endif  // KELO_X86_RAW
 
