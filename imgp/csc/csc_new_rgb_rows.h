@@ -54,7 +54,7 @@ inline void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t
 
 // Whether the vector rows may run for k (otherwise the entries below run the
 // scalar rows): no input offsets, 8-bit codes, coefficients within 16 bits and
-// every sum within 32.
+// offsets within 2^30 (so every sum stays within 32 bits).
 bool NewRgbRowsVec(const NewMatrix& k);
 
 // scalar::NewRgbLumaRow over [0, n) on the best target.

@@ -23,7 +23,7 @@ const csc::RgbBytes kOrders[] = {{4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3},
 // split them into bytes up to about 8000 and hand larger ones to the scalar
 // rows), offsets of any low bits.
 csc::NewMatrix RandomMatrix(std::mt19937& rng, int32_t span) {
-  std::uniform_int_distribution<int32_t> coef(-span, span), add(-(1 << 25), 1 << 27);
+  std::uniform_int_distribution<int32_t> coef(-span, span), add(-(1 << 30), 1 << 30);
   csc::NewMatrix k{};
   for (int r = 0; r < 3; ++r) {
     for (int j = 0; j < 3; ++j) k.m[r][j] = coef(rng);
