@@ -174,69 +174,85 @@ void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint
 // channels; 16-bit channels (or block sums) times 16-bit coefficients
 // accumulate into 32-bit lanes that start at the offset (vmlal), narrowed by
 // a saturating shift (vqshrun) and a saturating narrowing (vqmovn).
+// The coefficients of row r sit in lanes 0-2 of one register (vmlal by lane:
+// by value, GCC reloads them into the loop).
 template <int kShift>
-HWY_INLINE uint8x8_t Codes(const int16x8_t c[3], const int16_t* m, int32x4_t add) {
-  uint16x4_t half[2];
-  for (int h = 0; h < 2; ++h) {
-    int32x4_t acc = add;
-    for (int j = 0; j < 3; ++j) {
-      acc = vmlal_n_s16(acc, h ? vget_high_s16(c[j]) : vget_low_s16(c[j]), m[j]);
-    }
-    half[h] = vqshrun_n_s32(acc, kShift);
-  }
-  return vqmovn_u16(vcombine_u16(half[0], half[1]));
+HWY_INLINE uint8x8_t Codes(const int16x8_t c[3], int16x4_t m, int32x4_t add) {
+  const auto half = [&](int16x4_t c0, int16x4_t c1, int16x4_t c2) {
+    const int32x4_t acc = vmlal_lane_s16(vmlal_lane_s16(vmlal_lane_s16(add, c0, m, 0), c1, m, 1),
+                                         c2, m, 2);
+    return vqshrun_n_s32(acc, kShift);
+  };
+  return vqmovn_u16(
+      vcombine_u16(half(vget_low_s16(c[0]), vget_low_s16(c[1]), vget_low_s16(c[2])),
+                   half(vget_high_s16(c[0]), vget_high_s16(c[1]), vget_high_s16(c[2]))));
 }
-HWY_INLINE void Coefficients(const NewMatrix& k, int r, int16_t* m) {
-  for (int j = 0; j < 3; ++j) m[j] = static_cast<int16_t>(k.m[r][j]);
+HWY_INLINE int16x4_t Coefficients(const NewMatrix& k, int r) {
+  const int16_t m[4] = {static_cast<int16_t>(k.m[r][0]), static_cast<int16_t>(k.m[r][1]),
+                        static_cast<int16_t>(k.m[r][2]), 0};
+  return vld1_s16(m);
 }
 HWY_INLINE int16x8_t Wide(uint8x8_t c) { return vreinterpretq_s16_u16(vmovl_u8(c)); }
 
+// The loops bump their pointers (post-increment addressing) and stop at the
+// last whole block of 16 pixels.
 template <class Src>
 void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  int16_t m[3];
-  Coefficients(k, 0, m);
+  const int16x4_t m = Coefficients(k, 0);
   const int32x4_t add = vdupq_n_s32(k.add[0] >> 3);
-  size_t x = 0;
-  for (; x + 16 <= n; x += 16) {
+  const size_t n16 = n & ~size_t{15};
+  const uint8_t* p = s;
+  for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
     uint8x16_t r, g, b;
-    RgbChannels<Src>(s + x * Src::kBytes, &r, &g, &b);
+    RgbChannels<Src>(p, &r, &g, &b);
     const int16x8_t lo[3] = {Wide(vget_low_u8(r)), Wide(vget_low_u8(g)), Wide(vget_low_u8(b))};
     const int16x8_t hi[3] = {Wide(vget_high_u8(r)), Wide(vget_high_u8(g)), Wide(vget_high_u8(b))};
-    vst1q_u8(y + x, vcombine_u8(Codes<kLumaShift>(lo, m, add), Codes<kLumaShift>(hi, m, add)));
+    vst1q_u8(py, vcombine_u8(Codes<kLumaShift>(lo, m, add), Codes<kLumaShift>(hi, m, add)));
   }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, n16, n);
 }
 
-template <class Src>
-void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
-                   uint8_t* v, size_t step, size_t w) {
-  int16_t mu[3], mv[3];
-  Coefficients(k, 1, mu);
-  Coefficients(k, 2, mv);
+// Samples [0, n16 / 2) to planes (kOut 0) or pairs, U first (1) or V (2).
+template <class Src, int kOut>
+void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
+                      uint8_t* v, size_t n16) {
+  const int16x4_t mu = Coefficients(k, 1), mv = Coefficients(k, 2);
   const int32x4_t addu = vdupq_n_s32(2 * (k.add[1] >> 2)), addv = vdupq_n_s32(2 * (k.add[2] >> 2));
-  size_t x = 0;
-  for (; x + 16 <= w; x += 16) {
+  constexpr size_t kStep = kOut ? 16 : 8;
+  for (const uint8_t* const end = s0 + n16 * Src::kBytes; s0 != end;
+       s0 += 16 * Src::kBytes, s1 += 16 * Src::kBytes, u += kStep, v += kStep) {
     uint8x16_t c0[3], c1[3];
-    RgbChannels<Src>(s0 + x * Src::kBytes, &c0[0], &c0[1], &c0[2]);
-    RgbChannels<Src>(s1 + x * Src::kBytes, &c1[0], &c1[1], &c1[2]);
+    RgbChannels<Src>(s0, &c0[0], &c0[1], &c0[2]);
+    RgbChannels<Src>(s1, &c1[0], &c1[1], &c1[2]);
     int16x8_t sums[3];
     for (int j = 0; j < 3; ++j) {
       sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
     }
     const uint8x8_t cu = Codes<kChromaShift>(sums, mu, addu);
     const uint8x8_t cv = Codes<kChromaShift>(sums, mv, addv);
-    const size_t i = x / 2;
-    if (step == 1) {
-      vst1_u8(u + i, cu);
-      vst1_u8(v + i, cv);
-    } else if (u < v) {
-      vst2_u8(u + 2 * i, (uint8x8x2_t{{cu, cv}}));
+    if constexpr (kOut == 0) {
+      vst1_u8(u, cu);
+      vst1_u8(v, cv);
+    } else if constexpr (kOut == 1) {
+      vst2_u8(u, (uint8x8x2_t{{cu, cv}}));
     } else {
-      vst2_u8(v + 2 * i, (uint8x8x2_t{{cv, cu}}));
+      vst2_u8(v, (uint8x8x2_t{{cv, cu}}));
     }
   }
+}
+template <class Src>
+void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
+                   uint8_t* v, size_t step, size_t w) {
+  const size_t n16 = w & ~size_t{15};
+  if (step == 1) {
+    ChromaBlocksNeon<Src, 0>(k, s0, s1, u, v, n16);
+  } else if (u < v) {
+    ChromaBlocksNeon<Src, 1>(k, s0, s1, u, v, n16);
+  } else {
+    ChromaBlocksNeon<Src, 2>(k, s0, s1, u, v, n16);
+  }
   csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v,
-                               step, x / 2, w);
+                               step, n16 / 2, w);
 }
 #endif  // HWY_TARGET == HWY_NEON
 
