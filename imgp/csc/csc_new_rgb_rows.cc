@@ -51,19 +51,12 @@ HWY_INLINE VP PackCodes(const VL* c) {
   return VP{RawPackBytes(hn::ReorderDemote2To(dw, c[0], c[1]).raw,
                          hn::ReorderDemote2To(dw, c[2], c[3]).raw)};
 }
-// 3-byte pixels: the second block's 4 start at byte 12.
-HWY_INLINE hn::Vec128<uint8_t> Spread12(hn::Vec128<uint8_t> v) { return v; }
-#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
-HWY_INLINE hn::Vec256<uint8_t> Spread12(hn::Vec256<uint8_t> v) {
-  return hn::Vec256<uint8_t>{
-      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6))};
-}
-#endif
-// The pixels from p on; a 3-byte row reads up to 8 bytes past them.
+// The pixels from p on; a 3-byte row reads up to 8 bytes past them (the
+// second block's 4 pixels start at byte 12).
 template <class Src>
 HWY_INLINE VP LoadPixels(const uint8_t* p) {
   const VP v = hn::LoadU(DP(), p);
-  return Src::kBytes == 4 ? v : Spread12(v);
+  return Src::kBytes == 4 ? v : Groups<0, 1, 2, 3, 3, 4, 5, 6>(v);
 }
 // Whole vectors of pixels while x + Stop <= n (3-byte rows keep 3 pixels,
 // 9 bytes, beyond the last vector for its over-read).

@@ -98,15 +98,21 @@ using DP = hn::Full256<uint8_t>;
 #endif
 using VP = hn::Vec<DP>;
 
-// The 32-bit groups after packing per 128-bit block back in row order: one
-// block is in order; two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
-HWY_INLINE hn::Vec128<uint8_t> InOrder(hn::Vec128<uint8_t> v) { return v; }
+// Across two blocks, the 32-bit groups g0..g7 of v as g[k0] .. g[k7]; one
+// block is left as it is. InOrder puts the groups after packing per 128-bit
+// block back in row order: two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
+template <int k0, int k1, int k2, int k3, int k4, int k5, int k6, int k7>
+HWY_INLINE hn::Vec128<uint8_t> Groups(hn::Vec128<uint8_t> v) {
+  return v;
+}
 #if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
-HWY_INLINE hn::Vec256<uint8_t> InOrder(hn::Vec256<uint8_t> v) {
+template <int k0, int k1, int k2, int k3, int k4, int k5, int k6, int k7>
+HWY_INLINE hn::Vec256<uint8_t> Groups(hn::Vec256<uint8_t> v) {
   return hn::Vec256<uint8_t>{
-      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
+      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(k0, k1, k2, k3, k4, k5, k6, k7))};
 }
 #endif
+HWY_INLINE VP InOrder(VP v) { return Groups<0, 4, 1, 5, 2, 6, 3, 7>(v); }
 
 // Chroma bytes of one packed vector to the two planes: per block 8 U then
 // 8 V. One block holds samples 0..7; two hold 0 1 4 5 8 9 12 13 and 2 3 6 7
