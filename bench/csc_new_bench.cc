@@ -46,6 +46,13 @@ const bool kRegistered = [] {
         libyuv::I010ToARGBMatrix(W(s, 0), s.s(0) / 2, W(s, 1), s.s(1) / 2, W(s, 2), s.s(2) / 2,
                                  d.p(0), d.s(0), &libyuv::kYuv2020Constants, kW, kH);
       });
+  // The same bilinear chroma as ours (the row above replicates chroma).
+  Row("csc_new yuv420p16>bgra8888 filter", "I010ToARGBMatrixFilter", KIMGP_CS_YUV420PLANAR16,
+      KIMGP_CS_BGRA8888, KIMGP_STD_BT2020, [](Frame& s, Frame& d) {
+        libyuv::I010ToARGBMatrixFilter(W(s, 0), s.s(0) / 2, W(s, 1), s.s(1) / 2, W(s, 2),
+                                       s.s(2) / 2, d.p(0), d.s(0), &libyuv::kYuv2020Constants, kW,
+                                       kH, libyuv::kFilterBilinear);
+      });
   Row("csc_new p010le>bgra8888", "P010ToARGBMatrixFilter", KIMGP_CS_P010LE, KIMGP_CS_BGRA8888,
       KIMGP_STD_BT2020, [](Frame& s, Frame& d) {
         libyuv::P010ToARGBMatrixFilter(W(s, 0), s.s(0) / 2, W(s, 1), s.s(1) / 2, d.p(0), d.s(0),

@@ -139,10 +139,9 @@ Peer Conv(int (*f)(C, int, C, int, P, int, P, int, P, int, int, int)) {
   };
 }
 
-void Csc(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer,
-         int32_t (*ours)(const kimgp_img*, kimgp_img*) = kimgp_csc) {
+void Csc(const char* name, const char* peer_name, int32_t scs, int32_t dcs, Peer peer) {
   Add(name, peer_name, scs, kW, kH, dcs, kW, kH,
-      [ours](Job& j) { ours(&j.src.img, &j.dst.img); },
+      [](Job& j) { kimgp_csc(&j.src.img, &j.dst.img); },
       [peer](Job& j) { peer(j.src, j.dst); });
 }
 
@@ -167,8 +166,6 @@ void AddCsc() {
   Csc("csc rgba8888>yuv420", "ABGRToI420", 500, 1, Conv(libyuv::ABGRToI420));
   Csc("csc bgra8888>yuv420", "ARGBToI420", 501, 1, Conv(libyuv::ARGBToI420));
   Csc("csc rgba8888>nv12", "ABGRToNV12", 500, 6, Conv(libyuv::ABGRToNV12));
-  Csc("csc_new bgra8888>yuv420", "ARGBToI420", 501, 1, Conv(libyuv::ARGBToI420), kimgp_csc_new);
-  Csc("csc_new rgba8888>nv12", "ABGRToNV12", 500, 6, Conv(libyuv::ABGRToNV12), kimgp_csc_new);
   Csc("csc rgb565>yuv420", "RGB565ToI420", 200, 1, Conv(libyuv::RGB565ToI420));
   Csc("csc yuv420>nv12", "I420ToNV12", 1, 6, Conv(libyuv::I420ToNV12));
   Csc("csc nv12>yuv420", "NV12ToI420", 6, 1, Conv(libyuv::NV12ToI420));
@@ -188,6 +185,47 @@ void AddCsc() {
     libyuv::P010ToARGBMatrix(W(i.plane[0]), i.stride[0] / 2, W(i.plane[1]), i.stride[1] / 2,
                              d.p(0), d.s(0), &libyuv::kYvu2020Constants, kW, kH);
   });
+}
+
+// kimgp_csc_new beside libyuv's matrix and filter calls (libyuv's ARGB is
+// our BGRA8888).
+void CscNew(const char* name, const char* peer_name, int32_t scs, int32_t dcs, int32_t std,
+            Peer peer) {
+  Add(name, peer_name, scs, kW, kH, dcs, kW, kH,
+      [std](Job& j) {
+        j.src.img.std = j.dst.img.std = std;
+        kimgp_csc_new(&j.src.img, &j.dst.img);
+      },
+      [peer](Job& j) { peer(j.src, j.dst); });
+}
+
+void AddCscNew() {
+  using W = const uint16_t*;
+  CscNew("csc_new yuv420>bgra8888", "I420ToARGBMatrixFilter", 1, 501, 0,
+         [](const Frame& s, Frame& d) {
+           const kimgp_img& i = s.img;
+           libyuv::I420ToARGBMatrixFilter(i.plane[0], i.stride[0], i.plane[1], i.stride[1],
+                                          i.plane[2], i.stride[2], d.p(0), d.s(0),
+                                          &libyuv::kYuvI601Constants, kW, kH,
+                                          libyuv::kFilterBilinear);
+         });
+  CscNew("csc_new bgra8888>yuv420", "ARGBToI420", 501, 1, 0, Conv(libyuv::ARGBToI420));
+  CscNew("csc_new rgba8888>nv12", "ABGRToNV12", 500, 6, 0, Conv(libyuv::ABGRToNV12));
+  CscNew("csc_new yuv420p16>bgra8888", "I010ToARGBMatrix", 600, 501, 20,
+         [](const Frame& s, Frame& d) {
+           const kimgp_img& i = s.img;
+           libyuv::I010ToARGBMatrix(W(i.plane[0]), i.stride[0] / 2, W(i.plane[1]),
+                                    i.stride[1] / 2, W(i.plane[2]), i.stride[2] / 2, d.p(0),
+                                    d.s(0), &libyuv::kYuv2020Constants, kW, kH);
+         });
+  CscNew("csc_new p010le>bgra8888", "P010ToARGBMatrixFilter", 601, 501, 20,
+         [](const Frame& s, Frame& d) {
+           const kimgp_img& i = s.img;
+           libyuv::P010ToARGBMatrixFilter(W(i.plane[0]), i.stride[0] / 2, W(i.plane[1]),
+                                          i.stride[1] / 2, d.p(0), d.s(0),
+                                          &libyuv::kYuv2020Constants, kW, kH,
+                                          libyuv::kFilterBilinear);
+         });
 }
 
 void I420Copy(const Frame& s, int sx, int sy, Frame& d, int dx, int dy, int w, int h) {
@@ -428,6 +466,7 @@ void AddUnpaired() {
 int main(int argc, char** argv) {
   using kelo::bench::Rows;
   kelo::bench::AddCsc();
+  kelo::bench::AddCscNew();
   kelo::bench::AddCopy();
   kelo::bench::AddRot();
   kelo::bench::AddRsz();

@@ -111,6 +111,7 @@ struct Plan {
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
   NewMatrix k;             // matrix mode
   bool vec;                // k fits the vector rows
+  bool fused;              // YUV to RGB by RunFused
   Range sr, dr;            // YUV sides' ranges (rescale: the spans' ratios)
   int32_t dmax;            // largest code of the destination
 };
@@ -178,11 +179,6 @@ void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
 
 // ---- Unpack: one row of a source into eighths of a code. ----
 
-int32_t Sample(const uint8_t* row, int32_t i, int wide) {
-  if (wide == 0) return row[i];
-  const int32_t word = row[2 * i] | (row[2 * i + 1] << 8);
-  return wide == 1 ? (word & 1023) : (word >> 6);
-}
 void PutSample(uint8_t* row, int32_t i, int wide, int32_t v) {
   if (wide == 0) {
     row[i] = static_cast<uint8_t>(v);
@@ -205,7 +201,7 @@ void Load8(const uint8_t* row, int32_t i0, int32_t step, int wide, int32_t n, in
   if (wide == 0) {
     for (int32_t x = 0; x < n; ++x) out[x] = 8 * row[i0 + x * step];
   } else {
-    for (int32_t x = 0; x < n; ++x) out[x] = 8 * Sample(row, i0 + x * step, wide);
+    for (int32_t x = 0; x < n; ++x) out[x] = 8 * scalar::NewSample(row, static_cast<size_t>(i0 + x * step), wide);
   }
 }
 
@@ -263,28 +259,30 @@ void LoadRgb(const kimgp_img& s, const Layout& l, int32_t y, int32_t w, int32_t*
 // mean of k and k + 1; luma row 2j takes 3/4 of chroma row j and 1/4 of j - 1,
 // row 2j + 1 3/4 of j and 1/4 of j + 1. Reducing: means of pairs. Indices
 // past an edge take the last sample.
+// The source chroma rows ra and rb of target row ty and the weight of ra (of
+// 4), for ChromaOnGrid.
+void ChromaRows(const Plan& p, int32_t ty, bool half_v, int32_t* ra, int32_t* rb, int32_t* wa) {
+  const Layout& l = *p.s;
+  const int32_t ch = l.ys ? HalfUp(p.h) : p.h;
+  *wa = 2;
+  if (!half_v && l.ys) {
+    *ra = ty >> 1;
+    *rb = (ty & 1) ? Min(*ra + 1, ch - 1) : Max(*ra - 1, 0);
+    *wa = 3;
+  } else if (half_v == (l.ys != 0)) {
+    *ra = *rb = ty;
+  } else {
+    *ra = 2 * ty;
+    *rb = Min(*ra + 1, ch - 1);
+  }
+}
+
 void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bool half_h,
                   int32_t* tmp, int32_t* u, int32_t* v) {
   const Layout& l = *p.s;
-  const int32_t cw = l.xs ? HalfUp(p.w) : p.w, ch = l.ys ? HalfUp(p.h) : p.h;
-  int32_t ra, rb, wa;  // rows and the weight of ra (of 4)
-  if (!half_v) {
-    if (l.ys) {
-      ra = ty >> 1;
-      rb = (ty & 1) ? Min(ra + 1, ch - 1) : Max(ra - 1, 0);
-      wa = 3;
-    } else {
-      ra = rb = ty;
-      wa = 2;
-    }
-  } else if (l.ys) {
-    ra = rb = ty;
-    wa = 2;
-  } else {
-    ra = 2 * ty;
-    rb = Min(ra + 1, ch - 1);
-    wa = 2;
-  }
+  const int32_t cw = l.xs ? HalfUp(p.w) : p.w;
+  int32_t ra, rb, wa;
+  ChromaRows(p, ty, half_v, &ra, &rb, &wa);
   // Rows in eighths of a code: the weighted sums of quarters and halves of
   // them stay whole, so nothing rounds here.
   int32_t *ua = tmp, *va = tmp + cw, *ub = tmp + 2 * cw, *vb = tmp + 3 * cw;
@@ -387,13 +385,13 @@ void StoreRgb(kimgp_img& d, const Layout& l, int32_t y, int32_t w, const int32_t
 
 // 3- and 4-byte RGB pixels to 8-bit planar or semi-planar YUV: row y's luma,
 // and the chroma row starting there, straight from the pixels.
-bool FusedRgb(const Plan& p) {
+bool RgbToYuvFused(const Plan& p) {
   return IsRgb(*p.s) && p.s->px >= 3 && !IsRgb(*p.d) && !p.d->wide && p.d->kind != Kind::kPacked;
 }
-void FusedRgbRow(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t y) {
+void RgbToYuvFusedRow(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t y) {
   const Layout& sl = *p.s;
   const Layout& dl = *p.d;
-  const RgbBytes o{sl.px, sl.r, sl.g, sl.b};
+  const NewRgbOrder o{sl.px, sl.r, sl.g, sl.b, sl.a};
   NewRgbLumaRow(p.k, o, RowOf(s, 0, y), RowOf(d, 0, y), static_cast<size_t>(p.w));
   if (dl.kind == Kind::kLuma || (dl.ys && (y & 1))) return;
   const int32_t cy = dl.ys ? y >> 1 : y, y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
@@ -408,7 +406,40 @@ void FusedRgbRow(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t y) {
 // Int32 rows of the call: 16 rows of w.
 constexpr int kRows = 16;
 
+// Planar and semi-planar YUV to 24- and 32-bit RGB: per row, each chroma
+// channel blended vertically on the source's chroma grid, then one fused row.
+void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
+  const Layout& l = *p.s;
+  const int32_t w = p.w, cw = l.xs ? HalfUp(w) : w;
+  int16_t* cu = reinterpret_cast<int16_t*>(buf);  // cw + 1 samples each
+  int16_t* cv = cu + cw + 1;
+  const NewRgbOrder order{p.d->px, p.d->r, p.d->g, p.d->b, p.d->a};
+  const int32_t off8 = 8 * p.sr.coff;
+  const size_t n = static_cast<size_t>(cw);
+  for (int32_t y = 0; y < p.h; ++y) {
+    int32_t ra, rb, wa;
+    ChromaRows(p, y, false, &ra, &rb, &wa);
+    if (l.kind == Kind::kPlanar) {
+      int16_t* out[2] = {cu, cv};
+      for (int c = 0; c < 2; ++c) {
+        NewChromaRow(RowOf(s, l.ci[c], ra), RowOf(s, l.ci[c], rb), wa, 1, l.wide, off8, out[c],
+                     nullptr, n);
+      }
+    } else {
+      const bool u_first = l.ci[0] == 0;
+      NewChromaRow(RowOf(s, 1, ra), RowOf(s, 1, rb), wa, 2, l.wide, off8, u_first ? cu : cv,
+                   u_first ? cv : cu, n);
+    }
+    NewYuvToRgbRow(p.k, RowOf(s, 0, y), l.wide, cu, cv, l.xs != 0, order, RowOf(d, 0, y),
+                   static_cast<size_t>(w));
+  }
+}
+
 void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
+  if (p.fused) {
+    RunFused(p, s, d, buf);
+    return;
+  }
   const int32_t w = p.w;
   int32_t* tmp = buf;            // 4 rows: raw chroma
   int32_t* c[3] = {buf + 4 * w, buf + 5 * w, buf + 6 * w};   // source channels
@@ -419,8 +450,8 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   for (int32_t y = 0; y < p.h; ++y) {
     // Full-resolution source channels of row y.
     if (srgb) {
-      if (FusedRgb(p)) {
-        FusedRgbRow(p, s, d, y);
+      if (RgbToYuvFused(p)) {
+        RgbToYuvFusedRow(p, s, d, y);
         continue;
       }
       LoadRgb(s, *p.s, y, w, c[0], c[1], c[2]);
@@ -516,6 +547,8 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   p.dmax = drgb ? 255 : (1 << Depth(*dl)) - 1;
   p.rescale = !srgb && !drgb && src->std == dst->std;
   if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
+  p.fused = !srgb && drgb && (sl->kind == Kind::kPlanar || sl->kind == Kind::kSemi) &&
+            dl->px >= 3 && p.vec && NewYuvToRgbFits(p.k);
   // A width whose rows the address space cannot hold is memory not had.
   if (static_cast<uint64_t>(w) > SIZE_MAX / (sizeof(int32_t) * kRows)) return KIMGP_ERR_ARGS;
   int32_t* buf = static_cast<int32_t*>(HeapAlloc(sizeof(int32_t) * kRows * static_cast<size_t>(w)));

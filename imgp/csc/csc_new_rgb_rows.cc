@@ -27,7 +27,7 @@ namespace kelo {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using csc::NewMatrix;
-using csc::RgbBytes;
+using csc::NewRgbOrder;
 
 constexpr int kLumaShift = csc::kNewShift - 3, kChromaShift = csc::kNewShift - 1;
 
@@ -47,9 +47,7 @@ HWY_INLINE VL MulAddWords(VW a, VW b) { return VL{RawMulAddWords(a.raw, b.raw)};
 // Codes of 4 vectors of int32 lanes as saturated bytes, per 128-bit block
 // (InOrder puts them in row order).
 HWY_INLINE VP PackCodes(const VL* c) {
-  const DW dw;
-  return VP{RawPackBytes(hn::ReorderDemote2To(dw, c[0], c[1]).raw,
-                         hn::ReorderDemote2To(dw, c[2], c[3]).raw)};
+  return VP{RawPackBytes(RawPackWords(c[0].raw, c[1].raw), RawPackWords(c[2].raw, c[3].raw))};
 }
 // The pixels from p on; a 3-byte row reads up to 8 bytes past them (the
 // second block's 4 pixels start at byte 12).
@@ -97,7 +95,7 @@ void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
     }
     hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
   }
-  csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi}, s, y, x, n);
+  csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, x, n);
 }
 
 // The coefficients of row r as words at the pixel's byte places, twice.
@@ -157,7 +155,7 @@ void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint
       hn::StoreU(InOrder(hn::TableLookupBytes(PackCodes(c), order)), d8, (u < v ? u : v) + 2 * i);
     }
   }
-  csc::scalar::NewRgbChromaRow(k, {B, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v, step,
+  csc::scalar::NewRgbChromaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v, step,
                                x / 2, w);
 }
 #endif  // KELO_X86_RAW
@@ -202,7 +200,7 @@ void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
     const int16x8_t hi[3] = {Wide(vget_high_u8(r)), Wide(vget_high_u8(g)), Wide(vget_high_u8(b))};
     vst1q_u8(py, vcombine_u8(Codes<kLumaShift>(lo, m, add), Codes<kLumaShift>(hi, m, add)));
   }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s, y, n16, n);
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n16, n);
 }
 
 // Samples [0, n16 / 2) to planes (kOut 0) or pairs, U first (1) or V (2).
@@ -244,26 +242,26 @@ void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uin
   } else {
     ChromaBlocksNeon<Src, 2>(k, s0, s1, u, v, n16);
   }
-  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi}, s0, s1, 2, u, v,
+  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v,
                                step, n16 / 2, w);
 }
 #endif  // HWY_TARGET == HWY_NEON
 
 // Calls f with a value of the pixel order o names; false for none.
 template <class Src, class F>
-bool WithOrder(const RgbBytes& o, F&& f) {
+bool WithOrder(const NewRgbOrder& o, F&& f) {
   if (o.px != Src::kBytes || o.r != Src::kRi || o.g != Src::kGi || o.b != Src::kBi) return false;
   f(Src{});
   return true;
 }
 template <class F>
-bool WithAnyOrder(const RgbBytes& o, F&& f) {
+bool WithAnyOrder(const NewRgbOrder& o, F&& f) {
   return WithOrder<csc::Rgba8888>(o, f) || WithOrder<csc::Bgra8888>(o, f) ||
          WithOrder<csc::Argb8888>(o, f) || WithOrder<csc::Abgr8888>(o, f) ||
          WithOrder<csc::Rgb888>(o, f) || WithOrder<csc::Bgr888>(o, f);
 }
 
-void NewRgbLumaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y,
+void NewRgbLumaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
                       size_t n) {
 #if KELO_X86_RAW || HWY_TARGET == HWY_NEON
   const bool done = csc::NewRgbRowsVec(k) && WithAnyOrder(o, [&](auto src) {
@@ -278,7 +276,7 @@ void NewRgbLumaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, u
   csc::scalar::NewRgbLumaRow(k, o, s, y, 0, n);
 }
 
-void NewRgbChromaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0,
+void NewRgbChromaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
                         const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
                         size_t w) {
 #if KELO_X86_RAW || HWY_TARGET == HWY_NEON
@@ -303,11 +301,11 @@ HWY_AFTER_NAMESPACE();
 namespace kelo {
 namespace csc {
 namespace scalar {
-inline void NewRgbLumaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y,
+inline void NewRgbLumaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
                              size_t n) {
   NewRgbLumaRow(k, o, s, y, 0, n);
 }
-inline void NewRgbChromaRowVec(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0,
+inline void NewRgbChromaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
                                const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
                                size_t w) {
   NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
@@ -329,10 +327,10 @@ bool NewRgbRowsVec(const NewMatrix& k) {
   }
   return ok;
 }
-void NewRgbLumaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y, size_t n) {
+void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n) {
   KELO_VEC_CALL(NewRgbLumaRowVec, scalar::NewRgbLumaRowVec)(k, o, s, y, n);
 }
-void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0, const uint8_t* s1,
+void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w) {
   KELO_VEC_CALL(NewRgbChromaRowVec, scalar::NewRgbChromaRowVec)(k, o, s0, s1, sub, u, v, step, w);
 }

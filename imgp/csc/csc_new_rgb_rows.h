@@ -13,18 +13,13 @@
 namespace kelo {
 namespace csc {
 
-// Bytes per pixel (3 or 4) and the bytes of red, green and blue.
-struct RgbBytes {
-  int px, r, g, b;
-};
-
 namespace scalar {
 // Output row r of the map at the pixel p (channels times 8).
-inline int64_t NewRgbAcc(const NewMatrix& k, const RgbBytes& o, int r, const uint8_t* p) {
+inline int64_t NewRgbAcc(const NewMatrix& k, const NewRgbOrder& o, int r, const uint8_t* p) {
   return NewAcc(k, r, 8 * p[o.r], 8 * p[o.g], 8 * p[o.b]);
 }
 // y[x] = luma code of pixel x of row s, for x in [x0, n).
-inline void NewRgbLumaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y,
+inline void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
                           size_t x0, size_t n) {
   for (size_t x = x0; x < n; ++x) {
     y[x] = static_cast<uint8_t>(NewClamp(NewRgbAcc(k, o, 0, s + x * o.px) >> kNewShift, k.hi));
@@ -35,7 +30,7 @@ inline void NewRgbLumaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* 
 // s0 and s1 (one row twice when chroma keeps every row). Each pixel's
 // accumulator is taken in quarters, the four are summed, shifted and clamped.
 // U goes to u[i * step], V to v[i * step].
-inline void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0,
+inline void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
                             const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
                             size_t i0, size_t w) {
   const size_t cw = (w + sub - 1) / sub;
@@ -58,9 +53,9 @@ inline void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t
 bool NewRgbRowsVec(const NewMatrix& k);
 
 // scalar::NewRgbLumaRow over [0, n) on the best target.
-void NewRgbLumaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s, uint8_t* y, size_t n);
+void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
 // scalar::NewRgbChromaRow over [0, cw) on the best target.
-void NewRgbChromaRow(const NewMatrix& k, const RgbBytes& o, const uint8_t* s0, const uint8_t* s1,
+void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
 
 }  // namespace csc

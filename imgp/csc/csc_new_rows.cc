@@ -9,6 +9,7 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "common/internal/x86_raw-inl.h"
 #include "imgp/csc/csc_new_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -37,10 +38,355 @@ void NewMatrixRowVec(const csc::NewMatrix& k, int r, const int32_t* c0, const in
   }
   csc::scalar::NewMatrixRow(k, r, c0, c1, c2, o, x, n);
 }
-#else   // HWY_SCALAR: the scalar row.
+
+// ---- Chroma rows. ----
+
+// 16-bit lanes of whole 256-bit registers where there are any (AVX-512
+// included: the rows are short), else of 128-bit ones.
+#if HWY_TARGET <= HWY_AVX2
+using DW = hn::Full256<int16_t>;
+#else
+using DW = hn::Full128<int16_t>;
+#endif
+using VW = hn::Vec<DW>;
+using DB = hn::Repartition<uint8_t, DW>;
+using DUW = hn::RebindToUnsigned<DW>;
+
+// Codes in 16-bit lanes from a run of 16-bit words (wide 1: 10 bits low, 2:
+// 10 bits high).
+HWY_INLINE VW Codes(hn::Vec<DUW> words, int wide) {
+  const DW d;
+  const DUW du;
+  return hn::BitCast(d, wide == 1 ? hn::And(words, hn::Set(du, 1023)) : hn::ShiftRight<6>(words));
+}
+
+void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                     int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
+  const DW d;
+  const DUW du;
+  const DB d8;
+  const hn::Rebind<uint8_t, DW> dh8;
+  const size_t L = hn::Lanes(d);
+  const VW ka = hn::Set(d, static_cast<int16_t>(wa)), kb = hn::Set(d, static_cast<int16_t>(4 - wa));
+  const VW off = hn::Set(d, static_cast<int16_t>(off8));
+  const auto blend = [&](VW a, VW b) {
+    return hn::Sub(hn::ShiftLeft<1>(hn::Add(hn::Mul(a, ka), hn::Mul(b, kb))), off);
+  };
+  const auto words = [&](const uint8_t* p) { return hn::BitCast(du, hn::LoadU(d8, p)); };
+  size_t k = 0;
+#if HWY_TARGET == HWY_NEON
+  if (wide == 0) {
+    // 2 wa a + 2 (4 - wa) b - off8 as widening products of bytes.
+    const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(2 * wa));
+    const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(8 - 2 * wa));
+    const auto row = [&](uint8x8_t a, uint8x8_t b) {
+      return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off.raw);
+    };
+    if (pack == 1) {
+      for (; k + 8 <= cw; k += 8) vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
+    } else {
+      for (; k + 8 <= cw; k += 8) {
+        const uint8x8x2_t a = vld2_u8(ra + 2 * k), b = vld2_u8(rb + 2 * k);
+        vst1q_s16(out0 + k, row(a.val[0], b.val[0]));
+        vst1q_s16(out1 + k, row(a.val[1], b.val[1]));
+      }
+    }
+  }
+#endif
+  if (pack == 1 && wide == 0) {
+    for (; k + L <= cw; k += L) {
+      hn::StoreU(blend(hn::PromoteTo(d, hn::LoadU(dh8, ra + k)), hn::PromoteTo(d, hn::LoadU(dh8, rb + k))),
+                 d, out0 + k);
+    }
+  } else if (pack == 1) {
+    for (; k + L <= cw; k += L) {
+      hn::StoreU(blend(Codes(words(ra + 2 * k), wide), Codes(words(rb + 2 * k), wide)), d, out0 + k);
+    }
+  } else if (wide == 0) {
+    // Byte pairs as words: the even sample low, the odd one high.
+    const auto lo = hn::Set(du, 0xFF);
+    for (; k + L <= cw; k += L) {
+      const auto a = words(ra + 2 * k), b = words(rb + 2 * k);
+      hn::StoreU(blend(hn::BitCast(d, hn::And(a, lo)), hn::BitCast(d, hn::And(b, lo))), d, out0 + k);
+      hn::StoreU(blend(hn::BitCast(d, hn::ShiftRight<8>(a)), hn::BitCast(d, hn::ShiftRight<8>(b))), d,
+                 out1 + k);
+    }
+  } else {
+    for (; k + L <= cw; k += L) {
+      hn::Vec<DUW> a0, a1, b0, b1;
+      hn::LoadInterleaved2(du, reinterpret_cast<const uint16_t*>(ra) + 2 * k, a0, a1);
+      hn::LoadInterleaved2(du, reinterpret_cast<const uint16_t*>(rb) + 2 * k, b0, b1);
+      hn::StoreU(blend(Codes(a0, wide), Codes(b0, wide)), d, out0 + k);
+      hn::StoreU(blend(Codes(a1, wide), Codes(b1, wide)), d, out1 + k);
+    }
+  }
+  csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, k, cw);
+}
+
+// ---- The fused YUV to RGB row. ----
+//
+// Each step takes 2 L pixels as two vectors of 16-bit lanes, A and B, that
+// hold within every 128-bit block the block's half of the step (A: pixels
+// 0-7 and 16-23 of a 256-bit step, B: 8-15 and 24-31): the arrangement in
+// which interleaving luma with chroma, summing products in pairs and packing
+// back keep the pixels in order, and packing A with B gives the step's bytes
+// in order.
+
+#if HWY_TARGET <= HWY_AVX2
+// Whole vectors v0 (pixels 0 .. L-1) and v1 (L .. 2L-1) into the A and B
+// arrangement.
+HWY_INLINE void Arrange(VW v0, VW v1, VW* a, VW* b) {
+  const DW d;
+  *a = hn::ConcatLowerLower(d, v1, v0);
+  *b = hn::ConcatUpperUpper(d, v1, v0);
+}
+#else
+HWY_INLINE void Arrange(VW v0, VW v1, VW* a, VW* b) {
+  *a = v0;
+  *b = v1;
+}
+#endif
+
+// Luma of a step in eighths less the offset, and its chroma, in the A and B
+// arrangement.
+struct Step {
+  VW y[2], u[2], v[2];
+};
+
+HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int16_t* v, bool half,
+                         size_t x, int16_t yoff8, Step* s) {
+  const DW d;
+  const DB d8;
+  const DUW du;
+  const size_t L = hn::Lanes(d);
+  const VW off = hn::Set(d, yoff8);
+  if (wide == 0) {
+#if HWY_TARGET == HWY_NEON
+    // Widened and times 8 in one step (vshll).
+    const uint8x16_t y8 = vld1q_u8(y + x);
+    s->y[0] = VW(vsubq_s16(vreinterpretq_s16_u16(vshll_n_u8(vget_low_u8(y8), 3)), off.raw));
+    s->y[1] = VW(vsubq_s16(vreinterpretq_s16_u16(vshll_n_u8(vget_high_u8(y8), 3)), off.raw));
+#else
+    const auto y8 = hn::LoadU(d8, y + x), zero = hn::Zero(d8);
+    s->y[0] = hn::Sub(hn::ShiftLeft<3>(hn::BitCast(d, hn::InterleaveLower(d8, y8, zero))), off);
+    s->y[1] = hn::Sub(hn::ShiftLeft<3>(hn::BitCast(d, hn::InterleaveUpper(d8, y8, zero))), off);
+#endif
+  } else {
+    Arrange(Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x)), wide),
+            Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x + 2 * L)), wide), &s->y[0], &s->y[1]);
+    for (VW& yv : s->y) yv = hn::Sub(hn::ShiftLeft<3>(yv), off);
+  }
+  const int16_t* c[2] = {u, v};
+  VW* out[2] = {s->u, s->v};
+  for (int i = 0; i < 2; ++i) {
+    if (half) {
+#if HWY_TARGET == HWY_NEON
+      // The halving add and one zip giving both halves.
+      const int16x8_t a = vld1q_s16(c[i] + x / 2);
+      const int16x8x2_t z = vzipq_s16(a, vhaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1)));
+      out[i][0] = VW(z.val[0]);
+      out[i][1] = VW(z.val[1]);
+#else
+      const VW a = hn::LoadU(d, c[i] + x / 2), an = hn::LoadU(d, c[i] + x / 2 + 1);
+      const VW mid = hn::ShiftRight<1>(hn::Add(a, an));
+      out[i][0] = hn::InterleaveLower(d, a, mid);
+      out[i][1] = hn::InterleaveUpper(d, a, mid);
+#endif
+    } else {
+      Arrange(hn::LoadU(d, c[i] + x), hn::LoadU(d, c[i] + x + L), &out[i][0], &out[i][1]);
+    }
+  }
+}
+
+// The map's 16-bit coefficients. Red takes Y and V, blue Y and U, green all
+// three; a coefficient too wide for 16 bits is split in two halves (hi + lo),
+// else it is hi and lo is 0.
+struct Coefs {
+  int16_t y, rv_hi, rv_lo, gu, gv, bu_hi, bu_lo;
+  int32_t add;
+};
+Coefs CoefsOf(const csc::NewMatrix& k) {
+  const auto c = [](int32_t v) { return static_cast<int16_t>(v); };
+  const auto hi = [](int32_t v) { return static_cast<int16_t>(v == int16_t(v) ? v : v / 2); };
+  const auto lo = [](int32_t v) { return static_cast<int16_t>(v == int16_t(v) ? 0 : v - v / 2); };
+  return {c(k.m[0][0]), hi(k.m[0][2]), lo(k.m[0][2]), c(k.m[1][1]),
+          c(k.m[1][2]), hi(k.m[2][1]), lo(k.m[2][1]), k.add[0]};
+}
+
+#if HWY_TARGET == HWY_NEON
+// The coefficients as lanes of two d registers: a product by a lane takes no
+// register moves.
+struct CoefRegs {
+  int16x4_t m0, m1;  // y, rv_hi, gu, gv; bu_hi, rv_lo, bu_lo
+  bool r_split, b_split;
+};
+HWY_INLINE CoefRegs Regs(const Coefs& k) {
+  const int16_t c0[4] = {k.y, k.rv_hi, k.gu, k.gv}, c1[4] = {k.bu_hi, k.rv_lo, k.bu_lo, 0};
+  return {vld1_s16(c0), vld1_s16(c1), k.rv_lo != 0, k.bu_lo != 0};
+}
+// Red, green and blue of four pixels, each sum started from its chroma
+// products so that luma accumulates in place. The rounding half is left to
+// the narrowing: floor(acc / 2^16) rounded by one more halving equals
+// floor((acc + 2^16) / 2^17).
+HWY_INLINE void Quad(int16x4_t y, int16x4_t u, int16x4_t v, const CoefRegs& c, int16x4_t* r,
+                     int16x4_t* g, int16x4_t* b) {
+  int32x4_t rs = vmull_lane_s16(v, c.m0, 1), bs = vmull_lane_s16(u, c.m1, 0);
+  if (c.r_split) rs = vmlal_lane_s16(rs, v, c.m1, 1);
+  if (c.b_split) bs = vmlal_lane_s16(bs, u, c.m1, 2);
+  const int32x4_t gs = vmlal_lane_s16(vmull_lane_s16(u, c.m0, 2), v, c.m0, 3);
+  *r = vqshrn_n_s32(vmlal_lane_s16(rs, y, c.m0, 0), csc::kNewShift - 1);
+  *g = vqshrn_n_s32(vmlal_lane_s16(gs, y, c.m0, 0), csc::kNewShift - 1);
+  *b = vqshrn_n_s32(vmlal_lane_s16(bs, y, c.m0, 0), csc::kNewShift - 1);
+}
+// Converts and stores the step's 16 pixels, eight at a time (A is pixels
+// 0-7, B 8-15).
+template <int kPx, int kR, int kG, int kB, int kA>
+HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
+  for (int i = 0; i < 2; ++i) {
+    int16x4_t r[2], g[2], b[2];
+    for (int j = 0; j < 2; ++j) {
+      Quad(j ? vget_high_s16(s.y[i].raw) : vget_low_s16(s.y[i].raw),
+           j ? vget_high_s16(s.u[i].raw) : vget_low_s16(s.u[i].raw),
+           j ? vget_high_s16(s.v[i].raw) : vget_low_s16(s.v[i].raw), c, &r[j], &g[j], &b[j]);
+    }
+    uint8x8_t ch[4];
+    ch[kR] = vqrshrun_n_s16(vcombine_s16(r[0], r[1]), 1);
+    ch[kG] = vqrshrun_n_s16(vcombine_s16(g[0], g[1]), 1);
+    ch[kB] = vqrshrun_n_s16(vcombine_s16(b[0], b[1]), 1);
+    if (kPx == 4) {
+      ch[kA] = vdup_n_u8(255);
+      vst4_u8(q + 32 * i, (uint8x8x4_t{{ch[0], ch[1], ch[2], ch[3]}}));
+    } else {
+      vst3_u8(q + 24 * i, (uint8x8x3_t{{ch[0], ch[1], ch[2]}}));
+    }
+  }
+}
+#define KELO_NEW_FUSED 1
+#elif KELO_X86_RAW
+// Sums of products in pairs (pmaddwd): the luma part and the constant once
+// from luma interleaved with a constant lane K (add = K c), the chroma parts
+// from U interleaved with V; a coefficient too wide for 16 bits takes a
+// second sum.
+constexpr int16_t kConstLane = 4;
+HWY_INLINE VW Pair(int16_t a, int16_t b) {
+  const hn::Repartition<int32_t, DW> dl;
+  return hn::BitCast(DW(), hn::Set(dl, static_cast<int32_t>(static_cast<uint16_t>(a) |
+                                                        (static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16))));
+}
+struct CoefRegs {
+  VW luma, r1, r2, g, b1, b2;
+  bool r_split, b_split;
+};
+HWY_INLINE CoefRegs Regs(const Coefs& k) {
+  return {Pair(k.y, static_cast<int16_t>(k.add / kConstLane)),
+          Pair(0, k.rv_hi), Pair(0, k.rv_lo), Pair(k.gu, k.gv), Pair(k.bu_hi, 0), Pair(k.bu_lo, 0),
+          k.rv_lo != 0, k.bu_lo != 0};
+}
+HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
+                        hn::Vec<DB>* b) {
+  const DW d;
+  const hn::Repartition<int32_t, DW> dl;
+  using VL = hn::Vec<decltype(dl)>;
+  const VW kc = hn::Set(d, kConstLane);
+  const auto madd = [](VW a, VW m) { return VL{RawMulAddWords(a.raw, m.raw)}; };
+  VW rw[2], gw[2], bw[2];
+  for (int i = 0; i < 2; ++i) {
+    VL rl[2], gl[2], bl[2];
+    for (int h = 0; h < 2; ++h) {
+      const VW yk = h ? hn::InterleaveUpper(d, s.y[i], kc) : hn::InterleaveLower(d, s.y[i], kc);
+      const VW uv = h ? hn::InterleaveUpper(d, s.u[i], s.v[i]) : hn::InterleaveLower(d, s.u[i], s.v[i]);
+      const VL ly = madd(yk, k.luma);
+      VL rs = hn::Add(ly, madd(uv, k.r1)), bs = hn::Add(ly, madd(uv, k.b1));
+      if (k.r_split) rs = hn::Add(rs, madd(uv, k.r2));
+      if (k.b_split) bs = hn::Add(bs, madd(uv, k.b2));
+      rl[h] = hn::ShiftRight<csc::kNewShift>(rs);
+      gl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.g)));
+      bl[h] = hn::ShiftRight<csc::kNewShift>(bs);
+    }
+    rw[i] = VW{RawPackWords(rl[0].raw, rl[1].raw)};
+    gw[i] = VW{RawPackWords(gl[0].raw, gl[1].raw)};
+    bw[i] = VW{RawPackWords(bl[0].raw, bl[1].raw)};
+  }
+  *r = hn::Vec<DB>{RawPackBytes(rw[0].raw, rw[1].raw)};
+  *g = hn::Vec<DB>{RawPackBytes(gw[0].raw, gw[1].raw)};
+  *b = hn::Vec<DB>{RawPackBytes(bw[0].raw, bw[1].raw)};
+}
+// Converts and stores the step's 2 L pixels.
+template <int kPx, int kR, int kG, int kB, int kA>
+HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
+  const DB d8;
+  hn::Vec<DB> ch[4];
+  StepRgb(s, c, &ch[kR], &ch[kG], &ch[kB]);
+  if (kPx == 4) {
+    ch[kA] = hn::Set(d8, 255);
+    hn::StoreInterleaved4(ch[0], ch[1], ch[2], ch[3], d8, q);
+  } else {
+    hn::StoreInterleaved3(ch[0], ch[1], ch[2], d8, q);
+  }
+}
+#define KELO_NEW_FUSED 1
+#else
+#define KELO_NEW_FUSED 0
+#endif
+
+#if KELO_NEW_FUSED
+// The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
+// of each kPx-byte pixel. Returns the pixels done.
+template <int kPx, int kR, int kG, int kB, int kA>
+size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                const int16_t* v, bool half, uint8_t* dst, size_t n) {
+  const size_t S = hn::Lanes(DB());
+  const CoefRegs c = Regs(CoefsOf(k));
+  const int16_t yoff8 = static_cast<int16_t>(k.in_off8[0]);
+  size_t x = 0;
+  for (; x + S <= n; x += S) {
+    Step s;
+    LoadStep(y, wide, u, v, half, x, yoff8, &s);
+    StoreStep<kPx, kR, kG, kB, kA>(s, c, dst + kPx * x);
+  }
+  return x;
+}
+
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  size_t (*row)(const csc::NewMatrix&, const uint8_t*, int, const int16_t*, const int16_t*, bool,
+                uint8_t*, size_t) = nullptr;
+  const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
+  switch (o.px * 10000 + order) {
+    case 30129: row = FusedRow<3, 0, 1, 2, 3>; break;
+    case 32109: row = FusedRow<3, 2, 1, 0, 3>; break;
+    case 40123: row = FusedRow<4, 0, 1, 2, 3>; break;
+    case 42103: row = FusedRow<4, 2, 1, 0, 3>; break;
+    case 41230: row = FusedRow<4, 1, 2, 3, 0>; break;
+    case 43210: row = FusedRow<4, 3, 2, 1, 0>; break;
+    default: break;
+  }
+  const size_t x = row != nullptr ? row(k, y, wide, u, v, half, dst, n) : 0;
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
+}
+#else
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+}
+#endif  // KELO_NEW_FUSED
+#undef KELO_NEW_FUSED
+
+#else   // HWY_SCALAR: the scalar rows.
 void NewMatrixRowVec(const csc::NewMatrix& k, int r, const int32_t* c0, const int32_t* c1,
                      const int32_t* c2, int32_t* o, size_t n) {
   csc::scalar::NewMatrixRow(k, r, c0, c1, c2, o, 0, n);
+}
+void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                     int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
+  csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
+}
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
 }
 #endif  // HWY_TARGET != HWY_SCALAR
 
@@ -57,10 +403,21 @@ inline void NewMatrixRowVec(const NewMatrix& k, int r, const int32_t* c0, const 
                             const int32_t* c2, int32_t* o, size_t n) {
   NewMatrixRow(k, r, c0, c1, c2, o, 0, n);
 }
+inline void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                            int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
+  NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
+}
+inline void NewYuvToRgbRowVec(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                              const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
+                              size_t n) {
+  NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+}
 }  // namespace scalar
 }  // namespace csc
 
 KELO_VEC_EXPORT(NewMatrixRowVec);
+KELO_VEC_EXPORT(NewChromaRowVec);
+KELO_VEC_EXPORT(NewYuvToRgbRowVec);
 
 namespace csc {
 bool NewMatrixFits(const NewMatrix& k, int32_t max_in8) {
@@ -77,6 +434,26 @@ bool NewMatrixFits(const NewMatrix& k, int32_t max_in8) {
 void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int32_t* c1,
                   const int32_t* c2, int32_t* o, size_t n) {
   KELO_VEC_CALL(NewMatrixRowVec, scalar::NewMatrixRowVec)(k, r, c0, c1, c2, o, n);
+}
+
+bool NewYuvToRgbFits(const NewMatrix& k) {
+  const auto in16 = [](int32_t v) { return v >= -32768 && v <= 32767; };
+  const auto halves16 = [&](int32_t v) { return in16(v / 2) && in16(v - v / 2); };
+  return k.m[0][1] == 0 && k.m[2][2] == 0 && k.m[1][0] == k.m[0][0] && k.m[2][0] == k.m[0][0] &&
+         in16(k.m[0][0]) && in16(k.m[1][1]) && in16(k.m[1][2]) && halves16(k.m[0][2]) &&
+         halves16(k.m[2][1]) && k.add[0] == 1 << (kNewShift - 1) && k.add[1] == k.add[0] &&
+         k.add[2] == k.add[0] && k.hi == 255 && in16(k.in_off8[0]);
+}
+void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
+                  int16_t* out0, int16_t* out1, size_t cw) {
+  KELO_VEC_CALL(NewChromaRowVec, scalar::NewChromaRowVec)(ra, rb, wa, pack, wide, off8, out0, out1,
+                                                          cw);
+  out0[cw] = out0[cw - 1];
+  if (pack == 2) out1[cw] = out1[cw - 1];
+}
+void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                    const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n) {
+  KELO_VEC_CALL(NewYuvToRgbRowVec, scalar::NewYuvToRgbRowVec)(k, y, wide, u, v, half, o, dst, n);
 }
 }  // namespace csc
 }  // namespace kelo

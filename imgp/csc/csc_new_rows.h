@@ -47,6 +47,80 @@ inline void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int
 void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int32_t* c1,
                   const int32_t* c2, int32_t* o, size_t n);
 
+// ---- YUV to RGB in one pass. ----
+//
+// A destination row's chroma comes from a source chroma row pair blended
+// vertically (NewChromaRow, once per channel), then enlarged horizontally and
+// combined with luma in the fused row (NewYuvToRgbRow), in the same eighths
+// of a code as the staged pipeline, so the bytes are the same.
+
+// Bytes per pixel (3 or 4) and the byte of each channel (a: -1 for none).
+struct NewRgbOrder {
+  int px, r, g, b, a;
+};
+
+// Whether the fused row takes map `k`: a YUV to RGB map (no U in red, no V
+// in blue) whose coefficients fit the pairs of 16-bit products the vector
+// rows sum, and whose constant is the rounding half alone.
+bool NewYuvToRgbFits(const NewMatrix& k);
+
+namespace scalar {
+// The code of sample i of a row: bytes (wide 0) or 16-bit words holding 10
+// bits low (1) or high (2).
+inline int32_t NewSample(const uint8_t* row, size_t i, int wide) {
+  if (wide == 0) return row[i];
+  const int32_t word = row[2 * i] | (row[2 * i + 1] << 8);
+  return wide == 1 ? (word & 1023) : (word >> 6);
+}
+// Chroma sample k of a destination row in eighths of a code less off8: rows
+// ra and rb blended wa : 4 - wa (wa 2 or 3). pack 1: a plane of one channel;
+// pack 2: interleaved pairs, even samples to out0 and odd ones to out1.
+inline void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                         int32_t off8, int16_t* out0, int16_t* out1, size_t i0, size_t cw) {
+  int16_t* out[2] = {out0, out1};
+  for (size_t k = i0; k < cw; ++k) {
+    for (int c = 0; c < pack; ++c) {
+      const size_t i = pack * k + c;
+      const int32_t t = 2 * (wa * NewSample(ra, i, wide) + (4 - wa) * NewSample(rb, i, wide));
+      out[c][k] = static_cast<int16_t>(t - off8);
+    }
+  }
+}
+// Chroma of pixel x of a row of chroma samples c: c[x], or with half (one
+// sample per two pixels) c[x / 2] at even x and the mean of c[x / 2] and
+// c[x / 2 + 1] at odd x. The enlarged row reads one sample past its last.
+inline int32_t NewChromaAt(const int16_t* c, size_t x, bool half) {
+  if (!half) return c[x];
+  const size_t k = x >> 1;
+  return (x & 1) ? (c[k] + c[k + 1]) >> 1 : c[k];
+}
+// Pixels [x0, n) of an RGB row from luma row y and the chroma rows u, v of
+// NewChromaRow, by map `k` (alpha 255).
+inline void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                           const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
+                           size_t x0, size_t n) {
+  for (size_t x = x0; x < n; ++x) {
+    const int32_t c0 = 8 * NewSample(y, x, wide);
+    const int32_t c1 = NewChromaAt(u, x, half) + k.in_off8[1];
+    const int32_t c2 = NewChromaAt(v, x, half) + k.in_off8[2];
+    uint8_t* q = dst + o.px * x;
+    q[o.r] = static_cast<uint8_t>(NewClamp(NewAcc(k, 0, c0, c1, c2) >> kNewShift, k.hi));
+    q[o.g] = static_cast<uint8_t>(NewClamp(NewAcc(k, 1, c0, c1, c2) >> kNewShift, k.hi));
+    q[o.b] = static_cast<uint8_t>(NewClamp(NewAcc(k, 2, c0, c1, c2) >> kNewShift, k.hi));
+    if (o.a >= 0) q[o.a] = 255;
+  }
+}
+}  // namespace scalar
+
+// scalar::NewChromaRow over [0, cw) on the best target, then sample cw of
+// each output repeating sample cw - 1 (out rows hold cw + 1 samples).
+void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
+                  int16_t* out0, int16_t* out1, size_t cw);
+// scalar::NewYuvToRgbRow over [0, n) on the best target; `k` must pass
+// NewYuvToRgbFits and have hi 255.
+void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                    const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
+
 }  // namespace csc
 }  // namespace kelo
 

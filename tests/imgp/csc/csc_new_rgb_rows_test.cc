@@ -16,8 +16,8 @@ namespace kelo {
 namespace test {
 namespace {
 
-const csc::RgbBytes kOrders[] = {{4, 0, 1, 2}, {4, 2, 1, 0}, {4, 1, 2, 3},
-                                 {4, 3, 2, 1}, {3, 0, 1, 2}, {3, 2, 1, 0}};
+const csc::NewRgbOrder kOrders[] = {{4, 0, 1, 2, 3}, {4, 2, 1, 0, 3}, {4, 1, 2, 3, 0},
+                                    {4, 3, 2, 1, 0}, {3, 0, 1, 2, -1}, {3, 2, 1, 0, -1}};
 
 // A map the vector rows take: coefficients up to `span` (the x86 luma rows
 // split them into bytes up to about 8000 and hand larger ones to the scalar
@@ -47,7 +47,7 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
       const size_t w = static_cast<size_t>(sz.w) + (sz.h & 1);
       const csc::NewMatrix k = RandomMatrix(rng, sz.h % 3 == 2 ? 32767 : 8000);
       ASSERT_TRUE(csc::NewRgbRowsVec(k));
-      for (const csc::RgbBytes& o : kOrders) {
+      for (const csc::NewRgbOrder& o : kOrders) {
         SCOPED_TRACE(testing::Message() << "w " << w << " px " << o.px << " r " << o.r);
         const std::vector<uint8_t> s0 = RandomBytes(rng, w * o.px), s1 = RandomBytes(rng, w * o.px);
         std::vector<uint8_t> got(w + 1, 7), want(w + 1, 7);

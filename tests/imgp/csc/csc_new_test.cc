@@ -436,6 +436,71 @@ TEST(CscNew, MatrixRowMatchesScalarOnEveryTarget) {
   });
 }
 
+// The fused YUV to RGB stages: chroma rows over every packing, depth and
+// weight, and the row over every order with maps that pass NewYuvToRgbFits
+// (coefficients past 16 bits included), against the scalar rows.
+TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
+  auto rng = MakeRng(12);
+  std::uniform_int_distribution<int32_t> byte(0, 255), word(0, 65535), c16(-32768, 32767),
+      c17(-65534, 65534), chroma(-4096, 4095);
+  const csc::NewRgbOrder kOrders[] = {{3, 0, 1, 2, -1}, {3, 2, 1, 0, -1}, {4, 0, 1, 2, 3},
+                                      {4, 2, 1, 0, 3},  {4, 1, 2, 3, 0},  {4, 3, 2, 1, 0}};
+  ForEachTarget([&](const std::string& target) {
+    SCOPED_TRACE(target);
+    for (const Size2& sz : TestSizes(rng, 4)) {
+      const size_t n = static_cast<size_t>(sz.w);
+      std::vector<uint8_t> ra(4 * n), rb(4 * n), y(2 * n);
+      for (auto* row : {&ra, &rb, &y}) {
+        for (auto& b : *row) b = static_cast<uint8_t>(byte(rng));
+      }
+      for (int wide = 0; wide < 3; ++wide) {
+        for (int pack = 1; pack <= 2; ++pack) {
+          const int wa = 2 + (sz.h & 1);
+          const int32_t off8 = wide ? 4096 : 1024;
+          std::vector<int16_t> got[2], want[2];
+          for (int c = 0; c < 2; ++c) {
+            got[c].assign(n + 1, -1);
+            want[c].assign(n + 1, -1);
+          }
+          csc::NewChromaRow(ra.data(), rb.data(), wa, pack, wide, off8, got[0].data(),
+                            got[1].data(), n);
+          csc::scalar::NewChromaRow(ra.data(), rb.data(), wa, pack, wide, off8, want[0].data(),
+                                    want[1].data(), 0, n);
+          for (int c = 0; c < pack; ++c) want[c][n] = want[c][n - 1];
+          ASSERT_EQ(got[0], want[0]) << sz.w << " wide " << wide << " pack " << pack;
+          ASSERT_EQ(got[1], want[1]) << sz.w << " wide " << wide << " pack " << pack;
+        }
+      }
+      csc::NewMatrix k{};
+      k.m[0][0] = k.m[1][0] = k.m[2][0] = c16(rng) / 2;
+      k.m[0][2] = c17(rng);
+      k.m[2][1] = c17(rng);
+      k.m[1][1] = c16(rng);
+      k.m[1][2] = c16(rng);
+      k.in_off8[0] = byte(rng) * 2;
+      k.in_off8[1] = k.in_off8[2] = 4096;
+      k.add[0] = k.add[1] = k.add[2] = 1 << 16;
+      k.hi = 255;
+      ASSERT_TRUE(csc::NewYuvToRgbFits(k));
+      std::vector<int16_t> u(n + 1), v(n + 1);
+      for (size_t i = 0; i <= n; ++i) {
+        u[i] = static_cast<int16_t>(chroma(rng));
+        v[i] = static_cast<int16_t>(chroma(rng));
+      }
+      for (const auto& o : kOrders) {
+        for (int wide = 0; wide < 3; ++wide) {
+          const bool half = (wide + o.r) & 1;
+          std::vector<uint8_t> got(4 * n + 8, 7), want(4 * n + 8, 7);
+          csc::NewYuvToRgbRow(k, y.data(), wide, u.data(), v.data(), half, o, got.data(), n);
+          csc::scalar::NewYuvToRgbRow(k, y.data(), wide, u.data(), v.data(), half, o,
+                                      want.data(), 0, n);
+          ASSERT_EQ(got, want) << sz.w << " px " << o.px << " r " << o.r << " wide " << wide;
+        }
+      }
+    }
+  });
+}
+
 // ---- Statuses. ----
 
 TEST(CscNew, StatusesAndNothingWritten) {
