@@ -37,6 +37,10 @@ const bool kRegistered = [] {
       [](Frame& s, Frame& d) {
         libyuv::ARGBToI420(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), d.p(2), d.s(2), kW, kH);
       });
+  Row("csc_new rgba8888>nv12", "ABGRToNV12", KIMGP_CS_RGBA8888, KIMGP_CS_NV12, 0,
+      [](Frame& s, Frame& d) {
+        libyuv::ABGRToNV12(s.p(0), s.s(0), d.p(0), d.s(0), d.p(1), d.s(1), kW, kH);
+      });
   Row("csc_new yuv420p16>bgra8888", "I010ToARGBMatrix", KIMGP_CS_YUV420PLANAR16,
       KIMGP_CS_BGRA8888, KIMGP_STD_BT2020, [](Frame& s, Frame& d) {
         libyuv::I010ToARGBMatrix(W(s, 0), s.s(0) / 2, W(s, 1), s.s(1) / 2, W(s, 2), s.s(2) / 2,

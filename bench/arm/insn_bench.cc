@@ -210,6 +210,7 @@ void AddCscNew() {
                                           libyuv::kFilterBilinear);
          });
   CscNew("csc_new bgra8888>yuv420", "ARGBToI420", 501, 1, 0, Conv(libyuv::ARGBToI420));
+  CscNew("csc_new rgba8888>nv12", "ABGRToNV12", 500, 6, 0, Conv(libyuv::ABGRToNV12));
   CscNew("csc_new yuv420p16>bgra8888", "I010ToARGBMatrix", 600, 501, 20,
          [](const Frame& s, Frame& d) {
            const kimgp_img& i = s.img;

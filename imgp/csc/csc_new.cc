@@ -12,6 +12,7 @@
 
 #include "common/internal/api.h"
 #include "common/internal/fault.h"
+#include "imgp/csc/csc_new_rgb_rows.h"
 #include "imgp/csc/csc_new_rows.h"
 #include "imgp/csc/pixel_layouts.h"
 #include "kimgp_csc.h"
@@ -382,6 +383,24 @@ void StoreRgb(kimgp_img& d, const Layout& l, int32_t y, int32_t w, const int32_t
   }
 }
 
+// 3- and 4-byte RGB pixels to 8-bit planar or semi-planar YUV: row y's luma,
+// and the chroma row starting there, straight from the pixels.
+bool RgbToYuvFused(const Plan& p) {
+  return IsRgb(*p.s) && p.s->px >= 3 && !IsRgb(*p.d) && !p.d->wide && p.d->kind != Kind::kPacked;
+}
+void RgbToYuvFusedRow(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t y) {
+  const Layout& sl = *p.s;
+  const Layout& dl = *p.d;
+  const NewRgbOrder o{sl.px, sl.r, sl.g, sl.b, sl.a};
+  NewRgbLumaRow(p.k, o, RowOf(s, 0, y), RowOf(d, 0, y), static_cast<size_t>(p.w));
+  if (dl.kind == Kind::kLuma || (dl.ys && (y & 1))) return;
+  const int32_t cy = dl.ys ? y >> 1 : y, y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
+  uint8_t* u = dl.kind == Kind::kSemi ? RowOf(d, 1, cy) + dl.ci[0] : RowOf(d, dl.ci[0], cy);
+  uint8_t* v = dl.kind == Kind::kSemi ? RowOf(d, 1, cy) + dl.ci[1] : RowOf(d, dl.ci[1], cy);
+  NewRgbChromaRow(p.k, o, RowOf(s, 0, y), RowOf(s, 0, y1), 1 << dl.xs, u, v,
+                  dl.kind == Kind::kSemi ? 2 : 1, static_cast<size_t>(p.w));
+}
+
 // ---- The pipeline. ----
 
 // Int32 rows of the call: 16 rows of w.
@@ -431,6 +450,10 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   for (int32_t y = 0; y < p.h; ++y) {
     // Full-resolution source channels of row y.
     if (srgb) {
+      if (RgbToYuvFused(p)) {
+        RgbToYuvFusedRow(p, s, d, y);
+        continue;
+      }
       LoadRgb(s, *p.s, y, w, c[0], c[1], c[2]);
     } else {
       LoadLuma(s, *p.s, y, w, c[0]);

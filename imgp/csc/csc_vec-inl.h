@@ -74,6 +74,66 @@ HWY_INLINE void Store565(V8 hi, V8 g, V8 lo, uint8_t* out) {
 }
 #endif  // HWY_TARGET != HWY_SCALAR
 
+#if HWY_TARGET == HWY_NEON
+// Channels of the 16 pixels at p (3- or 4-byte pixels of order Src).
+template <class Src>
+HWY_INLINE void RgbChannels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint8x16_t* b) {
+  if constexpr (Src::kBytes == 4) {
+    const uint8x16x4_t c = vld4q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  } else {
+    const uint8x16x3_t c = vld3q_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  }
+}
+#endif  // HWY_TARGET == HWY_NEON
+
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+// Byte vectors of the x86 pixel kernels: 128 bits on SSE4, else 256 (the
+// AVX-512 targets run the 256-bit form).
+#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
+using DP = hn::Full128<uint8_t>;
+#else
+using DP = hn::Full256<uint8_t>;
+#endif
+using VP = hn::Vec<DP>;
+
+// Across two blocks, the 32-bit groups g0..g7 of v as g[k0] .. g[k7]; one
+// block is left as it is. InOrder puts the groups after packing per 128-bit
+// block back in row order: two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
+template <int k0, int k1, int k2, int k3, int k4, int k5, int k6, int k7>
+HWY_INLINE hn::Vec128<uint8_t> Groups(hn::Vec128<uint8_t> v) {
+  return v;
+}
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+template <int k0, int k1, int k2, int k3, int k4, int k5, int k6, int k7>
+HWY_INLINE hn::Vec256<uint8_t> Groups(hn::Vec256<uint8_t> v) {
+  return hn::Vec256<uint8_t>{
+      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(k0, k1, k2, k3, k4, k5, k6, k7))};
+}
+#endif
+HWY_INLINE VP InOrder(VP v) { return Groups<0, 4, 1, 5, 2, 6, 3, 7>(v); }
+
+// Chroma bytes of one packed vector to the two planes: per block 8 U then
+// 8 V. One block holds samples 0..7; two hold 0 1 4 5 8 9 12 13 and 2 3 6 7
+// 10 11 14 15, and interleaving their 16-bit pairs restores the order.
+HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full64<uint8_t> dh;
+  hn::StoreU(hn::LowerHalf(dh, uv), dh, u);
+  hn::StoreU(hn::UpperHalf(dh, uv), dh, v);
+}
+#if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
+HWY_INLINE void StorePlanar(hn::Vec256<uint8_t> uv, uint8_t* u, uint8_t* v) {
+  const hn::Full128<uint16_t> dw;
+  const hn::Full128<uint8_t> db;
+  const hn::Vec128<uint16_t> lo = hn::BitCast(dw, hn::LowerHalf(uv));
+  const hn::Vec128<uint16_t> hi = hn::BitCast(dw, hn::UpperHalf(db, uv));
+  hn::StoreU(hn::BitCast(db, hn::InterleaveLower(dw, lo, hi)), db, u);
+  hn::StoreU(hn::BitCast(db, hn::InterleaveUpper(dw, lo, hi)), db, v);
+}
+#endif
+#endif  // HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR
+
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
 HWY_AFTER_NAMESPACE();

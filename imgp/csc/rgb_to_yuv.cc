@@ -193,12 +193,6 @@ void LumaChromaLanes(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v, int
 // (multiply-add of unsigned by signed bytes to 16 bits), then of the two pair
 // sums of a pixel (horizontal add), without unpacking the channels.
 // The AVX-512 targets run the 256-bit form.
-#if HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
-using DP = hn::Full128<uint8_t>;
-#else
-using DP = hn::Full256<uint8_t>;
-#endif
-using VP = hn::Vec<DP>;
 using DP16 = hn::Repartition<uint16_t, DP>;
 using VP16 = hn::Vec<DP16>;
 
@@ -214,34 +208,11 @@ HWY_INLINE hn::Vec128<uint8_t> EvenPixels(hn::Vec128<uint8_t> a, hn::Vec128<uint
   return hn::Vec128<uint8_t>{_mm_castps_si128(
       _mm_shuffle_ps(_mm_castsi128_ps(a.raw), _mm_castsi128_ps(b.raw), 0x88))};
 }
-// The 32-bit groups after packing per 128-bit block back in row order: one
-// block is in order; two blocks hold [g0 g2 g4 g6 | g1 g3 g5 g7].
-HWY_INLINE hn::Vec128<uint8_t> InOrder(hn::Vec128<uint8_t> v) { return v; }
-// Chroma bytes U0..7 V0..7 of one packed vector to the two planes.
-HWY_INLINE void StorePlanar(hn::Vec128<uint8_t> uv, uint8_t* u, uint8_t* v) {
-  const hn::Full64<uint8_t> dh;
-  hn::StoreU(hn::LowerHalf(dh, uv), dh, u);
-  hn::StoreU(hn::UpperHalf(dh, uv), dh, v);
-}
 
 #if HWY_TARGET != HWY_SSSE3 && HWY_TARGET != HWY_SSE4
 HWY_INLINE hn::Vec256<uint8_t> EvenPixels(hn::Vec256<uint8_t> a, hn::Vec256<uint8_t> b) {
   return hn::Vec256<uint8_t>{_mm256_castps_si256(
       _mm256_shuffle_ps(_mm256_castsi256_ps(a.raw), _mm256_castsi256_ps(b.raw), 0x88))};
-}
-HWY_INLINE hn::Vec256<uint8_t> InOrder(hn::Vec256<uint8_t> v) {
-  return hn::Vec256<uint8_t>{
-      _mm256_permutevar8x32_epi32(v.raw, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7))};
-}
-// Block 0 holds U and V of samples 0 1 4 5 8 9 12 13, block 1 of 2 3 6 7
-// 10 11 14 15: interleaving the 16-bit pairs of the blocks restores the order.
-HWY_INLINE void StorePlanar(hn::Vec256<uint8_t> uv, uint8_t* u, uint8_t* v) {
-  const hn::Full128<uint16_t> dw;
-  const hn::Full128<uint8_t> db;
-  const hn::Vec128<uint16_t> lo = hn::BitCast(dw, hn::LowerHalf(uv));
-  const hn::Vec128<uint16_t> hi = hn::BitCast(dw, hn::UpperHalf(db, uv));
-  hn::StoreU(hn::BitCast(db, hn::InterleaveLower(dw, lo, hi)), db, u);
-  hn::StoreU(hn::BitCast(db, hn::InterleaveUpper(dw, lo, hi)), db, v);
 }
 #endif
 
@@ -395,17 +366,6 @@ HWY_INLINE void ChromaOf(uint8x8_t r, uint8x8_t g, uint8x8_t b, uint8x8_t* u, ui
   *u = Weighted<M::kUr, M::kUg, M::kUb, 0x8080>(r, g, b);
   *v = Weighted<M::kVr, M::kVg, M::kVb, 0x8080>(r, g, b);
 }
-// Channels of the 16 pixels at p.
-template <class Src>
-HWY_INLINE void Channels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint8x16_t* b) {
-  if constexpr (Src::kBytes == 4) {
-    const uint8x16x4_t c = vld4q_u8(p);
-    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
-  } else {
-    const uint8x16x3_t c = vld3q_u8(p);
-    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
-  }
-}
 // Pixels 0, 2, ..., 14 of a channel vector.
 HWY_INLINE uint8x8_t EvenOf(uint8x16_t c) { return vmovn_u16(vreinterpretq_u16_u8(c)); }
 
@@ -435,7 +395,7 @@ void LumaChannels(const uint8_t* src, uint8_t* y, int n) {
   const uint8_t* p = src;
   for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
     uint8x16_t r, g, b;
-    Channels<Src>(p, &r, &g, &b);
+    RgbChannels<Src>(p, &r, &g, &b);
     Luma16<Src, M>(r, g, b, py);
   }
   scalar::RgbToLumaRow<Src, M>(src, y, static_cast<int>(n16), n);
@@ -447,7 +407,7 @@ void ChromaChannels(const uint8_t* src, uint8_t* u, uint8_t* v, int n) {
   size_t k = 0;
   for (; k + kStep <= static_cast<size_t>(n); k += kStep) {
     uint8x16_t r, g, b;
-    Channels<Src>(src + kSub * k * Src::kBytes, &r, &g, &b);
+    RgbChannels<Src>(src + kSub * k * Src::kBytes, &r, &g, &b);
     uint8x8_t cu, cv;
     if constexpr (kSub == 2) {
       ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);
@@ -471,7 +431,7 @@ void LumaChromaChannelsIn(const uint8_t* src, uint8_t* y, uint8_t* u, uint8_t* v
   for (uint8_t *py = y, *const end = y + n16; py != end;
        py += 16, p += 16 * Src::kBytes, pu += 8 * kCStep, pv += 8 * kCStep) {
     uint8x16_t r, g, b;
-    Channels<Src>(p, &r, &g, &b);
+    RgbChannels<Src>(p, &r, &g, &b);
     Luma16<Src, M>(r, g, b, py);
     uint8x8_t cu, cv;
     ChromaOf<M>(EvenOf(r), EvenOf(g), EvenOf(b), &cu, &cv);

@@ -1,0 +1,64 @@
+// Fused rows of kimgp_csc_new from 3- and 4-byte RGB pixels to 8-bit YUV:
+// luma and chroma codes straight from the pixels, the same codes as the
+// pipeline's unpack, matrix and block-mean stages. The scalar rows are the
+// definition (over [i0, n)); the dispatching entries cover whole rows.
+#ifndef KELO_IMGP_CSC_CSC_NEW_RGB_ROWS_H_
+#define KELO_IMGP_CSC_CSC_NEW_RGB_ROWS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+#include "imgp/csc/csc_new_rows.h"
+
+namespace kelo {
+namespace csc {
+
+namespace scalar {
+// Output row r of the map at the pixel p (channels times 8).
+inline int64_t NewRgbAcc(const NewMatrix& k, const NewRgbOrder& o, int r, const uint8_t* p) {
+  return NewAcc(k, r, 8 * p[o.r], 8 * p[o.g], 8 * p[o.b]);
+}
+// y[x] = luma code of pixel x of row s, for x in [x0, n).
+inline void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
+                          size_t x0, size_t n) {
+  for (size_t x = x0; x < n; ++x) {
+    y[x] = static_cast<uint8_t>(NewClamp(NewRgbAcc(k, o, 0, s + x * o.px) >> kNewShift, k.hi));
+  }
+}
+// Chroma samples [i0, cw) of a row w pixels wide, cw = w / sub rounded up:
+// sample i covers columns a = sub * i and b = min(a + sub - 1, w - 1) of rows
+// s0 and s1 (one row twice when chroma keeps every row). Each pixel's
+// accumulator is taken in quarters, the four are summed, shifted and clamped.
+// U goes to u[i * step], V to v[i * step].
+inline void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
+                            const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
+                            size_t i0, size_t w) {
+  const size_t cw = (w + sub - 1) / sub;
+  for (size_t i = i0; i < cw; ++i) {
+    const size_t a = sub * i, b = a + sub - 1 < w ? a + sub - 1 : w - 1;
+    for (int ch = 1; ch < 3; ++ch) {
+      const int64_t sum = (NewRgbAcc(k, o, ch, s0 + a * o.px) >> 2) +
+                          (NewRgbAcc(k, o, ch, s0 + b * o.px) >> 2) +
+                          (NewRgbAcc(k, o, ch, s1 + a * o.px) >> 2) +
+                          (NewRgbAcc(k, o, ch, s1 + b * o.px) >> 2);
+      (ch == 1 ? u : v)[i * step] = static_cast<uint8_t>(NewClamp(sum >> kNewShift, k.hi));
+    }
+  }
+}
+}  // namespace scalar
+
+// Whether the vector rows may run for k (otherwise the entries below run the
+// scalar rows): no input offsets, 8-bit codes, coefficients within 16 bits and
+// offsets within 2^30 (so every sum stays within 32 bits).
+bool NewRgbRowsVec(const NewMatrix& k);
+
+// scalar::NewRgbLumaRow over [0, n) on the best target.
+void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
+// scalar::NewRgbChromaRow over [0, cw) on the best target.
+void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
+                     int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
+
+}  // namespace csc
+}  // namespace kelo
+
+#endif  // KELO_IMGP_CSC_CSC_NEW_RGB_ROWS_H_
