@@ -83,6 +83,11 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
       return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off.raw);
     };
     if (pack == 1) {
+      for (; k + 16 <= cw; k += 16) {
+        const uint8x16_t a = vld1q_u8(ra + k), b = vld1q_u8(rb + k);
+        vst1q_s16(out0 + k, row(vget_low_u8(a), vget_low_u8(b)));
+        vst1q_s16(out0 + k + 8, row(vget_high_u8(a), vget_high_u8(b)));
+      }
       for (; k + 8 <= cw; k += 8) vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
     } else {
       for (; k + 8 <= cw; k += 8) {
@@ -181,11 +186,19 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
   for (int i = 0; i < 2; ++i) {
     if (half) {
 #if HWY_TARGET == HWY_NEON
-      // The halving add and one zip giving both halves.
-      const int16x8_t a = vld1q_s16(c[i] + x / 2);
-      const int16x8x2_t z = vzipq_s16(a, vhaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1)));
-      out[i][0] = VW(z.val[0]);
-      out[i][1] = VW(z.val[1]);
+      // The halving add and one zip giving both halves (in place: GCC
+      // copies both registers around vzipq_s16).
+      int16x8_t a = vld1q_s16(c[i] + x / 2);
+      int16x8_t mid = vhaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1));
+#if defined(__arm__) && !defined(__aarch64__)
+      asm("vzip.16 %q0, %q1" : "+w"(a), "+w"(mid));
+#else
+      const int16x8x2_t z = vzipq_s16(a, mid);
+      a = z.val[0];
+      mid = z.val[1];
+#endif
+      out[i][0] = VW(a);
+      out[i][1] = VW(mid);
 #else
       const VW a = hn::LoadU(d, c[i] + x / 2), an = hn::LoadU(d, c[i] + x / 2 + 1);
       const VW mid = hn::ShiftRight<1>(hn::Add(a, an));
@@ -199,60 +212,72 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
 }
 
 // The map's 16-bit coefficients. Red takes Y and V, blue Y and U, green all
-// three; a coefficient too wide for 16 bits is split in two halves (hi + lo),
-// else it is hi and lo is 0.
+// three; blue's U coefficient, past 16 bits for 8-bit limited-range sources,
+// is split in two halves (hi + lo), else it is hi and lo is 0.
 struct Coefs {
-  int16_t y, rv_hi, rv_lo, gu, gv, bu_hi, bu_lo;
+  int16_t y, rv, gu, gv, bu_hi, bu_lo;
   int32_t add;
 };
 Coefs CoefsOf(const csc::NewMatrix& k) {
   const auto c = [](int32_t v) { return static_cast<int16_t>(v); };
   const auto hi = [](int32_t v) { return static_cast<int16_t>(v == int16_t(v) ? v : v / 2); };
   const auto lo = [](int32_t v) { return static_cast<int16_t>(v == int16_t(v) ? 0 : v - v / 2); };
-  return {c(k.m[0][0]), hi(k.m[0][2]), lo(k.m[0][2]), c(k.m[1][1]),
-          c(k.m[1][2]), hi(k.m[2][1]), lo(k.m[2][1]), k.add[0]};
+  return {c(k.m[0][0]), c(k.m[0][2]), c(k.m[1][1]), c(k.m[1][2]),
+          hi(k.m[2][1]), lo(k.m[2][1]), k.add[0]};
 }
 
 #if HWY_TARGET == HWY_NEON
 // The coefficients as lanes of two d registers: a product by a lane takes no
 // register moves.
 struct CoefRegs {
-  int16x4_t m0, m1;  // y, rv_hi, gu, gv; bu_hi, rv_lo, bu_lo
-  bool r_split, b_split;
+  int16x4_t m0, m1;  // y, rv, gu, gv; bu_hi, bu_lo
 };
 HWY_INLINE CoefRegs Regs(const Coefs& k) {
-  const int16_t c0[4] = {k.y, k.rv_hi, k.gu, k.gv}, c1[4] = {k.bu_hi, k.rv_lo, k.bu_lo, 0};
-  return {vld1_s16(c0), vld1_s16(c1), k.rv_lo != 0, k.bu_lo != 0};
+  const int16_t c0[4] = {k.y, k.rv, k.gu, k.gv}, c1[4] = {k.bu_hi, k.bu_lo, 0, 0};
+  return {vld1_s16(c0), vld1_s16(c1)};
 }
-// Red, green and blue of four pixels, each sum started from its chroma
-// products so that luma accumulates in place. The rounding half is left to
-// the narrowing: floor(acc / 2^16) rounded by one more halving equals
-// floor((acc + 2^16) / 2^17).
-HWY_INLINE void Quad(int16x4_t y, int16x4_t u, int16x4_t v, const CoefRegs& c, int16x4_t* r,
-                     int16x4_t* g, int16x4_t* b) {
-  int32x4_t rs = vmull_lane_s16(v, c.m0, 1), bs = vmull_lane_s16(u, c.m1, 0);
-  if (c.r_split) rs = vmlal_lane_s16(rs, v, c.m1, 1);
-  if (c.b_split) bs = vmlal_lane_s16(bs, u, c.m1, 2);
-  const int32x4_t gs = vmlal_lane_s16(vmull_lane_s16(u, c.m0, 2), v, c.m0, 3);
-  *r = vqshrn_n_s32(vmlal_lane_s16(rs, y, c.m0, 0), csc::kNewShift - 1);
-  *g = vqshrn_n_s32(vmlal_lane_s16(gs, y, c.m0, 0), csc::kNewShift - 1);
-  *b = vqshrn_n_s32(vmlal_lane_s16(bs, y, c.m0, 0), csc::kNewShift - 1);
+// Channel kC (0 red, 1 green, 2 blue) of four pixels: its sum started from
+// the chroma products, so that luma accumulates in place.
+template <int kC, bool kBSplit>
+HWY_INLINE int32x4_t Sum4(int16x4_t y, int16x4_t u, int16x4_t v, const CoefRegs& c) {
+  int32x4_t acc;
+  if (kC == 0) {
+    acc = vmull_lane_s16(v, c.m0, 1);
+  } else if (kC == 1) {
+    acc = vmlal_lane_s16(vmull_lane_s16(u, c.m0, 2), v, c.m0, 3);
+  } else {
+    acc = vmull_lane_s16(u, c.m1, 0);
+    if (kBSplit) acc = vmlal_lane_s16(acc, u, c.m1, 1);
+  }
+  return vmlal_lane_s16(acc, y, c.m0, 0);
 }
+// Channel kC of eight pixels as bytes: floor(acc / 2^16) is the high half of
+// each lane (one unzip), and rounding that by one more halving equals
+// floor((acc + 2^16) / 2^17), saturated to bytes.
+template <int kC, bool kBSplit>
+HWY_INLINE uint8x8_t Codes8(int16x8_t y, int16x8_t u, int16x8_t v, const CoefRegs& c) {
+  const int32x4_t lo = Sum4<kC, kBSplit>(vget_low_s16(y), vget_low_s16(u), vget_low_s16(v), c);
+  const int32x4_t hi = Sum4<kC, kBSplit>(vget_high_s16(y), vget_high_s16(u), vget_high_s16(v), c);
+#if defined(__arm__) && !defined(__aarch64__)
+  // The unzip in place: GCC copies both registers around vuzpq_s16.
+  int16x8_t l = vreinterpretq_s16_s32(lo), h = vreinterpretq_s16_s32(hi);
+  asm("vuzp.16 %q0, %q1" : "+w"(l), "+w"(h));
+  return vqrshrun_n_s16(h, 1);
+#else
+  return vqrshrun_n_s16(vuzpq_s16(vreinterpretq_s16_s32(lo), vreinterpretq_s16_s32(hi)).val[1], 1);
+#endif
+}
+static_assert(csc::kNewShift == 17, "Codes8 takes 16 bits by the unzip and one by the rounding");
 // Converts and stores the step's 16 pixels, eight at a time (A is pixels
-// 0-7, B 8-15).
-template <int kPx, int kR, int kG, int kB, int kA>
+// 0-7, B 8-15), one channel at a time.
+template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
 HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
   for (int i = 0; i < 2; ++i) {
-    int16x4_t r[2], g[2], b[2];
-    for (int j = 0; j < 2; ++j) {
-      Quad(j ? vget_high_s16(s.y[i].raw) : vget_low_s16(s.y[i].raw),
-           j ? vget_high_s16(s.u[i].raw) : vget_low_s16(s.u[i].raw),
-           j ? vget_high_s16(s.v[i].raw) : vget_low_s16(s.v[i].raw), c, &r[j], &g[j], &b[j]);
-    }
+    const int16x8_t y = s.y[i].raw, u = s.u[i].raw, v = s.v[i].raw;
     uint8x8_t ch[4];
-    ch[kR] = vqrshrun_n_s16(vcombine_s16(r[0], r[1]), 1);
-    ch[kG] = vqrshrun_n_s16(vcombine_s16(g[0], g[1]), 1);
-    ch[kB] = vqrshrun_n_s16(vcombine_s16(b[0], b[1]), 1);
+    ch[kR] = Codes8<0, kBSplit>(y, u, v, c);
+    ch[kG] = Codes8<1, kBSplit>(y, u, v, c);
+    ch[kB] = Codes8<2, kBSplit>(y, u, v, c);
     if (kPx == 4) {
       ch[kA] = vdup_n_u8(255);
       vst4_u8(q + 32 * i, (uint8x8x4_t{{ch[0], ch[1], ch[2], ch[3]}}));
@@ -274,14 +299,13 @@ HWY_INLINE VW Pair(int16_t a, int16_t b) {
                                                         (static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16))));
 }
 struct CoefRegs {
-  VW luma, r1, r2, g, b1, b2;
-  bool r_split, b_split;
+  VW luma, r, g, b1, b2;
 };
 HWY_INLINE CoefRegs Regs(const Coefs& k) {
-  return {Pair(k.y, static_cast<int16_t>(k.add / kConstLane)),
-          Pair(0, k.rv_hi), Pair(0, k.rv_lo), Pair(k.gu, k.gv), Pair(k.bu_hi, 0), Pair(k.bu_lo, 0),
-          k.rv_lo != 0, k.bu_lo != 0};
+  return {Pair(k.y, static_cast<int16_t>(k.add / kConstLane)), Pair(0, k.rv), Pair(k.gu, k.gv),
+          Pair(k.bu_hi, 0), Pair(k.bu_lo, 0)};
 }
+template <bool kBSplit>
 HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
                         hn::Vec<DB>* b) {
   const DW d;
@@ -296,10 +320,9 @@ HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Ve
       const VW yk = h ? hn::InterleaveUpper(d, s.y[i], kc) : hn::InterleaveLower(d, s.y[i], kc);
       const VW uv = h ? hn::InterleaveUpper(d, s.u[i], s.v[i]) : hn::InterleaveLower(d, s.u[i], s.v[i]);
       const VL ly = madd(yk, k.luma);
-      VL rs = hn::Add(ly, madd(uv, k.r1)), bs = hn::Add(ly, madd(uv, k.b1));
-      if (k.r_split) rs = hn::Add(rs, madd(uv, k.r2));
-      if (k.b_split) bs = hn::Add(bs, madd(uv, k.b2));
-      rl[h] = hn::ShiftRight<csc::kNewShift>(rs);
+      VL bs = hn::Add(ly, madd(uv, k.b1));
+      if (kBSplit) bs = hn::Add(bs, madd(uv, k.b2));
+      rl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.r)));
       gl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.g)));
       bl[h] = hn::ShiftRight<csc::kNewShift>(bs);
     }
@@ -312,11 +335,11 @@ HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Ve
   *b = hn::Vec<DB>{RawPackBytes(bw[0].raw, bw[1].raw)};
 }
 // Converts and stores the step's 2 L pixels.
-template <int kPx, int kR, int kG, int kB, int kA>
+template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
 HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
   const DB d8;
   hn::Vec<DB> ch[4];
-  StepRgb(s, c, &ch[kR], &ch[kG], &ch[kB]);
+  StepRgb<kBSplit>(s, c, &ch[kR], &ch[kG], &ch[kB]);
   if (kPx == 4) {
     ch[kA] = hn::Set(d8, 255);
     hn::StoreInterleaved4(ch[0], ch[1], ch[2], ch[3], d8, q);
@@ -332,7 +355,7 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 #if KELO_NEW_FUSED
 // The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
 // of each kPx-byte pixel. Returns the pixels done.
-template <int kPx, int kR, int kG, int kB, int kA>
+template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
 size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
   const size_t S = hn::Lanes(DB());
@@ -342,7 +365,7 @@ size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16
   for (; x + S <= n; x += S) {
     Step s;
     LoadStep(y, wide, u, v, half, x, yoff8, &s);
-    StoreStep<kPx, kR, kG, kB, kA>(s, c, dst + kPx * x);
+    StoreStep<kPx, kR, kG, kB, kA, kBSplit>(s, c, dst + kPx * x);
   }
   return x;
 }
@@ -353,13 +376,19 @@ void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, cons
   size_t (*row)(const csc::NewMatrix&, const uint8_t*, int, const int16_t*, const int16_t*, bool,
                 uint8_t*, size_t) = nullptr;
   const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
+  const bool split = CoefsOf(k).bu_lo != 0;
   switch (o.px * 10000 + order) {
-    case 30129: row = FusedRow<3, 0, 1, 2, 3>; break;
-    case 32109: row = FusedRow<3, 2, 1, 0, 3>; break;
-    case 40123: row = FusedRow<4, 0, 1, 2, 3>; break;
-    case 42103: row = FusedRow<4, 2, 1, 0, 3>; break;
-    case 41230: row = FusedRow<4, 1, 2, 3, 0>; break;
-    case 43210: row = FusedRow<4, 3, 2, 1, 0>; break;
+#define KELO_ROW(code, ...)                                                   \
+  case code:                                                                 \
+    row = split ? FusedRow<__VA_ARGS__, true> : FusedRow<__VA_ARGS__, false>; \
+    break;
+    KELO_ROW(30129, 3, 0, 1, 2, 3)
+    KELO_ROW(32109, 3, 2, 1, 0, 3)
+    KELO_ROW(40123, 4, 0, 1, 2, 3)
+    KELO_ROW(42103, 4, 2, 1, 0, 3)
+    KELO_ROW(41230, 4, 1, 2, 3, 0)
+    KELO_ROW(43210, 4, 3, 2, 1, 0)
+#undef KELO_ROW
     default: break;
   }
   const size_t x = row != nullptr ? row(k, y, wide, u, v, half, dst, n) : 0;
@@ -439,8 +468,10 @@ void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int32_t* c
 bool NewYuvToRgbFits(const NewMatrix& k) {
   const auto in16 = [](int32_t v) { return v >= -32768 && v <= 32767; };
   const auto halves16 = [&](int32_t v) { return in16(v / 2) && in16(v - v / 2); };
+  // Red's V coefficient stays within 16 bits for every standard; blue's U
+  // coefficient may take two halves.
   return k.m[0][1] == 0 && k.m[2][2] == 0 && k.m[1][0] == k.m[0][0] && k.m[2][0] == k.m[0][0] &&
-         in16(k.m[0][0]) && in16(k.m[1][1]) && in16(k.m[1][2]) && halves16(k.m[0][2]) &&
+         in16(k.m[0][0]) && in16(k.m[1][1]) && in16(k.m[1][2]) && in16(k.m[0][2]) &&
          halves16(k.m[2][1]) && k.add[0] == 1 << (kNewShift - 1) && k.add[1] == k.add[0] &&
          k.add[2] == k.add[0] && k.hi == 255 && in16(k.in_off8[0]);
 }

@@ -473,7 +473,7 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
       }
       csc::NewMatrix k{};
       k.m[0][0] = k.m[1][0] = k.m[2][0] = c16(rng) / 2;
-      k.m[0][2] = c17(rng);
+      k.m[0][2] = c16(rng);
       k.m[2][1] = c17(rng);
       k.m[1][1] = c16(rng);
       k.m[1][2] = c16(rng);
