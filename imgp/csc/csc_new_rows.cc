@@ -117,12 +117,15 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
                  out1 + k);
     }
   } else {
+    // Word pairs from bytes (rows of an odd stride are not word-aligned):
+    // even words to out0, odd ones to out1.
     for (; k + L <= cw; k += L) {
-      hn::Vec<DUW> a0, a1, b0, b1;
-      hn::LoadInterleaved2(du, reinterpret_cast<const uint16_t*>(ra) + 2 * k, a0, a1);
-      hn::LoadInterleaved2(du, reinterpret_cast<const uint16_t*>(rb) + 2 * k, b0, b1);
-      hn::StoreU(blend(Codes(a0, wide), Codes(b0, wide)), d, out0 + k);
-      hn::StoreU(blend(Codes(a1, wide), Codes(b1, wide)), d, out1 + k);
+      const auto a0 = words(ra + 4 * k), a1 = words(ra + 4 * k + 2 * L);
+      const auto b0 = words(rb + 4 * k), b1 = words(rb + 4 * k + 2 * L);
+      hn::StoreU(blend(Codes(hn::ConcatEven(du, a1, a0), wide), Codes(hn::ConcatEven(du, b1, b0), wide)),
+                 d, out0 + k);
+      hn::StoreU(blend(Codes(hn::ConcatOdd(du, a1, a0), wide), Codes(hn::ConcatOdd(du, b1, b0), wide)),
+                 d, out1 + k);
     }
   }
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, k, cw);

@@ -449,10 +449,13 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
     SCOPED_TRACE(target);
     for (const Size2& sz : TestSizes(rng, 4)) {
       const size_t n = static_cast<size_t>(sz.w);
-      std::vector<uint8_t> ra(4 * n), rb(4 * n), y(2 * n);
-      for (auto* row : {&ra, &rb, &y}) {
+      // Rows one byte into their buffers: 16-bit rows of an odd stride are
+      // not word-aligned.
+      std::vector<uint8_t> rab(4 * n + 1), rbb(4 * n + 1), yb(2 * n + 1);
+      for (auto* row : {&rab, &rbb, &yb}) {
         for (auto& b : *row) b = static_cast<uint8_t>(byte(rng));
       }
+      const uint8_t *ra = rab.data() + 1, *rb = rbb.data() + 1, *y = yb.data() + 1;
       for (int wide = 0; wide < 3; ++wide) {
         for (int pack = 1; pack <= 2; ++pack) {
           const int wa = 2 + (sz.h & 1);
@@ -462,10 +465,9 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
             got[c].assign(n + 1, -1);
             want[c].assign(n + 1, -1);
           }
-          csc::NewChromaRow(ra.data(), rb.data(), wa, pack, wide, off8, got[0].data(),
-                            got[1].data(), n);
-          csc::scalar::NewChromaRow(ra.data(), rb.data(), wa, pack, wide, off8, want[0].data(),
-                                    want[1].data(), 0, n);
+          csc::NewChromaRow(ra, rb, wa, pack, wide, off8, got[0].data(), got[1].data(), n);
+          csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, want[0].data(), want[1].data(),
+                                    0, n);
           for (int c = 0; c < pack; ++c) want[c][n] = want[c][n - 1];
           ASSERT_EQ(got[0], want[0]) << sz.w << " wide " << wide << " pack " << pack;
           ASSERT_EQ(got[1], want[1]) << sz.w << " wide " << wide << " pack " << pack;
@@ -491,9 +493,8 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
         for (int wide = 0; wide < 3; ++wide) {
           const bool half = (wide + o.r) & 1;
           std::vector<uint8_t> got(4 * n + 8, 7), want(4 * n + 8, 7);
-          csc::NewYuvToRgbRow(k, y.data(), wide, u.data(), v.data(), half, o, got.data(), n);
-          csc::scalar::NewYuvToRgbRow(k, y.data(), wide, u.data(), v.data(), half, o,
-                                      want.data(), 0, n);
+          csc::NewYuvToRgbRow(k, y, wide, u.data(), v.data(), half, o, got.data(), n);
+          csc::scalar::NewYuvToRgbRow(k, y, wide, u.data(), v.data(), half, o, want.data(), 0, n);
           ASSERT_EQ(got, want) << sz.w << " px " << o.px << " r " << o.r << " wide " << wide;
         }
       }
