@@ -359,11 +359,10 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 // The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
 // of each kPx-byte pixel. Returns the pixels done.
 template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
-size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+size_t FusedRow(const Coefs& k, int16_t yoff8, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
   const size_t S = hn::Lanes(DB());
-  const CoefRegs c = Regs(CoefsOf(k));
-  const int16_t yoff8 = static_cast<int16_t>(k.in_off8[0]);
+  const CoefRegs c = Regs(k);
   size_t x = 0;
   for (; x + S <= n; x += S) {
     Step s;
@@ -376,10 +375,11 @@ size_t FusedRow(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16
 void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                        const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
                        size_t n) {
-  size_t (*row)(const csc::NewMatrix&, const uint8_t*, int, const int16_t*, const int16_t*, bool,
+  size_t (*row)(const Coefs&, int16_t, const uint8_t*, int, const int16_t*, const int16_t*, bool,
                 uint8_t*, size_t) = nullptr;
   const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
-  const bool split = CoefsOf(k).bu_lo != 0;
+  const Coefs c = CoefsOf(k);
+  const bool split = c.bu_lo != 0;
   switch (o.px * 10000 + order) {
 #define KELO_ROW(code, ...)                                                   \
   case code:                                                                 \
@@ -394,7 +394,8 @@ void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, cons
 #undef KELO_ROW
     default: break;
   }
-  const size_t x = row != nullptr ? row(k, y, wide, u, v, half, dst, n) : 0;
+  const size_t x =
+      row != nullptr ? row(c, static_cast<int16_t>(k.in_off8[0]), y, wide, u, v, half, dst, n) : 0;
   csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
 }
 #else
