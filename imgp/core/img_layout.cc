@@ -8,7 +8,7 @@
 namespace kelo {
 namespace {
 
-constexpr size_t Word(size_t offset) { return offset / 4; }
+[[maybe_unused]] constexpr size_t Word(size_t offset) { return offset / 4; }
 
 #if UINTPTR_MAX == 0xFFFFFFFFu
 static_assert(sizeof(kimgp_img) == 44 * 4, "44 words");

@@ -29,7 +29,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 using csc::NewMatrix;
 using csc::NewRgbOrder;
 
-constexpr int kLumaShift = csc::kNewShift - 3, kChromaShift = csc::kNewShift - 1;
+[[maybe_unused]] constexpr int kLumaShift = csc::kNewShift - 3,
+                                kChromaShift = csc::kNewShift - 1;
 
 #if KELO_X86_RAW
 // x86: L / 4 pixels to a vector, 4 to each 128-bit block from its first
