@@ -112,6 +112,8 @@ struct Plan {
   NewMatrix k;             // matrix mode
   bool vec;                // k fits the vector rows
   bool fused;              // YUV to RGB by RunFused
+  bool rgb_fused;          // RGB to YUV by RunRgbToYuv, with these rows:
+  NewRgbRows rgb;
   Range sr, dr;            // YUV sides' ranges (rescale: the spans' ratios)
   int32_t dmax;            // largest code of the destination
 };
@@ -383,22 +385,28 @@ void StoreRgb(kimgp_img& d, const Layout& l, int32_t y, int32_t w, const int32_t
   }
 }
 
-// 3- and 4-byte RGB pixels to 8-bit planar or semi-planar YUV: row y's luma,
-// and the chroma row starting there, straight from the pixels.
-bool RgbToYuvFused(const Plan& p) {
-  return IsRgb(*p.s) && p.s->px >= 3 && !IsRgb(*p.d) && !p.d->wide && p.d->kind != Kind::kPacked;
+// 3- and 4-byte RGB pixels to 8-bit planar or semi-planar YUV: each row's
+// luma, and the chroma row starting there, straight from the pixels.
+bool RgbToYuvFused(const Layout& sl, const Layout& dl) {
+  return IsRgb(sl) && sl.px >= 3 && !IsRgb(dl) && !dl.wide && dl.kind != Kind::kPacked;
 }
-void RgbToYuvFusedRow(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t y) {
+void RunRgbToYuv(const Plan& p, const kimgp_img& s, kimgp_img& d) {
   const Layout& sl = *p.s;
   const Layout& dl = *p.d;
   const NewRgbOrder o{sl.px, sl.r, sl.g, sl.b, sl.a};
-  NewRgbLumaRow(p.k, o, RowOf(s, 0, y), RowOf(d, 0, y), static_cast<size_t>(p.w));
-  if (dl.kind == Kind::kLuma || (dl.ys && (y & 1))) return;
-  const int32_t cy = dl.ys ? y >> 1 : y, y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
-  uint8_t* u = dl.kind == Kind::kSemi ? RowOf(d, 1, cy) + dl.ci[0] : RowOf(d, dl.ci[0], cy);
-  uint8_t* v = dl.kind == Kind::kSemi ? RowOf(d, 1, cy) + dl.ci[1] : RowOf(d, dl.ci[1], cy);
-  NewRgbChromaRow(p.k, o, RowOf(s, 0, y), RowOf(s, 0, y1), 1 << dl.xs, u, v,
-                  dl.kind == Kind::kSemi ? 2 : 1, static_cast<size_t>(p.w));
+  const size_t w = static_cast<size_t>(p.w);
+  const bool chroma = dl.kind != Kind::kLuma, semi = dl.kind == Kind::kSemi;
+  const int up = semi ? 1 : dl.ci[0], vp = semi ? 1 : dl.ci[1];
+  const int32_t uo = semi ? dl.ci[0] : 0, vo = semi ? dl.ci[1] : 0;
+  for (int32_t y = 0; y < p.h; ++y) {
+    const uint8_t* row = RowOf(s, 0, y);
+    p.rgb.luma(p.k, o, row, RowOf(d, 0, y), w);
+    if (!chroma || (dl.ys && (y & 1))) continue;
+    const int32_t cy = dl.ys ? y >> 1 : y;
+    const uint8_t* next = dl.ys && y + 1 < p.h ? row + s.stride[0] : row;
+    p.rgb.chroma(p.k, o, row, next, 1 << dl.xs, RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo,
+                 semi ? 2 : 1, w);
+  }
 }
 
 // ---- The pipeline. ----
@@ -440,6 +448,10 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
     RunFused(p, s, d, buf);
     return;
   }
+  if (p.rgb_fused) {
+    RunRgbToYuv(p, s, d);
+    return;
+  }
   const int32_t w = p.w;
   int32_t* tmp = buf;            // 4 rows: raw chroma
   int32_t* c[3] = {buf + 4 * w, buf + 5 * w, buf + 6 * w};   // source channels
@@ -450,10 +462,6 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   for (int32_t y = 0; y < p.h; ++y) {
     // Full-resolution source channels of row y.
     if (srgb) {
-      if (RgbToYuvFused(p)) {
-        RgbToYuvFusedRow(p, s, d, y);
-        continue;
-      }
       LoadRgb(s, *p.s, y, w, c[0], c[1], c[2]);
     } else {
       LoadLuma(s, *p.s, y, w, c[0]);
@@ -549,6 +557,8 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
   p.fused = !srgb && drgb && (sl->kind == Kind::kPlanar || sl->kind == Kind::kSemi) &&
             dl->px >= 3 && p.vec && NewYuvToRgbFits(p.k);
+  p.rgb_fused = RgbToYuvFused(*sl, *dl);
+  if (p.rgb_fused) p.rgb = NewRgbRowsFor(p.k, {sl->px, sl->r, sl->g, sl->b, sl->a}, 1 << dl->xs);
   // A width whose rows the address space cannot hold is memory not had.
   if (static_cast<uint64_t>(w) > SIZE_MAX / (sizeof(int32_t) * kRows)) return KIMGP_ERR_ARGS;
   int32_t* buf = static_cast<int32_t*>(HeapAlloc(sizeof(int32_t) * kRows * static_cast<size_t>(w)));

@@ -204,8 +204,69 @@ void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
   csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n16, n);
 }
 
+// Luma in byte products where the map allows (the usual case): with the
+// coefficients split as m = 64 h + l (h < 256, l < 64), H = sum h c and
+// L = sum l c are exact 16-bit sums of byte products (vmull/vmlal.u8, eight
+// pixels an instruction) and, for an offset A that is a multiple of 64,
+// y = (64 H + L + A) >> 14 = (H + (L >> 6) + A / 64) >> 8: one shift-and-add
+// and one narrowing add of the high halves (vaddhn). Needs non-negative
+// coefficients and no pixel reaching 256 before the clamp (so that the sum
+// stays within 16 bits and the clamp has nothing to do).
+bool LumaByteHalves(const NewMatrix& k) {
+  const int32_t a = k.add[0] >> 3;
+  int64_t top = a;
+  bool ok = a >= 0 && (a & 63) == 0;
+  for (int j = 0; j < 3; ++j) {
+    ok = ok && k.m[0][j] >= 0 && (k.m[0][j] >> 6) < 256;
+    top += int64_t{k.m[0][j]} * 255;
+  }
+  return ok && top < (int64_t{1} << kLumaShift) * 256;
+}
+template <class Src>
+void LumaRowNeonBytes(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
+  uint8x8_t h[3], l[3];
+  for (int j = 0; j < 3; ++j) {
+    h[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] >> 6));
+    l[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] & 63));
+  }
+  const uint16x8_t add = vdupq_n_u16(static_cast<uint16_t>((k.add[0] >> 3) >> 6));
+  const auto codes = [&](uint8x8_t r, uint8x8_t g, uint8x8_t b) {
+    const uint16x8_t hs = vmlal_u8(vmlal_u8(vmull_u8(r, h[0]), g, h[1]), b, h[2]);
+    const uint16x8_t ls = vmlal_u8(vmlal_u8(vmull_u8(r, l[0]), g, l[1]), b, l[2]);
+    return vaddhn_u16(vsraq_n_u16(hs, ls, 6), add);
+  };
+  const size_t n16 = n & ~size_t{15};
+  const uint8_t* p = s;
+  for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
+    uint8x16_t r, g, b;
+    RgbChannels<Src>(p, &r, &g, &b);
+    vst1q_u8(py, vcombine_u8(codes(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b)),
+                             codes(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b))));
+  }
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n16, n);
+}
+
+// Chroma codes when both offsets are 128 and a rounding half (the usual
+// case): a rounding narrowing shift and a saturating narrowing to signed
+// bytes, then 128 added by flipping the top bit; no offset to start each sum
+// from.
+constexpr int32_t kCentred = (128 << kChromaShift) + (1 << (kChromaShift - 1));
+bool ChromaCentred(const NewMatrix& k) {
+  return 2 * (k.add[1] >> 2) == kCentred && 2 * (k.add[2] >> 2) == kCentred;
+}
+HWY_INLINE uint8x8_t CentredCodes(const int16x8_t c[3], int16x4_t m) {
+  const auto half = [&](int16x4_t c0, int16x4_t c1, int16x4_t c2) {
+    return vqrshrn_n_s32(
+        vmlal_lane_s16(vmlal_lane_s16(vmull_lane_s16(c0, m, 0), c1, m, 1), c2, m, 2), kChromaShift);
+  };
+  const int8x8_t t = vqmovn_s16(
+      vcombine_s16(half(vget_low_s16(c[0]), vget_low_s16(c[1]), vget_low_s16(c[2])),
+                   half(vget_high_s16(c[0]), vget_high_s16(c[1]), vget_high_s16(c[2]))));
+  return veor_u8(vreinterpret_u8_s8(t), vdup_n_u8(0x80));
+}
+
 // Samples [0, n16 / 2) to planes (kOut 0) or pairs, U first (1) or V (2).
-template <class Src, int kOut>
+template <class Src, int kOut, bool kCentredCodes>
 void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
                       uint8_t* v, size_t n16) {
   const int16x4_t mu = Coefficients(k, 1), mv = Coefficients(k, 2);
@@ -220,8 +281,14 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     for (int j = 0; j < 3; ++j) {
       sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
     }
-    const uint8x8_t cu = Codes<kChromaShift>(sums, mu, addu);
-    const uint8x8_t cv = Codes<kChromaShift>(sums, mv, addv);
+    uint8x8_t cu, cv;
+    if constexpr (kCentredCodes) {
+      cu = CentredCodes(sums, mu);
+      cv = CentredCodes(sums, mv);
+    } else {
+      cu = Codes<kChromaShift>(sums, mu, addu);
+      cv = Codes<kChromaShift>(sums, mv, addv);
+    }
     if constexpr (kOut == 0) {
       vst1_u8(u, cu);
       vst1_u8(v, cv);
@@ -232,16 +299,16 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     }
   }
 }
-template <class Src>
+template <class Src, bool kCentredCodes>
 void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
                    uint8_t* v, size_t step, size_t w) {
   const size_t n16 = w & ~size_t{15};
   if (step == 1) {
-    ChromaBlocksNeon<Src, 0>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 0, kCentredCodes>(k, s0, s1, u, v, n16);
   } else if (u < v) {
-    ChromaBlocksNeon<Src, 1>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 1, kCentredCodes>(k, s0, s1, u, v, n16);
   } else {
-    ChromaBlocksNeon<Src, 2>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 2, kCentredCodes>(k, s0, s1, u, v, n16);
   }
   csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v,
                                step, n16 / 2, w);
@@ -262,35 +329,50 @@ bool WithAnyOrder(const NewRgbOrder& o, F&& f) {
          WithOrder<csc::Rgb888>(o, f) || WithOrder<csc::Bgr888>(o, f);
 }
 
-void NewRgbLumaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
-                      size_t n) {
 #if KELO_X86_RAW || HWY_TARGET == HWY_NEON
-  const bool done = csc::NewRgbRowsVec(k) && WithAnyOrder(o, [&](auto src) {
+// The rows behind the function pointers of NewRgbRows (order and
+// subsampling fixed by the choice).
+template <class Src, bool kBytes>
+void LumaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s, uint8_t* y, size_t n) {
 #if KELO_X86_RAW
-    LumaRowX86<decltype(src)>(k, s, y, n);
+  LumaRowX86<Src>(k, s, y, n);
 #else
-    LumaRowNeon<decltype(src)>(k, s, y, n);
+  if constexpr (kBytes) {
+    LumaRowNeonBytes<Src>(k, s, y, n);
+  } else {
+    LumaRowNeon<Src>(k, s, y, n);
+  }
 #endif
-  });
-  if (done) return;
-#endif
-  csc::scalar::NewRgbLumaRow(k, o, s, y, 0, n);
 }
-
-void NewRgbChromaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
-                        const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
-                        size_t w) {
-#if KELO_X86_RAW || HWY_TARGET == HWY_NEON
-  const bool done = sub == 2 && csc::NewRgbRowsVec(k) && WithAnyOrder(o, [&](auto src) {
+template <class Src, bool kCentredCodes>
+void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, const uint8_t* s1,
+                 int, uint8_t* u, uint8_t* v, size_t step, size_t w) {
 #if KELO_X86_RAW
-    ChromaRowX86<decltype(src)>(k, s0, s1, u, v, step, w);
+  ChromaRowX86<Src>(k, s0, s1, u, v, step, w);
 #else
-    ChromaRowNeon<decltype(src)>(k, s0, s1, u, v, step, w);
+  ChromaRowNeon<Src, kCentredCodes>(k, s0, s1, u, v, step, w);
 #endif
+}
+#endif
+
+void NewRgbRowsForVec(const NewMatrix& k, const NewRgbOrder& o, int sub, csc::NewRgbRows* rows) {
+  *rows = {csc::scalar::NewRgbLumaRowAll, csc::scalar::NewRgbChromaRowAll};
+#if KELO_X86_RAW || HWY_TARGET == HWY_NEON
+  if (!csc::NewRgbRowsVec(k)) return;
+  WithAnyOrder(o, [&](auto src) {
+    using Src = decltype(src);
+#if HWY_TARGET == HWY_NEON
+    rows->luma = LumaByteHalves(k) ? LumaEntry<Src, true> : LumaEntry<Src, false>;
+    const bool centred = ChromaCentred(k);
+#else
+    rows->luma = LumaEntry<Src, false>;
+    const bool centred = false;
+#endif
+    if (sub == 2) rows->chroma = centred ? ChromaEntry<Src, true> : ChromaEntry<Src, false>;
   });
-  if (done) return;
+#else
+  (void)k, (void)o, (void)sub;
 #endif
-  csc::scalar::NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
 }
 
 }  // namespace HWY_NAMESPACE
@@ -302,24 +384,17 @@ HWY_AFTER_NAMESPACE();
 namespace kelo {
 namespace csc {
 namespace scalar {
-inline void NewRgbLumaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
-                             size_t n) {
-  NewRgbLumaRow(k, o, s, y, 0, n);
-}
-inline void NewRgbChromaRowVec(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
-                               const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
-                               size_t w) {
-  NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
+inline void NewRgbRowsForVec(const NewMatrix&, const NewRgbOrder&, int, NewRgbRows* rows) {
+  *rows = {NewRgbLumaRowAll, NewRgbChromaRowAll};
 }
 }  // namespace scalar
 }  // namespace csc
 
-KELO_VEC_EXPORT(NewRgbLumaRowVec);
-KELO_VEC_EXPORT(NewRgbChromaRowVec);
+KELO_VEC_EXPORT(NewRgbRowsForVec);
 
 namespace csc {
 // Three products of 16-bit coefficients and 2040 and an offset of at most
-// 2^30 stay below 2^31 (cheaper than NewMatrixFits, once per row).
+// 2^30 stay below 2^31 (cheaper than NewMatrixFits).
 bool NewRgbRowsVec(const NewMatrix& k) {
   bool ok = k.hi == 255;
   for (int r = 0; r < 3; ++r) {
@@ -328,12 +403,17 @@ bool NewRgbRowsVec(const NewMatrix& k) {
   }
   return ok;
 }
+NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub) {
+  NewRgbRows rows;
+  KELO_VEC_CALL(NewRgbRowsForVec, scalar::NewRgbRowsForVec)(k, o, sub, &rows);
+  return rows;
+}
 void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n) {
-  KELO_VEC_CALL(NewRgbLumaRowVec, scalar::NewRgbLumaRowVec)(k, o, s, y, n);
+  NewRgbRowsFor(k, o, 2).luma(k, o, s, y, n);
 }
 void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w) {
-  KELO_VEC_CALL(NewRgbChromaRowVec, scalar::NewRgbChromaRowVec)(k, o, s0, s1, sub, u, v, step, w);
+  NewRgbRowsFor(k, o, sub).chroma(k, o, s0, s1, sub, u, v, step, w);
 }
 }  // namespace csc
 }  // namespace kelo

@@ -45,7 +45,28 @@ inline void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint
     }
   }
 }
+// The two rows over whole rows, as the function pointers of NewRgbRows.
+inline void NewRgbLumaRowAll(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y,
+                             size_t n) {
+  NewRgbLumaRow(k, o, s, y, 0, n);
+}
+inline void NewRgbChromaRowAll(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
+                               const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
+                               size_t w) {
+  NewRgbChromaRow(k, o, s0, s1, sub, u, v, step, 0, w);
+}
 }  // namespace scalar
+
+// The rows of one image, chosen once for its map, pixel order and chroma
+// subsampling: scalar::NewRgbLumaRow and NewRgbChromaRow over whole rows on
+// the best target (the order and subsampling given to the choice are the
+// ones the rows are then called with).
+struct NewRgbRows {
+  void (*luma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
+  void (*chroma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
+                 int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
+};
+NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub);
 
 // Whether the vector rows may run for k (otherwise the entries below run the
 // scalar rows): no input offsets, 8-bit codes, coefficients within 16 bits and

@@ -33,6 +33,20 @@ csc::NewMatrix RandomMatrix(std::mt19937& rng, int32_t span) {
   return k;
 }
 
+// Makes the offsets of k the usual ones and its luma row the usual kind
+// (non-negative coefficients, an offset of whole 64ths, no code past 255
+// before the clamp), half the time at the edge of that range, with junk in
+// the offsets' low bits.
+void UsualOffsets(std::mt19937& rng, csc::NewMatrix& k) {
+  for (int r = 1; r < 3; ++r) k.add[r] = (128 << 17) + (1 << 16) + static_cast<int32_t>(rng() & 3);
+  std::uniform_int_distribution<int32_t> coef(0, 5400);
+  int32_t top = 0;
+  for (int j = 0; j < 3; ++j) top += 255 * (k.m[0][j] = coef(rng));
+  const int32_t room = ((1 << 22) - 1 - top) / 64;
+  k.add[0] = (64 * (rng() & 1 ? room : static_cast<int32_t>(rng() % (room + 1)))) * 8 +
+             static_cast<int32_t>(rng() & 7);
+}
+
 std::vector<uint8_t> RandomBytes(std::mt19937& rng, size_t n) {
   std::vector<uint8_t> v(n);
   for (auto& b : v) b = static_cast<uint8_t>(rng());
@@ -45,7 +59,8 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
     SCOPED_TRACE(target);
     for (const Size2& sz : TestSizes(rng, 8)) {
       const size_t w = static_cast<size_t>(sz.w) + (sz.h & 1);
-      const csc::NewMatrix k = RandomMatrix(rng, sz.h % 3 == 2 ? 32767 : 8000);
+      csc::NewMatrix k = RandomMatrix(rng, sz.h % 3 == 2 ? 32767 : 8000);
+      if (sz.w & 1) UsualOffsets(rng, k);
       ASSERT_TRUE(csc::NewRgbRowsVec(k));
       for (const csc::NewRgbOrder& o : kOrders) {
         SCOPED_TRACE(testing::Message() << "w " << w << " px " << o.px << " r " << o.r);
