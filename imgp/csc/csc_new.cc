@@ -111,7 +111,8 @@ struct Plan {
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
   NewMatrix k;             // matrix mode
   bool vec;                // k fits the vector rows
-  bool fused;              // YUV to RGB by RunFused
+  bool fused;              // YUV to RGB by RunFused, with these rows:
+  NewYuvRows yuv;
   bool rgb_fused;          // RGB to YUV by RunRgbToYuv, with these rows:
   NewRgbRows rgb;
   Range sr, dr;            // YUV sides' ranges (rescale: the spans' ratios)
@@ -430,16 +431,18 @@ void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
     if (l.kind == Kind::kPlanar) {
       int16_t* out[2] = {cu, cv};
       for (int c = 0; c < 2; ++c) {
-        NewChromaRow(RowOf(s, l.ci[c], ra), RowOf(s, l.ci[c], rb), wa, 1, l.wide, off8, out[c],
+        p.yuv.chroma(RowOf(s, l.ci[c], ra), RowOf(s, l.ci[c], rb), wa, 1, l.wide, off8, out[c],
                      nullptr, n);
+        NewChromaRepeat(1, out[c], nullptr, n);
       }
     } else {
-      const bool u_first = l.ci[0] == 0;
-      NewChromaRow(RowOf(s, 1, ra), RowOf(s, 1, rb), wa, 2, l.wide, off8, u_first ? cu : cv,
-                   u_first ? cv : cu, n);
+      int16_t* out0 = l.ci[0] == 0 ? cu : cv;
+      int16_t* out1 = l.ci[0] == 0 ? cv : cu;
+      p.yuv.chroma(RowOf(s, 1, ra), RowOf(s, 1, rb), wa, 2, l.wide, off8, out0, out1, n);
+      NewChromaRepeat(2, out0, out1, n);
     }
-    NewYuvToRgbRow(p.k, RowOf(s, 0, y), l.wide, cu, cv, l.xs != 0, order, RowOf(d, 0, y),
-                   static_cast<size_t>(w));
+    p.yuv.rgb(p.k, RowOf(s, 0, y), l.wide, cu, cv, l.xs != 0, order, RowOf(d, 0, y),
+              static_cast<size_t>(w));
   }
 }
 
@@ -557,6 +560,7 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
   p.fused = !srgb && drgb && (sl->kind == Kind::kPlanar || sl->kind == Kind::kSemi) &&
             dl->px >= 3 && p.vec && NewYuvToRgbFits(p.k);
+  if (p.fused) p.yuv = NewYuvRowsFor(p.k, {dl->px, dl->r, dl->g, dl->b, dl->a});
   p.rgb_fused = RgbToYuvFused(*sl, *dl);
   if (p.rgb_fused) p.rgb = NewRgbRowsFor(p.k, {sl->px, sl->r, sl->g, sl->b, sl->a}, 1 << dl->xs);
   // A width whose rows the address space cannot hold is memory not had.

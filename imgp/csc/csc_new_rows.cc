@@ -82,18 +82,27 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
     const auto row = [&](uint8x8_t a, uint8x8_t b) {
       return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off.raw);
     };
+    // The loops bump their pointers (post-increment addressing).
+    const uint8_t *pa = ra, *pb = rb;
     if (pack == 1) {
-      for (; k + 16 <= cw; k += 16) {
-        const uint8x16_t a = vld1q_u8(ra + k), b = vld1q_u8(rb + k);
-        vst1q_s16(out0 + k, row(vget_low_u8(a), vget_low_u8(b)));
-        vst1q_s16(out0 + k + 8, row(vget_high_u8(a), vget_high_u8(b)));
+      k = cw & ~size_t{15};
+      for (int16_t *p0 = out0, *const end = out0 + k; p0 != end; p0 += 16, pa += 16, pb += 16) {
+        const uint8x16_t a = vld1q_u8(pa), b = vld1q_u8(pb);
+        vst1q_s16(p0, row(vget_low_u8(a), vget_low_u8(b)));
+        vst1q_s16(p0 + 8, row(vget_high_u8(a), vget_high_u8(b)));
       }
-      for (; k + 8 <= cw; k += 8) vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
+      if (k + 8 <= cw) {
+        vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
+        k += 8;
+      }
     } else {
-      for (; k + 8 <= cw; k += 8) {
-        const uint8x8x2_t a = vld2_u8(ra + 2 * k), b = vld2_u8(rb + 2 * k);
-        vst1q_s16(out0 + k, row(a.val[0], b.val[0]));
-        vst1q_s16(out1 + k, row(a.val[1], b.val[1]));
+      k = cw & ~size_t{7};
+      int16_t* p1 = out1;
+      for (int16_t *p0 = out0, *const end = out0 + k; p0 != end;
+           p0 += 8, p1 += 8, pa += 16, pb += 16) {
+        const uint8x8x2_t a = vld2_u8(pa), b = vld2_u8(pb);
+        vst1q_s16(p0, row(a.val[0], b.val[0]));
+        vst1q_s16(p1, row(a.val[1], b.val[1]));
       }
     }
   }
@@ -372,18 +381,24 @@ size_t FusedRow(const Coefs& k, int16_t yoff8, const uint8_t* y, int wide, const
   return x;
 }
 
-void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
-                       size_t n) {
-  size_t (*row)(const Coefs&, int16_t, const uint8_t*, int, const int16_t*, const int16_t*, bool,
-                uint8_t*, size_t) = nullptr;
+// A whole row of one channel order: the vector part, then the scalar tail.
+template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
+void RgbEntry(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+              const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst, size_t n) {
+  const size_t x = FusedRow<kPx, kR, kG, kB, kA, kBSplit>(
+      CoefsOf(k), static_cast<int16_t>(k.in_off8[0]), y, wide, u, v, half, dst, n);
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
+}
+
+void NewYuvRowsForVec(const csc::NewMatrix& k, const csc::NewRgbOrder& o, csc::NewYuvRows* rows) {
+  rows->chroma = NewChromaRowVec;
+  rows->rgb = csc::scalar::NewYuvToRgbRowAll;
   const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
-  const Coefs c = CoefsOf(k);
-  const bool split = c.bu_lo != 0;
+  const bool split = CoefsOf(k).bu_lo != 0;
   switch (o.px * 10000 + order) {
-#define KELO_ROW(code, ...)                                                   \
-  case code:                                                                 \
-    row = split ? FusedRow<__VA_ARGS__, true> : FusedRow<__VA_ARGS__, false>; \
+#define KELO_ROW(code, ...)                                                                   \
+  case code:                                                                                 \
+    rows->rgb = split ? RgbEntry<__VA_ARGS__, true> : RgbEntry<__VA_ARGS__, false>;           \
     break;
     KELO_ROW(30129, 3, 0, 1, 2, 3)
     KELO_ROW(32109, 3, 2, 1, 0, 3)
@@ -394,15 +409,10 @@ void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, cons
 #undef KELO_ROW
     default: break;
   }
-  const size_t x =
-      row != nullptr ? row(c, static_cast<int16_t>(k.in_off8[0]), y, wide, u, v, half, dst, n) : 0;
-  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
 }
 #else
-void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
-                       size_t n) {
-  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
+  *rows = {NewChromaRowVec, csc::scalar::NewYuvToRgbRowAll};
 }
 #endif  // KELO_NEW_FUSED
 #undef KELO_NEW_FUSED
@@ -416,10 +426,8 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
                      int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
-void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
-                       size_t n) {
-  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
+  *rows = {NewChromaRowVec, csc::scalar::NewYuvToRgbRowAll};
 }
 #endif  // HWY_TARGET != HWY_SCALAR
 
@@ -440,17 +448,19 @@ inline void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pa
                             int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
   NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
-inline void NewYuvToRgbRowVec(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-                              const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
-                              size_t n) {
-  NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+inline void NewChromaRowAll(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                            int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
+  NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
+}
+inline void NewYuvRowsForVec(const NewMatrix&, const NewRgbOrder&, NewYuvRows* rows) {
+  *rows = {NewChromaRowAll, NewYuvToRgbRowAll};
 }
 }  // namespace scalar
 }  // namespace csc
 
 KELO_VEC_EXPORT(NewMatrixRowVec);
 KELO_VEC_EXPORT(NewChromaRowVec);
-KELO_VEC_EXPORT(NewYuvToRgbRowVec);
+KELO_VEC_EXPORT(NewYuvRowsForVec);
 
 namespace csc {
 bool NewMatrixFits(const NewMatrix& k, int32_t max_in8) {
@@ -479,16 +489,20 @@ bool NewYuvToRgbFits(const NewMatrix& k) {
          halves16(k.m[2][1]) && k.add[0] == 1 << (kNewShift - 1) && k.add[1] == k.add[0] &&
          k.add[2] == k.add[0] && k.hi == 255 && in16(k.in_off8[0]);
 }
+NewYuvRows NewYuvRowsFor(const NewMatrix& k, const NewRgbOrder& o) {
+  NewYuvRows rows;
+  KELO_VEC_CALL(NewYuvRowsForVec, scalar::NewYuvRowsForVec)(k, o, &rows);
+  return rows;
+}
 void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
                   int16_t* out0, int16_t* out1, size_t cw) {
   KELO_VEC_CALL(NewChromaRowVec, scalar::NewChromaRowVec)(ra, rb, wa, pack, wide, off8, out0, out1,
                                                           cw);
-  out0[cw] = out0[cw - 1];
-  if (pack == 2) out1[cw] = out1[cw - 1];
+  NewChromaRepeat(pack, out0, out1, cw);
 }
 void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                     const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n) {
-  KELO_VEC_CALL(NewYuvToRgbRowVec, scalar::NewYuvToRgbRowVec)(k, y, wide, u, v, half, o, dst, n);
+  NewYuvRowsFor(k, o).rgb(k, y, wide, u, v, half, o, dst, n);
 }
 }  // namespace csc
 }  // namespace kelo

@@ -110,7 +110,30 @@ inline void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const
     if (o.a >= 0) q[o.a] = 255;
   }
 }
+// The row over a whole row, as the function pointer of NewYuvRows.
+inline void NewYuvToRgbRowAll(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                              const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
+                              size_t n) {
+  NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+}
 }  // namespace scalar
+
+// The rows of one YUV to RGB image, chosen once for its map and pixel order:
+// chroma as scalar::NewChromaRow over [0, cw) (without the repeated sample of
+// NewChromaRow below: NewChromaRepeat adds it), rgb as NewYuvToRgbRow (for
+// the order given to the choice).
+struct NewYuvRows {
+  void (*chroma)(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
+                 int16_t* out0, int16_t* out1, size_t cw);
+  void (*rgb)(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u, const int16_t* v,
+              bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
+};
+NewYuvRows NewYuvRowsFor(const NewMatrix& k, const NewRgbOrder& o);
+// Sample cw of each chroma output row repeats sample cw - 1.
+inline void NewChromaRepeat(int pack, int16_t* out0, int16_t* out1, size_t cw) {
+  out0[cw] = out0[cw - 1];
+  if (pack == 2) out1[cw] = out1[cw - 1];
+}
 
 // scalar::NewChromaRow over [0, cw) on the best target, then sample cw of
 // each output repeating sample cw - 1 (out rows hold cw + 1 samples).
