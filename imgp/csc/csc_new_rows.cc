@@ -1,6 +1,8 @@
 // Vector paths of the kimgp_csc_new row stages; tails go to the scalar rows.
 #include "imgp/csc/csc_new_rows.h"
 
+#include <type_traits>
+
 #include "common/internal/simd.h"
 
 #if KELO_HAVE_HWY
@@ -367,16 +369,26 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 #if KELO_NEW_FUSED
 // The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
 // of each kPx-byte pixel. Returns the pixels done.
-template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
+// kByteLuma and kHalf, when 0 or 1, fix wide == 0 and half for the loop (the
+// step's loads then take no branches); -1 leaves them to the arguments.
+template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit, int kByteLuma = -1,
+          int kHalf = -1>
 size_t FusedRow(const Coefs& k, int16_t yoff8, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
+  if constexpr (kByteLuma == 1) wide = 0;
+  if constexpr (kHalf >= 0) half = kHalf == 1;
   const size_t S = hn::Lanes(DB());
   const CoefRegs c = Regs(k);
+  // The loop bumps its pointers (post-increment addressing on NEON).
+  const size_t ystep = wide == 0 ? S : 2 * S, cstep = half ? S / 2 : S;
+  const uint8_t* py = y;
+  const int16_t *pu = u, *pv = v;
+  uint8_t* pd = dst;
   size_t x = 0;
-  for (; x + S <= n; x += S) {
+  for (; x + S <= n; x += S, py += ystep, pu += cstep, pv += cstep, pd += kPx * S) {
     Step s;
-    LoadStep(y, wide, u, v, half, x, yoff8, &s);
-    StoreStep<kPx, kR, kG, kB, kA, kBSplit>(s, c, dst + kPx * x);
+    LoadStep(py, wide, pu, pv, half, 0, yoff8, &s);
+    StoreStep<kPx, kR, kG, kB, kA, kBSplit>(s, c, pd);
   }
   return x;
 }
@@ -385,8 +397,26 @@ size_t FusedRow(const Coefs& k, int16_t yoff8, const uint8_t* y, int wide, const
 template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
 void RgbEntry(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
               const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst, size_t n) {
-  const size_t x = FusedRow<kPx, kR, kG, kB, kA, kBSplit>(
-      CoefsOf(k), static_cast<int16_t>(k.in_off8[0]), y, wide, u, v, half, dst, n);
+  const Coefs c = CoefsOf(k);
+  const int16_t yoff8 = static_cast<int16_t>(k.in_off8[0]);
+  size_t x;
+#if HWY_TARGET == HWY_NEON
+  // On the shipping target the loop is made for the kind of luma and chroma
+  // (the branches cost about half an instruction a pixel).
+  const auto row = [&](auto byte_luma, auto halved) {
+    return FusedRow<kPx, kR, kG, kB, kA, kBSplit, decltype(byte_luma)::value,
+                    decltype(halved)::value>(c, yoff8, y, wide, u, v, half, dst, n);
+  };
+  using F = std::integral_constant<int, 0>;
+  using T = std::integral_constant<int, 1>;
+  if (wide == 0) {
+    x = half ? row(T{}, T{}) : row(T{}, F{});
+  } else {
+    x = half ? row(F{}, T{}) : row(F{}, F{});
+  }
+#else
+  x = FusedRow<kPx, kR, kG, kB, kA, kBSplit>(c, yoff8, y, wide, u, v, half, dst, n);
+#endif
   csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
 }
 
