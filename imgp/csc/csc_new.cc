@@ -417,31 +417,50 @@ constexpr int kRows = 16;
 
 // Planar and semi-planar YUV to 24- and 32-bit RGB: per row, each chroma
 // channel blended vertically on the source's chroma grid, then one fused row.
+// With 4:2:0 chroma an odd row and the next share their source row pair: both
+// rows' chroma is made at the odd row.
 void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   const Layout& l = *p.s;
   const int32_t w = p.w, cw = l.xs ? HalfUp(w) : w;
-  int16_t* cu = reinterpret_cast<int16_t*>(buf);  // cw + 1 samples each
-  int16_t* cv = cu + cw + 1;
+  // cw + 1 samples each: U and V of this row, then of the next.
+  int16_t* c[2][2] = {{reinterpret_cast<int16_t*>(buf), nullptr}, {nullptr, nullptr}};
+  c[0][1] = c[0][0] + cw + 1;
+  c[1][0] = c[0][1] + cw + 1;
+  c[1][1] = c[1][0] + cw + 1;
   const NewRgbOrder order{p.d->px, p.d->r, p.d->g, p.d->b, p.d->a};
   const int32_t off8 = 8 * p.sr.coff;
   const size_t n = static_cast<size_t>(cw);
+  const bool semi = l.kind != Kind::kPlanar;
+  const int pack = semi ? 2 : 1;
+  // Source planes and output rows of U and V (semi: one plane, U or V first).
+  const int plane[2] = {semi ? 1 : l.ci[0], semi ? 1 : l.ci[1]};
+  const int first = semi && l.ci[0] != 0 ? 1 : 0;
+  int cur = 0;
   for (int32_t y = 0; y < p.h; ++y) {
-    int32_t ra, rb, wa;
-    ChromaRows(p, y, false, &ra, &rb, &wa);
-    if (l.kind == Kind::kPlanar) {
-      int16_t* out[2] = {cu, cv};
-      for (int c = 0; c < 2; ++c) {
-        p.yuv.chroma(RowOf(s, l.ci[c], ra), RowOf(s, l.ci[c], rb), wa, 1, l.wide, off8, out[c],
-                     nullptr, n);
-        NewChromaRepeat(1, out[c], nullptr, n);
-      }
+    if (l.ys && y > 0 && !(y & 1)) {
+      cur ^= 1;  // made with row y - 1
     } else {
-      int16_t* out0 = l.ci[0] == 0 ? cu : cv;
-      int16_t* out1 = l.ci[0] == 0 ? cv : cu;
-      p.yuv.chroma(RowOf(s, 1, ra), RowOf(s, 1, rb), wa, 2, l.wide, off8, out0, out1, n);
-      NewChromaRepeat(2, out0, out1, n);
+      int32_t ra, rb, wa;
+      ChromaRows(p, y, false, &ra, &rb, &wa);
+      const bool pair = l.ys && (y & 1) && y + 1 < p.h;
+      for (int i = 0; i < (semi ? 1 : 2); ++i) {
+        const int k = semi ? first : i;
+        int16_t* a0 = c[cur][k];
+        int16_t* a1 = semi ? c[cur][1 - k] : nullptr;
+        const uint8_t* row_a = RowOf(s, plane[i], ra);
+        const uint8_t* row_b = RowOf(s, plane[i], rb);
+        if (pair) {
+          int16_t* b0 = c[cur ^ 1][k];
+          int16_t* b1 = semi ? c[cur ^ 1][1 - k] : nullptr;
+          p.yuv.chroma_pair(row_a, row_b, pack, l.wide, off8, a0, a1, b0, b1, n);
+          NewChromaRepeat(pack, b0, b1, n);
+        } else {
+          p.yuv.chroma(row_a, row_b, wa, pack, l.wide, off8, a0, a1, n);
+        }
+        NewChromaRepeat(pack, a0, a1, n);
+      }
     }
-    p.yuv.rgb(p.k, RowOf(s, 0, y), l.wide, cu, cv, l.xs != 0, order, RowOf(d, 0, y),
+    p.yuv.rgb(p.k, RowOf(s, 0, y), l.wide, c[cur][0], c[cur][1], l.xs != 0, order, RowOf(d, 0, y),
               static_cast<size_t>(w));
   }
 }

@@ -142,6 +142,50 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, k, cw);
 }
 
+void NewChromaPairVec(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                      int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  size_t k = 0;
+#if HWY_TARGET == HWY_NEON
+  if (wide == 0) {
+    // 6 a + 2 b - off8 and 2 a + 6 b - off8 from one load of each row.
+    const uint8x8_t m6 = vdup_n_u8(6), m2 = vdup_n_u8(2);
+    const int16x8_t off = vdupq_n_s16(static_cast<int16_t>(off8));
+    const auto row = [&](uint8x8_t a, uint8x8_t b) {
+      return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, m6), b, m2)), off);
+    };
+    const uint8_t *pa = ra, *pb = rb;
+    if (pack == 1) {
+      k = cw & ~size_t{15};
+      int16_t* pq = b0;
+      for (int16_t *pp = a0, *const end = a0 + k; pp != end; pp += 16, pq += 16, pa += 16, pb += 16) {
+        const uint8x16_t a = vld1q_u8(pa), b = vld1q_u8(pb);
+        vst1q_s16(pp, row(vget_low_u8(a), vget_low_u8(b)));
+        vst1q_s16(pp + 8, row(vget_high_u8(a), vget_high_u8(b)));
+        vst1q_s16(pq, row(vget_low_u8(b), vget_low_u8(a)));
+        vst1q_s16(pq + 8, row(vget_high_u8(b), vget_high_u8(a)));
+      }
+    } else {
+      k = cw & ~size_t{7};
+      int16_t *p1 = a1, *q0 = b0, *q1 = b1;
+      for (int16_t *p0 = a0, *const end = a0 + k; p0 != end;
+           p0 += 8, p1 += 8, q0 += 8, q1 += 8, pa += 16, pb += 16) {
+        const uint8x8x2_t a = vld2_u8(pa), b = vld2_u8(pb);
+        vst1q_s16(p0, row(a.val[0], b.val[0]));
+        vst1q_s16(p1, row(a.val[1], b.val[1]));
+        vst1q_s16(q0, row(b.val[0], a.val[0]));
+        vst1q_s16(q1, row(b.val[1], a.val[1]));
+      }
+    }
+    csc::scalar::NewChromaRow(ra, rb, 3, pack, wide, off8, a0, a1, k, cw);
+    csc::scalar::NewChromaRow(rb, ra, 3, pack, wide, off8, b0, b1, k, cw);
+    return;
+  }
+#endif
+  (void)k;
+  NewChromaRowVec(ra, rb, 3, pack, wide, off8, a0, a1, cw);
+  NewChromaRowVec(rb, ra, 3, pack, wide, off8, b0, b1, cw);
+}
+
 // ---- The fused YUV to RGB row. ----
 //
 // Each step takes 2 L pixels as two vectors of 16-bit lanes, A and B, that
@@ -422,6 +466,7 @@ void RgbEntry(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t
 
 void NewYuvRowsForVec(const csc::NewMatrix& k, const csc::NewRgbOrder& o, csc::NewYuvRows* rows) {
   rows->chroma = NewChromaRowVec;
+  rows->chroma_pair = NewChromaPairVec;
   rows->rgb = csc::scalar::NewYuvToRgbRowAll;
   const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
   const bool split = CoefsOf(k).bu_lo != 0;
@@ -442,7 +487,7 @@ void NewYuvRowsForVec(const csc::NewMatrix& k, const csc::NewRgbOrder& o, csc::N
 }
 #else
 void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
-  *rows = {NewChromaRowVec, csc::scalar::NewYuvToRgbRowAll};
+  *rows = {NewChromaRowVec, NewChromaPairVec, csc::scalar::NewYuvToRgbRowAll};
 }
 #endif  // KELO_NEW_FUSED
 #undef KELO_NEW_FUSED
@@ -457,7 +502,7 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
 void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
-  *rows = {NewChromaRowVec, csc::scalar::NewYuvToRgbRowAll};
+  *rows = {NewChromaRowVec, csc::scalar::NewChromaPair, csc::scalar::NewYuvToRgbRowAll};
 }
 #endif  // HWY_TARGET != HWY_SCALAR
 
@@ -483,7 +528,7 @@ inline void NewChromaRowAll(const uint8_t* ra, const uint8_t* rb, int wa, int pa
   NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
 inline void NewYuvRowsForVec(const NewMatrix&, const NewRgbOrder&, NewYuvRows* rows) {
-  *rows = {NewChromaRowAll, NewYuvToRgbRowAll};
+  *rows = {NewChromaRowAll, NewChromaPair, NewYuvToRgbRowAll};
 }
 }  // namespace scalar
 }  // namespace csc

@@ -110,7 +110,12 @@ inline void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const
     if (o.a >= 0) q[o.a] = 255;
   }
 }
-// The row over a whole row, as the function pointer of NewYuvRows.
+// The rows over whole rows, as the function pointers of NewYuvRows.
+inline void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                          int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  NewChromaRow(ra, rb, 3, pack, wide, off8, a0, a1, 0, cw);
+  NewChromaRow(rb, ra, 3, pack, wide, off8, b0, b1, 0, cw);
+}
 inline void NewYuvToRgbRowAll(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                               const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
                               size_t n) {
@@ -125,6 +130,11 @@ inline void NewYuvToRgbRowAll(const NewMatrix& k, const uint8_t* y, int wide, co
 struct NewYuvRows {
   void (*chroma)(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
                  int16_t* out0, int16_t* out1, size_t cw);
+  // The two rows of a source row pair that 4:2:0 chroma gives to two
+  // destination rows: chroma(ra, rb, 3, ...) into a0/a1 and chroma(rb, ra, 3,
+  // ...) into b0/b1, reading each source row once.
+  void (*chroma_pair)(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                      int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw);
   void (*rgb)(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u, const int16_t* v,
               bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
 };

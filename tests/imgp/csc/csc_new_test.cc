@@ -471,6 +471,20 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
           for (int c = 0; c < pack; ++c) want[c][n] = want[c][n - 1];
           ASSERT_EQ(got[0], want[0]) << sz.w << " wide " << wide << " pack " << pack;
           ASSERT_EQ(got[1], want[1]) << sz.w << " wide " << wide << " pack " << pack;
+          // Both rows of a 4:2:0 source row pair from one pass.
+          std::vector<int16_t> pg[4], pw[4];
+          for (int c = 0; c < 4; ++c) {
+            pg[c].assign(n + 1, -1);
+            pw[c].assign(n + 1, -1);
+          }
+          csc::NewYuvRowsFor(csc::NewMatrix{}, kOrders[0])
+              .chroma_pair(ra, rb, pack, wide, off8, pg[0].data(), pg[1].data(), pg[2].data(),
+                           pg[3].data(), n);
+          csc::scalar::NewChromaPair(ra, rb, pack, wide, off8, pw[0].data(), pw[1].data(),
+                                     pw[2].data(), pw[3].data(), n);
+          for (int c = 0; c < 4; ++c) {
+            ASSERT_EQ(pg[c], pw[c]) << sz.w << " wide " << wide << " pack " << pack << " out " << c;
+          }
         }
       }
       csc::NewMatrix k{};
