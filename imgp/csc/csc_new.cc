@@ -77,7 +77,6 @@ const Layout* FindLayout(int32_t cs) {
 bool IsRgb(const Layout& l) { return l.kind == Kind::kRgb; }
 int Depth(const Layout& l) { return l.wide ? 10 : 8; }
 int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
-int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
 
 // Code ranges of a YUV side: luma offset and span, chroma centre and span.
 struct Range {
@@ -111,8 +110,7 @@ struct Plan {
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
   NewMatrix k;             // matrix mode
   bool vec;                // k fits the vector rows
-  bool fused;              // YUV to RGB by RunFused, with these rows:
-  NewYuvRows yuv;
+  bool fused;              // YUV to RGB by RunFused
   bool rgb_fused;          // RGB to YUV by RunRgbToYuv, with these rows:
   NewRgbRows rgb;
   Range sr, dr;            // YUV sides' ranges (rescale: the spans' ratios)
@@ -268,11 +266,9 @@ void ChromaRows(const Plan& p, int32_t ty, bool half_v, int32_t* ra, int32_t* rb
   const Layout& l = *p.s;
   const int32_t ch = l.ys ? HalfUp(p.h) : p.h;
   *wa = 2;
-  if (!half_v && l.ys) {
-    *ra = ty >> 1;
-    *rb = (ty & 1) ? Min(*ra + 1, ch - 1) : Max(*ra - 1, 0);
-    *wa = 3;
-  } else if (half_v == (l.ys != 0)) {
+  if (!half_v) {
+    NewChromaSource(ty, l.ys != 0, ch, ra, rb, wa);
+  } else if (l.ys != 0) {
     *ra = *rb = ty;
   } else {
     *ra = 2 * ty;
@@ -417,52 +413,30 @@ constexpr int kRows = 16;
 
 // Planar and semi-planar YUV to 24- and 32-bit RGB: per row, each chroma
 // channel blended vertically on the source's chroma grid, then one fused row.
-// With 4:2:0 chroma an odd row and the next share their source row pair: both
-// rows' chroma is made at the odd row.
 void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   const Layout& l = *p.s;
-  const int32_t w = p.w, cw = l.xs ? HalfUp(w) : w;
-  // cw + 1 samples each: U and V of this row, then of the next.
-  int16_t* c[2][2] = {{reinterpret_cast<int16_t*>(buf), nullptr}, {nullptr, nullptr}};
-  c[0][1] = c[0][0] + cw + 1;
-  c[1][0] = c[0][1] + cw + 1;
-  c[1][1] = c[1][0] + cw + 1;
-  const NewRgbOrder order{p.d->px, p.d->r, p.d->g, p.d->b, p.d->a};
-  const int32_t off8 = 8 * p.sr.coff;
-  const size_t n = static_cast<size_t>(cw);
   const bool semi = l.kind != Kind::kPlanar;
-  const int pack = semi ? 2 : 1;
-  // Source planes and output rows of U and V (semi: one plane, U or V first).
-  const int plane[2] = {semi ? 1 : l.ci[0], semi ? 1 : l.ci[1]};
-  const int first = semi && l.ci[0] != 0 ? 1 : 0;
-  int cur = 0;
-  for (int32_t y = 0; y < p.h; ++y) {
-    if (l.ys && y > 0 && !(y & 1)) {
-      cur ^= 1;  // made with row y - 1
-    } else {
-      int32_t ra, rb, wa;
-      ChromaRows(p, y, false, &ra, &rb, &wa);
-      const bool pair = l.ys && (y & 1) && y + 1 < p.h;
-      for (int i = 0; i < (semi ? 1 : 2); ++i) {
-        const int k = semi ? first : i;
-        int16_t* a0 = c[cur][k];
-        int16_t* a1 = semi ? c[cur][1 - k] : nullptr;
-        const uint8_t* row_a = RowOf(s, plane[i], ra);
-        const uint8_t* row_b = RowOf(s, plane[i], rb);
-        if (pair) {
-          int16_t* b0 = c[cur ^ 1][k];
-          int16_t* b1 = semi ? c[cur ^ 1][1 - k] : nullptr;
-          p.yuv.chroma_pair(row_a, row_b, pack, l.wide, off8, a0, a1, b0, b1, n);
-          NewChromaRepeat(pack, b0, b1, n);
-        } else {
-          p.yuv.chroma(row_a, row_b, wa, pack, l.wide, off8, a0, a1, n);
-        }
-        NewChromaRepeat(pack, a0, a1, n);
-      }
-    }
-    p.yuv.rgb(p.k, RowOf(s, 0, y), l.wide, c[cur][0], c[cur][1], l.xs != 0, order, RowOf(d, 0, y),
-              static_cast<size_t>(w));
+  NewYuvToRgbJob j{};
+  j.k = p.k;
+  j.o = {p.d->px, p.d->r, p.d->g, p.d->b, p.d->a};
+  j.y = s.plane[0];
+  j.y_stride = s.stride[0];
+  for (int i = 0; i < 2; ++i) {
+    const int plane = semi ? 1 : l.ci[i];
+    j.c[i] = s.plane[plane];
+    j.c_stride[i] = s.stride[plane];
   }
+  j.dst = d.plane[0];
+  j.dst_stride = d.stride[0];
+  j.w = p.w;
+  j.h = p.h;
+  j.wide = l.wide;
+  j.pack = semi ? 2 : 1;
+  j.v_first = semi && l.ci[0] != 0;
+  j.half_h = l.xs != 0;
+  j.half_v = l.ys != 0;
+  j.off8 = 8 * p.sr.coff;
+  NewYuvToRgbImage(j, reinterpret_cast<int16_t*>(buf));
 }
 
 void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
@@ -579,7 +553,6 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
   p.fused = !srgb && drgb && (sl->kind == Kind::kPlanar || sl->kind == Kind::kSemi) &&
             dl->px >= 3 && p.vec && NewYuvToRgbFits(p.k);
-  if (p.fused) p.yuv = NewYuvRowsFor(p.k, {dl->px, dl->r, dl->g, dl->b, dl->a});
   p.rgb_fused = RgbToYuvFused(*sl, *dl);
   if (p.rgb_fused) p.rgb = NewRgbRowsFor(p.k, {sl->px, sl->r, sl->g, sl->b, sl->a}, 1 << dl->xs);
   // A width whose rows the address space cannot hold is memory not had.

@@ -437,60 +437,75 @@ size_t FusedRow(const Coefs& k, int16_t yoff8, const uint8_t* y, int wide, const
   return x;
 }
 
-// A whole row of one channel order: the vector part, then the scalar tail.
-template <int kPx, int kR, int kG, int kB, int kA, bool kBSplit>
-void RgbEntry(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-              const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst, size_t n) {
-  const Coefs c = CoefsOf(k);
-  const int16_t yoff8 = static_cast<int16_t>(k.in_off8[0]);
-  size_t x;
+// The channel order (bytes kR, kG, kB, kA of kPx-byte pixels) and blue's
+// split of a fused row, as a type.
+template <int kPx_, int kR_, int kG_, int kB_, int kA_, bool kBSplit_>
+struct FusedOrder {
+  static constexpr int kPx = kPx_, kR = kR_, kG = kG_, kB = kB_, kA = kA_;
+  static constexpr bool kBSplit = kBSplit_;
+};
+// Calls f with the FusedOrder of o; false for an order without one.
+template <class F>
+bool WithFusedOrder(const csc::NewRgbOrder& o, bool split, const F& f) {
+  switch (o.px * 10000 + o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a)) {
+#define KELO_ORDER(code, ...)                 \
+  case code:                                  \
+    if (split) {                              \
+      f(FusedOrder<__VA_ARGS__, true>{});     \
+    } else {                                  \
+      f(FusedOrder<__VA_ARGS__, false>{});    \
+    }                                         \
+    return true;
+    KELO_ORDER(30129, 3, 0, 1, 2, 3)
+    KELO_ORDER(32109, 3, 2, 1, 0, 3)
+    KELO_ORDER(40123, 4, 0, 1, 2, 3)
+    KELO_ORDER(42103, 4, 2, 1, 0, 3)
+    KELO_ORDER(41230, 4, 1, 2, 3, 0)
+    KELO_ORDER(43210, 4, 3, 2, 1, 0)
+#undef KELO_ORDER
+    default: return false;
+  }
+}
+
+// The vector part of a row of order O. On the shipping target the loop is
+// made for the kind of luma and chroma (the branches cost about half an
+// instruction a pixel).
+template <class O>
+size_t FusedRowOf(const Coefs& c, int16_t yoff8, const uint8_t* y, int wide, const int16_t* u,
+                  const int16_t* v, bool half, uint8_t* dst, size_t n) {
 #if HWY_TARGET == HWY_NEON
-  // On the shipping target the loop is made for the kind of luma and chroma
-  // (the branches cost about half an instruction a pixel).
   const auto row = [&](auto byte_luma, auto halved) {
-    return FusedRow<kPx, kR, kG, kB, kA, kBSplit, decltype(byte_luma)::value,
+    return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, O::kBSplit, decltype(byte_luma)::value,
                     decltype(halved)::value>(c, yoff8, y, wide, u, v, half, dst, n);
   };
   using F = std::integral_constant<int, 0>;
   using T = std::integral_constant<int, 1>;
-  if (wide == 0) {
-    x = half ? row(T{}, T{}) : row(T{}, F{});
-  } else {
-    x = half ? row(F{}, T{}) : row(F{}, F{});
-  }
+  if (wide == 0) return half ? row(T{}, T{}) : row(T{}, F{});
+  return half ? row(F{}, T{}) : row(F{}, F{});
 #else
-  x = FusedRow<kPx, kR, kG, kB, kA, kBSplit>(c, yoff8, y, wide, u, v, half, dst, n);
+  return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, O::kBSplit>(c, yoff8, y, wide, u, v, half,
+                                                                  dst, n);
 #endif
-  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
 }
 
-void NewYuvRowsForVec(const csc::NewMatrix& k, const csc::NewRgbOrder& o, csc::NewYuvRows* rows) {
-  rows->chroma = NewChromaRowVec;
-  rows->chroma_pair = NewChromaPairVec;
-  rows->rgb = csc::scalar::NewYuvToRgbRowAll;
-  const int order = o.r * 1000 + o.g * 100 + o.b * 10 + (o.a < 0 ? 9 : o.a);
-  const bool split = CoefsOf(k).bu_lo != 0;
-  switch (o.px * 10000 + order) {
-#define KELO_ROW(code, ...)                                                                   \
-  case code:                                                                                 \
-    rows->rgb = split ? RgbEntry<__VA_ARGS__, true> : RgbEntry<__VA_ARGS__, false>;           \
-    break;
-    KELO_ROW(30129, 3, 0, 1, 2, 3)
-    KELO_ROW(32109, 3, 2, 1, 0, 3)
-    KELO_ROW(40123, 4, 0, 1, 2, 3)
-    KELO_ROW(42103, 4, 2, 1, 0, 3)
-    KELO_ROW(41230, 4, 1, 2, 3, 0)
-    KELO_ROW(43210, 4, 3, 2, 1, 0)
-#undef KELO_ROW
-    default: break;
-  }
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  const Coefs c = CoefsOf(k);
+  size_t x = 0;
+  WithFusedOrder(o, c.bu_lo != 0, [&](auto order) {
+    x = FusedRowOf<decltype(order)>(c, static_cast<int16_t>(k.in_off8[0]), y, wide, u, v, half,
+                                    dst, n);
+  });
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, x, n);
 }
 #else
-void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
-  *rows = {NewChromaRowVec, NewChromaPairVec, csc::scalar::NewYuvToRgbRowAll};
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
 }
 #endif  // KELO_NEW_FUSED
-#undef KELO_NEW_FUSED
 
 #else   // HWY_SCALAR: the scalar rows.
 void NewMatrixRowVec(const csc::NewMatrix& k, int r, const int32_t* c0, const int32_t* c1,
@@ -501,10 +516,45 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
                      int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
-void NewYuvRowsForVec(const csc::NewMatrix&, const csc::NewRgbOrder&, csc::NewYuvRows* rows) {
-  *rows = {NewChromaRowVec, csc::scalar::NewChromaPair, csc::scalar::NewYuvToRgbRowAll};
+void NewChromaPairVec(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                      int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  csc::scalar::NewChromaPair(ra, rb, pack, wide, off8, a0, a1, b0, b1, cw);
+}
+void NewYuvToRgbRowVec(const csc::NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                       const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
+                       size_t n) {
+  csc::scalar::NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
 }
 #endif  // HWY_TARGET != HWY_SCALAR
+
+// A whole image, one choice of rows for all of its rows.
+void NewYuvToRgbImageVec(const csc::NewYuvToRgbJob& j, int16_t* buf) {
+  const size_t n = static_cast<size_t>(j.w), cw = j.half_h ? (n + 1) / 2 : n;
+  const auto chroma = [&](const uint8_t* ra, const uint8_t* rb, int wa, int16_t* o0, int16_t* o1) {
+    NewChromaRowVec(ra, rb, wa, j.pack, j.wide, j.off8, o0, o1, cw);
+  };
+  const auto pair = [&](const uint8_t* ra, const uint8_t* rb, int16_t* a0, int16_t* a1,
+                        int16_t* b0, int16_t* b1) {
+    NewChromaPairVec(ra, rb, j.pack, j.wide, j.off8, a0, a1, b0, b1, cw);
+  };
+#if HWY_TARGET != HWY_SCALAR && KELO_NEW_FUSED
+  const Coefs c = CoefsOf(j.k);
+  const int16_t yoff8 = static_cast<int16_t>(j.k.in_off8[0]);
+  const bool done = WithFusedOrder(j.o, c.bu_lo != 0, [&](auto order) {
+    csc::NewYuvToRgbRows(j, buf, chroma, pair,
+                         [&](const uint8_t* y, const int16_t* u, const int16_t* v, uint8_t* d) {
+      const size_t x = FusedRowOf<decltype(order)>(c, yoff8, y, j.wide, u, v, j.half_h, d, n);
+      if (x < n) csc::scalar::NewYuvToRgbRow(j.k, y, j.wide, u, v, j.half_h, j.o, d, x, n);
+    });
+  });
+  if (done) return;
+#endif
+  csc::NewYuvToRgbRows(j, buf, chroma, pair,
+                       [&](const uint8_t* y, const int16_t* u, const int16_t* v, uint8_t* d) {
+    csc::scalar::NewYuvToRgbRow(j.k, y, j.wide, u, v, j.half_h, j.o, d, 0, n);
+  });
+}
+#undef KELO_NEW_FUSED
 
 }  // namespace HWY_NAMESPACE
 }  // namespace kelo
@@ -523,19 +573,36 @@ inline void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pa
                             int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
   NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
 }
-inline void NewChromaRowAll(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
-                            int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
-  NewChromaRow(ra, rb, wa, pack, wide, off8, out0, out1, 0, cw);
+inline void NewChromaPairVec(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                             int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  NewChromaPair(ra, rb, pack, wide, off8, a0, a1, b0, b1, cw);
 }
-inline void NewYuvRowsForVec(const NewMatrix&, const NewRgbOrder&, NewYuvRows* rows) {
-  *rows = {NewChromaRowAll, NewChromaPair, NewYuvToRgbRowAll};
+inline void NewYuvToRgbRowVec(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+                              const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
+                              size_t n) {
+  NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
+}
+inline void NewYuvToRgbImageVec(const NewYuvToRgbJob& j, int16_t* buf) {
+  const size_t n = static_cast<size_t>(j.w), cw = j.half_h ? (n + 1) / 2 : n;
+  NewYuvToRgbRows(
+      j, buf,
+      [&](const uint8_t* ra, const uint8_t* rb, int wa, int16_t* o0, int16_t* o1) {
+        NewChromaRow(ra, rb, wa, j.pack, j.wide, j.off8, o0, o1, 0, cw);
+      },
+      [&](const uint8_t* ra, const uint8_t* rb, int16_t* a0, int16_t* a1, int16_t* b0,
+          int16_t* b1) { NewChromaPair(ra, rb, j.pack, j.wide, j.off8, a0, a1, b0, b1, cw); },
+      [&](const uint8_t* y, const int16_t* u, const int16_t* v, uint8_t* d) {
+        NewYuvToRgbRow(j.k, y, j.wide, u, v, j.half_h, j.o, d, 0, n);
+      });
 }
 }  // namespace scalar
 }  // namespace csc
 
 KELO_VEC_EXPORT(NewMatrixRowVec);
 KELO_VEC_EXPORT(NewChromaRowVec);
-KELO_VEC_EXPORT(NewYuvRowsForVec);
+KELO_VEC_EXPORT(NewChromaPairVec);
+KELO_VEC_EXPORT(NewYuvToRgbRowVec);
+KELO_VEC_EXPORT(NewYuvToRgbImageVec);
 
 namespace csc {
 bool NewMatrixFits(const NewMatrix& k, int32_t max_in8) {
@@ -564,20 +631,23 @@ bool NewYuvToRgbFits(const NewMatrix& k) {
          halves16(k.m[2][1]) && k.add[0] == 1 << (kNewShift - 1) && k.add[1] == k.add[0] &&
          k.add[2] == k.add[0] && k.hi == 255 && in16(k.in_off8[0]);
 }
-NewYuvRows NewYuvRowsFor(const NewMatrix& k, const NewRgbOrder& o) {
-  NewYuvRows rows;
-  KELO_VEC_CALL(NewYuvRowsForVec, scalar::NewYuvRowsForVec)(k, o, &rows);
-  return rows;
-}
 void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
                   int16_t* out0, int16_t* out1, size_t cw) {
   KELO_VEC_CALL(NewChromaRowVec, scalar::NewChromaRowVec)(ra, rb, wa, pack, wide, off8, out0, out1,
                                                           cw);
   NewChromaRepeat(pack, out0, out1, cw);
 }
+void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                   int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  KELO_VEC_CALL(NewChromaPairVec, scalar::NewChromaPairVec)(ra, rb, pack, wide, off8, a0, a1, b0,
+                                                            b1, cw);
+}
 void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                     const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n) {
-  NewYuvRowsFor(k, o).rgb(k, y, wide, u, v, half, o, dst, n);
+  KELO_VEC_CALL(NewYuvToRgbRowVec, scalar::NewYuvToRgbRowVec)(k, y, wide, u, v, half, o, dst, n);
+}
+void NewYuvToRgbImage(const NewYuvToRgbJob& j, int16_t* buf) {
+  KELO_VEC_CALL(NewYuvToRgbImageVec, scalar::NewYuvToRgbImageVec)(j, buf);
 }
 }  // namespace csc
 }  // namespace kelo

@@ -110,35 +110,16 @@ inline void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const
     if (o.a >= 0) q[o.a] = 255;
   }
 }
-// The rows over whole rows, as the function pointers of NewYuvRows.
+// The two rows of a source row pair that 4:2:0 chroma gives to two
+// destination rows: NewChromaRow(ra, rb, 3, ...) into a0/a1 and
+// NewChromaRow(rb, ra, 3, ...) into b0/b1, over [0, cw).
 inline void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
                           int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
   NewChromaRow(ra, rb, 3, pack, wide, off8, a0, a1, 0, cw);
   NewChromaRow(rb, ra, 3, pack, wide, off8, b0, b1, 0, cw);
 }
-inline void NewYuvToRgbRowAll(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
-                              const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
-                              size_t n) {
-  NewYuvToRgbRow(k, y, wide, u, v, half, o, dst, 0, n);
-}
 }  // namespace scalar
 
-// The rows of one YUV to RGB image, chosen once for its map and pixel order:
-// chroma as scalar::NewChromaRow over [0, cw) (without the repeated sample of
-// NewChromaRow below: NewChromaRepeat adds it), rgb as NewYuvToRgbRow (for
-// the order given to the choice).
-struct NewYuvRows {
-  void (*chroma)(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
-                 int16_t* out0, int16_t* out1, size_t cw);
-  // The two rows of a source row pair that 4:2:0 chroma gives to two
-  // destination rows: chroma(ra, rb, 3, ...) into a0/a1 and chroma(rb, ra, 3,
-  // ...) into b0/b1, reading each source row once.
-  void (*chroma_pair)(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
-                      int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw);
-  void (*rgb)(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u, const int16_t* v,
-              bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
-};
-NewYuvRows NewYuvRowsFor(const NewMatrix& k, const NewRgbOrder& o);
 // Sample cw of each chroma output row repeats sample cw - 1.
 inline void NewChromaRepeat(int pack, int16_t* out0, int16_t* out1, size_t cw) {
   out0[cw] = out0[cw - 1];
@@ -149,10 +130,93 @@ inline void NewChromaRepeat(int pack, int16_t* out0, int16_t* out1, size_t cw) {
 // each output repeating sample cw - 1 (out rows hold cw + 1 samples).
 void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
                   int16_t* out0, int16_t* out1, size_t cw);
+// scalar::NewChromaPair on the best target (no repeated samples).
+void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
+                   int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw);
 // scalar::NewYuvToRgbRow over [0, n) on the best target; `k` must pass
 // NewYuvToRgbFits and have hi 255.
 void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
                     const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
+
+// ---- Whole images. ----
+
+// A planar or semi-planar YUV image to 24/32-bit RGB by the fused rows.
+struct NewYuvToRgbJob {
+  NewMatrix k;                  // passes NewYuvToRgbFits
+  NewRgbOrder o;                // of the destination
+  const uint8_t* y;             // luma plane
+  const uint8_t* c[2];          // chroma: the U and V planes, or (pack 2) one pair plane
+  ptrdiff_t y_stride, c_stride[2], dst_stride;
+  uint8_t* dst;
+  int32_t w, h;
+  int wide, pack;               // samples as NewSample; 1 planes, 2 pairs
+  bool v_first;                 // pairs: V in the even samples
+  bool half_h, half_v;          // chroma on every other column, row
+  int32_t off8;                 // chroma offset in eighths
+};
+
+// The source chroma rows ra and rb of luma row y and the weight of ra (of 4):
+// with half_v, luma row 2j takes 3/4 of chroma row j and 1/4 of j - 1, row
+// 2j + 1 3/4 of j and 1/4 of j + 1 (rows past an edge take the last one);
+// otherwise row y itself. ch: the chroma rows.
+inline void NewChromaSource(int32_t y, bool half_v, int32_t ch, int32_t* ra, int32_t* rb,
+                            int32_t* wa) {
+  if (!half_v) {
+    *ra = *rb = y;
+    *wa = 2;
+    return;
+  }
+  *ra = y >> 1;
+  *rb = (y & 1) ? (*ra + 1 < ch ? *ra + 1 : ch - 1) : (*ra > 0 ? *ra - 1 : 0);
+  *wa = 3;
+}
+
+// The rows of a job: per destination row its chroma (with 4:2:0 an odd row
+// and the next take theirs from one pass over their source row pair), then
+// the fused row. chroma(ra, rb, wa, out0, out1) and pair(ra, rb, a0, a1, b0,
+// b1) make chroma rows over [0, cw), rgb(y, u, v, dst) a destination row.
+// buf: 4 (cw + 1) samples.
+template <class Chroma, class Pair, class Rgb>
+void NewYuvToRgbRows(const NewYuvToRgbJob& j, int16_t* buf, const Chroma& chroma, const Pair& pair,
+                     const Rgb& rgb) {
+  const int32_t cw = j.half_h ? (j.w + 1) / 2 : j.w, ch = j.half_v ? (j.h + 1) / 2 : j.h;
+  const size_t n = static_cast<size_t>(cw);
+  // U and V of this row, then of the next.
+  int16_t* c[2][2] = {{buf, buf + (n + 1)}, {buf + 2 * (n + 1), buf + 3 * (n + 1)}};
+  const int first = j.pack == 2 && j.v_first ? 1 : 0;
+  const uint8_t* yrow = j.y;
+  uint8_t* drow = j.dst;
+  int cur = 0;
+  for (int32_t y = 0; y < j.h; ++y, yrow += j.y_stride, drow += j.dst_stride) {
+    if (j.half_v && y > 0 && !(y & 1)) {
+      cur ^= 1;  // made with row y - 1
+    } else {
+      int32_t ra, rb, wa;
+      NewChromaSource(y, j.half_v, ch, &ra, &rb, &wa);
+      const bool both = j.half_v && (y & 1) && y + 1 < j.h;
+      for (int i = 0; i < 3 - j.pack; ++i) {
+        const int k = j.pack == 2 ? first : i;
+        int16_t* a0 = c[cur][k];
+        int16_t* a1 = j.pack == 2 ? c[cur][1 - k] : nullptr;
+        const uint8_t* pa = j.c[i] + ra * j.c_stride[i];
+        const uint8_t* pb = j.c[i] + rb * j.c_stride[i];
+        if (both) {
+          int16_t* b0 = c[cur ^ 1][k];
+          int16_t* b1 = j.pack == 2 ? c[cur ^ 1][1 - k] : nullptr;
+          pair(pa, pb, a0, a1, b0, b1);
+          NewChromaRepeat(j.pack, b0, b1, n);
+        } else {
+          chroma(pa, pb, wa, a0, a1);
+        }
+        NewChromaRepeat(j.pack, a0, a1, n);
+      }
+    }
+    rgb(yrow, c[cur][0], c[cur][1], drow);
+  }
+}
+
+// Runs the job on the best target; buf as for NewYuvToRgbRows.
+void NewYuvToRgbImage(const NewYuvToRgbJob& j, int16_t* buf);
 
 }  // namespace csc
 }  // namespace kelo

@@ -477,9 +477,8 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
             pg[c].assign(n + 1, -1);
             pw[c].assign(n + 1, -1);
           }
-          csc::NewYuvRowsFor(csc::NewMatrix{}, kOrders[0])
-              .chroma_pair(ra, rb, pack, wide, off8, pg[0].data(), pg[1].data(), pg[2].data(),
-                           pg[3].data(), n);
+          csc::NewChromaPair(ra, rb, pack, wide, off8, pg[0].data(), pg[1].data(), pg[2].data(),
+                             pg[3].data(), n);
           csc::scalar::NewChromaPair(ra, rb, pack, wide, off8, pw[0].data(), pw[1].data(),
                                      pw[2].data(), pw[3].data(), n);
           for (int c = 0; c < 4; ++c) {
