@@ -356,12 +356,14 @@ HWY_INLINE VW Pair(int16_t a, int16_t b) {
   return hn::BitCast(DW(), hn::Set(dl, static_cast<int32_t>(static_cast<uint16_t>(a) |
                                                         (static_cast<uint32_t>(static_cast<uint16_t>(b)) << 16))));
 }
+// Blue's U coefficient, when split, takes U twice (interleaved with itself)
+// and both halves in one sum.
 struct CoefRegs {
-  VW luma, r, g, b1, b2;
+  VW luma, r, g, b;
 };
 HWY_INLINE CoefRegs Regs(const Coefs& k) {
   return {Pair(k.y, static_cast<int16_t>(k.add / kConstLane)), Pair(0, k.rv), Pair(k.gu, k.gv),
-          Pair(k.bu_hi, 0), Pair(k.bu_lo, 0)};
+          Pair(k.bu_hi, k.bu_lo)};
 }
 template <bool kBSplit>
 HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Vec<DB>* g,
@@ -378,8 +380,13 @@ HWY_INLINE void StepRgb(const Step& s, const CoefRegs& k, hn::Vec<DB>* r, hn::Ve
       const VW yk = h ? hn::InterleaveUpper(d, s.y[i], kc) : hn::InterleaveLower(d, s.y[i], kc);
       const VW uv = h ? hn::InterleaveUpper(d, s.u[i], s.v[i]) : hn::InterleaveLower(d, s.u[i], s.v[i]);
       const VL ly = madd(yk, k.luma);
-      VL bs = hn::Add(ly, madd(uv, k.b1));
-      if (kBSplit) bs = hn::Add(bs, madd(uv, k.b2));
+      VL bs;
+      if (kBSplit) {
+        const VW uu = h ? hn::InterleaveUpper(d, s.u[i], s.u[i]) : hn::InterleaveLower(d, s.u[i], s.u[i]);
+        bs = hn::Add(ly, madd(uu, k.b));
+      } else {
+        bs = hn::Add(ly, madd(uv, k.b));
+      }
       rl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.r)));
       gl[h] = hn::ShiftRight<csc::kNewShift>(hn::Add(ly, madd(uv, k.g)));
       bl[h] = hn::ShiftRight<csc::kNewShift>(bs);
