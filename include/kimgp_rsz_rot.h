@@ -33,7 +33,8 @@ extern "C" {
  *     or when the intermediate buffer cannot be allocated;
  *   otherwise, with nothing to scale (for 90L and 90R the source width equals
  *     the destination height and the source height the destination width; for
- *     every other code both sizes are equal, plane 0 decides) the status of
+ *     every other code both sizes are equal; in every plane the code uses, so
+ *     that a quarter turn of 4:2:2 chroma is scaled) the status of
  *     kimgp_rot(src, rot, dst): the only way packed RGB frames pass;
  *   KIMGP_ERR_UNSUPPORTED (-3), nothing written, for a colour space outside
  *     0..99 and for KIMGP_CS_T64X32 when scaling is needed;

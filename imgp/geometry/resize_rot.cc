@@ -63,13 +63,20 @@ KELO_EXPORT int32_t kimgp_rsz_rot(const kimgp_img* src, int32_t rot, kimgp_img* 
   using namespace kelo;
   if (src->cs != dst->cs) return KIMGP_ERR_ARGS;
   const bool quarter = rot == KIMGP_ROT_90L || rot == KIMGP_ROT_90R;
-  const bool same = quarter ? src->width[0] == dst->height[0] && src->height[0] == dst->width[0]
-                            : src->width[0] == dst->width[0] && src->height[0] == dst->height[0];
-  if (same) return kimgp_rot(src, static_cast<uint32_t>(rot), dst);
   const int32_t cs = src->cs;
-  if (cs < 0 || cs > 99 || cs == KIMGP_CS_T64X32) return KIMGP_ERR_UNSUPPORTED;
+  const bool planar = cs >= 0 && cs <= 99;
   const bool nv = cs == KIMGP_CS_NV12 || cs == KIMGP_CS_NV21;
-  const int planes = cs == KIMGP_CS_YUV400 ? 1 : nv ? 2 : 3;
+  const int planes = !planar || cs == KIMGP_CS_YUV400 ? 1 : nv ? 2 : 3;
+  // Nothing to scale when every plane turns (or stays) into the destination's
+  // plane as it is: a quarter turn of subsampled chroma (4:2:2) does not, and
+  // goes through the resizers.
+  bool same = true;
+  for (int i = 0; i < planes; ++i) {
+    same = same && (quarter ? src->width[i] == dst->height[i] && src->height[i] == dst->width[i]
+                            : src->width[i] == dst->width[i] && src->height[i] == dst->height[i]);
+  }
+  if (same) return kimgp_rot(src, static_cast<uint32_t>(rot), dst);
+  if (!planar || cs == KIMGP_CS_T64X32) return KIMGP_ERR_UNSUPPORTED;
   const int64_t size = TmpBytes(src, dst, rot, planes, nv);
   if (static_cast<uint64_t>(size) > SIZE_MAX) return KIMGP_ERR_ARGS;
   void* tmp = HeapAlloc(size > 0 ? static_cast<size_t>(size) : 1);

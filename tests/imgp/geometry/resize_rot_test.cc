@@ -312,6 +312,22 @@ TEST(ResizeRotate, NothingToScaleRotates) {
   }
 }
 
+// A quarter turn of 4:2:2 with the luma sizes exchanged still scales the
+// chroma: the turned source chroma does not fit the destination's (a fuzz
+// finding: the frame went to kimgp_rot and wrote past the chroma planes).
+TEST(ResizeRotate, QuarterTurnOf422ScalesChroma) {
+  std::mt19937 rng = MakeRng(45);
+  for (int32_t rot : {KIMGP_ROT_90L, KIMGP_ROT_90R}) {
+    for (const auto& sz : {std::pair<int32_t, int32_t>{1, 9}, {30, 17}}) {
+      TestFrame src(KIMGP_CS_YUV422N, sz.first, sz.second, 3);
+      TestFrame got(KIMGP_CS_YUV422N, sz.second, sz.first);
+      src.FillRandom(rng);
+      ASSERT_EQ(kimgp_rsz_rot(&src.img, rot, &got.img), KIMGP_OK);
+      EXPECT_TRUE(got.GuardsIntact()) << "rot " << rot << " " << sz.first << "x" << sz.second;
+    }
+  }
+}
+
 // 1920x1080 to 540x960 turned left: the mean of the top-left 2x2 of each
 // block, output (x, y) of the 960x540 result at column y, row 959 - x.
 TEST(ResizeRotate, HalfSizeTurnedLeft) {
