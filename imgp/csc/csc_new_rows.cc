@@ -62,6 +62,59 @@ HWY_INLINE VW Codes(hn::Vec<DUW> words, int wide) {
   return hn::BitCast(d, wide == 1 ? hn::And(words, hn::Set(du, 1023)) : hn::ShiftRight<6>(words));
 }
 
+#if HWY_TARGET == HWY_NEON
+// Byte rows as widening products: 2 wa a + 2 (4 - wa) b - off8 into
+// out0/out1 and, with kPair, the same of (b, a) into b0/b1 from the same
+// loads. The loops bump their pointers (post-increment addressing). Returns
+// the samples done.
+template <bool kPair>
+size_t ChromaBytesNeon(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int32_t off8,
+                       int16_t* out0, int16_t* out1, int16_t* b0, int16_t* b1, size_t cw) {
+  const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(2 * wa));
+  const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(8 - 2 * wa));
+  const int16x8_t off = vdupq_n_s16(static_cast<int16_t>(off8));
+  const auto row = [&](uint8x8_t a, uint8x8_t b) {
+    return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off);
+  };
+  const uint8_t *pa = ra, *pb = rb;
+  size_t k;
+  if (pack == 1) {
+    k = cw & ~size_t{15};
+    int16_t* q0 = b0;
+    for (int16_t *p0 = out0, *const end = out0 + k; p0 != end;
+         p0 += 16, q0 += kPair ? 16 : 0, pa += 16, pb += 16) {
+      const uint8x16_t a = vld1q_u8(pa), b = vld1q_u8(pb);
+      vst1q_s16(p0, row(vget_low_u8(a), vget_low_u8(b)));
+      vst1q_s16(p0 + 8, row(vget_high_u8(a), vget_high_u8(b)));
+      if constexpr (kPair) {
+        vst1q_s16(q0, row(vget_low_u8(b), vget_low_u8(a)));
+        vst1q_s16(q0 + 8, row(vget_high_u8(b), vget_high_u8(a)));
+      }
+    }
+    if (k + 8 <= cw) {
+      const uint8x8_t a = vld1_u8(ra + k), b = vld1_u8(rb + k);
+      vst1q_s16(out0 + k, row(a, b));
+      if constexpr (kPair) vst1q_s16(b0 + k, row(b, a));
+      k += 8;
+    }
+  } else {
+    k = cw & ~size_t{7};
+    int16_t *p1 = out1, *q0 = b0, *q1 = b1;
+    for (int16_t *p0 = out0, *const end = out0 + k; p0 != end;
+         p0 += 8, p1 += 8, q0 += kPair ? 8 : 0, q1 += kPair ? 8 : 0, pa += 16, pb += 16) {
+      const uint8x8x2_t a = vld2_u8(pa), b = vld2_u8(pb);
+      vst1q_s16(p0, row(a.val[0], b.val[0]));
+      vst1q_s16(p1, row(a.val[1], b.val[1]));
+      if constexpr (kPair) {
+        vst1q_s16(q0, row(b.val[0], a.val[0]));
+        vst1q_s16(q1, row(b.val[1], a.val[1]));
+      }
+    }
+  }
+  return k;
+}
+#endif
+
 void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
                      int32_t off8, int16_t* out0, int16_t* out1, size_t cw) {
   const DW d;
@@ -77,37 +130,7 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
   const auto words = [&](const uint8_t* p) { return hn::BitCast(du, hn::LoadU(d8, p)); };
   size_t k = 0;
 #if HWY_TARGET == HWY_NEON
-  if (wide == 0) {
-    // 2 wa a + 2 (4 - wa) b - off8 as widening products of bytes.
-    const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(2 * wa));
-    const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(8 - 2 * wa));
-    const auto row = [&](uint8x8_t a, uint8x8_t b) {
-      return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off.raw);
-    };
-    // The loops bump their pointers (post-increment addressing).
-    const uint8_t *pa = ra, *pb = rb;
-    if (pack == 1) {
-      k = cw & ~size_t{15};
-      for (int16_t *p0 = out0, *const end = out0 + k; p0 != end; p0 += 16, pa += 16, pb += 16) {
-        const uint8x16_t a = vld1q_u8(pa), b = vld1q_u8(pb);
-        vst1q_s16(p0, row(vget_low_u8(a), vget_low_u8(b)));
-        vst1q_s16(p0 + 8, row(vget_high_u8(a), vget_high_u8(b)));
-      }
-      if (k + 8 <= cw) {
-        vst1q_s16(out0 + k, row(vld1_u8(ra + k), vld1_u8(rb + k)));
-        k += 8;
-      }
-    } else {
-      k = cw & ~size_t{7};
-      int16_t* p1 = out1;
-      for (int16_t *p0 = out0, *const end = out0 + k; p0 != end;
-           p0 += 8, p1 += 8, pa += 16, pb += 16) {
-        const uint8x8x2_t a = vld2_u8(pa), b = vld2_u8(pb);
-        vst1q_s16(p0, row(a.val[0], b.val[0]));
-        vst1q_s16(p1, row(a.val[1], b.val[1]));
-      }
-    }
-  }
+  if (wide == 0) k = ChromaBytesNeon<false>(ra, rb, wa, pack, off8, out0, out1, nullptr, nullptr, cw);
 #endif
   if (pack == 1 && wide == 0) {
     for (; k + L <= cw; k += L) {
@@ -144,44 +167,14 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
 
 void NewChromaPairVec(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
                       int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
-  size_t k = 0;
 #if HWY_TARGET == HWY_NEON
   if (wide == 0) {
-    // 6 a + 2 b - off8 and 2 a + 6 b - off8 from one load of each row.
-    const uint8x8_t m6 = vdup_n_u8(6), m2 = vdup_n_u8(2);
-    const int16x8_t off = vdupq_n_s16(static_cast<int16_t>(off8));
-    const auto row = [&](uint8x8_t a, uint8x8_t b) {
-      return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, m6), b, m2)), off);
-    };
-    const uint8_t *pa = ra, *pb = rb;
-    if (pack == 1) {
-      k = cw & ~size_t{15};
-      int16_t* pq = b0;
-      for (int16_t *pp = a0, *const end = a0 + k; pp != end; pp += 16, pq += 16, pa += 16, pb += 16) {
-        const uint8x16_t a = vld1q_u8(pa), b = vld1q_u8(pb);
-        vst1q_s16(pp, row(vget_low_u8(a), vget_low_u8(b)));
-        vst1q_s16(pp + 8, row(vget_high_u8(a), vget_high_u8(b)));
-        vst1q_s16(pq, row(vget_low_u8(b), vget_low_u8(a)));
-        vst1q_s16(pq + 8, row(vget_high_u8(b), vget_high_u8(a)));
-      }
-    } else {
-      k = cw & ~size_t{7};
-      int16_t *p1 = a1, *q0 = b0, *q1 = b1;
-      for (int16_t *p0 = a0, *const end = a0 + k; p0 != end;
-           p0 += 8, p1 += 8, q0 += 8, q1 += 8, pa += 16, pb += 16) {
-        const uint8x8x2_t a = vld2_u8(pa), b = vld2_u8(pb);
-        vst1q_s16(p0, row(a.val[0], b.val[0]));
-        vst1q_s16(p1, row(a.val[1], b.val[1]));
-        vst1q_s16(q0, row(b.val[0], a.val[0]));
-        vst1q_s16(q1, row(b.val[1], a.val[1]));
-      }
-    }
+    const size_t k = ChromaBytesNeon<true>(ra, rb, 3, pack, off8, a0, a1, b0, b1, cw);
     csc::scalar::NewChromaRow(ra, rb, 3, pack, wide, off8, a0, a1, k, cw);
     csc::scalar::NewChromaRow(rb, ra, 3, pack, wide, off8, b0, b1, k, cw);
     return;
   }
 #endif
-  (void)k;
   NewChromaRowVec(ra, rb, 3, pack, wide, off8, a0, a1, cw);
   NewChromaRowVec(rb, ra, 3, pack, wide, off8, b0, b1, cw);
 }
