@@ -781,8 +781,14 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * for the pair of sides and rounded once to 14 fractional bits; samples enter
  * in eighths of a code, each output is rounded half up from 17 fractional
  * bits and clamped to 0 .. 2^depth - 1 (the full code range, not the
- * nominal one). Every output is within 1 of the same formulas evaluated in
- * double. Greys stay exact: U = V = centre gives R = G = B (and centred
+ * nominal one). One exception, for speed: from RGB to 8-bit YUV, luma has
+ * byte weights, Y = (wr R + wg G + wb B + 256 yoff + a) >> 8 with
+ * w = round(256 K yspan / 255) per channel and a = min(255, round(128 +
+ * 128 (256 yspan / 255 - wr - wg - wb))): (wr, wg, wb; a) is BT.601
+ * (66, 129, 25; 110), full (77, 150, 29; 128), BT.709 (47, 157, 16; 110),
+ * full (54, 183, 18; 255), BT.2020 (58, 149, 13; 110), full (67, 174, 15;
+ * 128); full-range greys keep their level. Every output is within 1 of the
+ * same formulas evaluated in double. Greys stay exact: U = V = centre gives R = G = B (and centred
  * chroma of any other YUV standard), R = G = B gives U = V = centre. Between
  * two YUV sides of the same std word samples are only moved and rescaled,
  * exactly: x' = yoff' + round((x - yoff) yspan' / yspan) (chroma likewise

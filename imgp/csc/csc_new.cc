@@ -174,6 +174,21 @@ void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
     const int32_t off = !dyuv ? 0 : i == 0 ? p->dr.yoff : p->dr.coff;
     p->k.add[i] = (off << kNewShift) + (1 << (kNewShift - 1));
   }
+  if (!syuv && Depth(*p->d) == 8) {
+    // RGB to 8-bit luma in byte weights: y = (w . rgb + 256 yoff + a) >> 8,
+    // the weights rounded to 1/256 and `a` the rounding half less the
+    // weights' excess over the exact sum at mid grey (every RGB stays within
+    // 1 of the exact value; byte products on every target).
+    const double exact = 256.0 * p->dr.yspan / 255;
+    int32_t sum = 0;
+    for (int j = 0; j < 3; ++j) {
+      const int32_t w = static_cast<int32_t>(std::lround(m[0][j] * 256));
+      k[0][j] = w << (kNewFrac - 8);
+      sum += w;
+    }
+    const int32_t a = Min(255, static_cast<int32_t>(std::lround(128 + 128 * (exact - sum))));
+    p->k.add[0] = (p->dr.yoff << kNewShift) + (a << (kNewShift - 8));
+  }
   p->k.hi = p->dmax;
   p->vec = NewMatrixFits(p->k, 8 * ((1 << Depth(*p->s)) - 1));
 }

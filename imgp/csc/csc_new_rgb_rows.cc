@@ -2,8 +2,8 @@
 // matrices they cannot hold go to the scalar rows.
 //
 // With no input offsets every accumulator is 8 S + add, S the sum of the
-// coefficients times the 8-bit channels, so the luma code is
-// (S + (add >> 3)) >> 14, and the four quarters of a chroma block sum to
+// coefficients times the 8-bit channels. Luma in byte weights (m = 64 w) is
+// then (w . p + (add >> 9)) >> 8. The four quarters of a chroma block sum to
 // 2 S4 + 4 (add >> 2), S4 the sum over the block, whose code is
 // (S4 + 2 (add >> 2)) >> 16: exactly the scalar rows' values. S4 is linear in
 // the block's channel sums (at most 1020), which the rows form first.
@@ -29,21 +29,20 @@ namespace hn = hwy::HWY_NAMESPACE;
 using csc::NewMatrix;
 using csc::NewRgbOrder;
 
-[[maybe_unused]] constexpr int kLumaShift = csc::kNewShift - 3,
-                                kChromaShift = csc::kNewShift - 1;
+[[maybe_unused]] constexpr int kChromaShift = csc::kNewShift - 1;
 
 #if KELO_X86_RAW
 // x86: L / 4 pixels to a vector, 4 to each 128-bit block from its first
-// byte on, byte-shuffled into 16-bit words in pairs for word-pair
-// multiply-adds: per pixel red and green, then blue and nothing (luma), or
-// per 2x2 block the channel sums (chroma, formed by byte-pair multiply-adds
-// with ones).
+// byte on: luma from byte-pair multiply-adds of the pixels and the weights,
+// chroma from the channel sums of each 2x2 block (byte-pair multiply-adds
+// with ones) in word-pair multiply-adds with the coefficients.
 using DW = hn::Repartition<int16_t, DP>;
 using VW = hn::Vec<DW>;
 using DL = hn::Repartition<int32_t, DP>;
 using VL = hn::Vec<DL>;
 
-HWY_INLINE VW MulAddBytes(VP px, VP w) { return VW{RawMulAddPairs(px.raw, w.raw)}; }
+// a's unsigned bytes times b's signed ones, neighbouring products summed.
+HWY_INLINE VW MulAddBytes(VP a, VP b) { return VW{RawMulAddPairs(a.raw, b.raw)}; }
 HWY_INLINE VL MulAddWords(VW a, VW b) { return VL{RawMulAddWords(a.raw, b.raw)}; }
 // Codes of 4 vectors of int32 lanes as saturated bytes, per 128-bit block
 // (InOrder puts them in row order).
@@ -69,32 +68,36 @@ HWY_INLINE VP Table(F f) {
   for (int i = 0; i < 16; ++i) t[i] = static_cast<uint8_t>(f(i / 4, i % 4));
   return hn::LoadDup128(DP(), t);
 }
-// The 16-bit words w0, w1 repeated.
-HWY_INLINE VW WordPairs(int32_t w0, int32_t w1) {
-  const hn::Repartition<uint32_t, DP> d32;
-  return hn::BitCast(DW(), hn::Set(d32, (uint32_t(w1) << 16) | (uint32_t(w0) & 0xFFFF)));
-}
-
+// Luma in byte weights (NewLumaBytes): the weights are the unsigned operand
+// of the byte-pair products and the pixels, less 128, the signed one, so a
+// pair stays within 16 bits for weights summing to 256; the pairs of a pixel
+// sum (phaddw) to w . p - 128 S, and adding 128 S + A (mod 2^16) gives
+// w . p + A < 2^16, whose high byte is the code.
 template <class Src>
 void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
   const DP d8;
+  const hn::Repartition<uint16_t, DP> du;
   const size_t L = hn::Lanes(d8);
   constexpr int B = Src::kBytes;
-  // Words of pixel i: red, green; blue, zero.
-  const VP trg = Table([](int i, int j) { return j & 1 ? 0x80 : B * i + (j ? Src::kGi : Src::kRi); });
-  const VP tb = Table([](int i, int j) { return j ? 0x80 : B * i + Src::kBi; });
-  const VW wrg = WordPairs(k.m[0][0], k.m[0][1]), wb = WordPairs(k.m[0][2], 0);
-  const VL add = hn::Set(DL(), k.add[0] >> 3);
+  int32_t w[4] = {};
+  w[Src::kRi] = k.m[0][0] >> 6, w[Src::kGi] = k.m[0][1] >> 6, w[Src::kBi] = k.m[0][2] >> 6;
+  const VP weights = Table([&](int, int j) { return w[j]; });
+  const VP flip = hn::Set(d8, 0x80);
+  // 3-byte pixels spread to 4-byte groups (the fourth byte zero).
+  const VP spread = Table([](int i, int j) { return j < 3 ? 3 * i + j : 0x80; });
+  const auto add = hn::Set(du, static_cast<uint16_t>(128 * (w[0] + w[1] + w[2] + w[3]) + (k.add[0] >> 9)));
+  const auto half = [&](const uint8_t* p) {
+    const auto pair = [&](const uint8_t* q) {
+      const VP px = LoadPixels<Src>(q);
+      return MulAddBytes(weights, hn::Xor(B == 4 ? px : hn::TableLookupBytes(px, spread), flip));
+    };
+    const VW sums{RawAddPairs(pair(p).raw, pair(p + B * L / 4).raw)};
+    return hn::ShiftRight<8>(hn::Add(hn::BitCast(du, sums), add));
+  };
   size_t x = 0;
   for (; x + Stop<Src>(L) <= n; x += L) {
-    VL c[4];
-    for (size_t i = 0; i < 4; ++i) {
-      const VP px = LoadPixels<Src>(s + B * (x + i * L / 4));
-      const VL sum = hn::Add(MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, trg)), wrg),
-                             MulAddWords(hn::BitCast(DW(), hn::TableLookupBytes(px, tb)), wb));
-      c[i] = hn::ShiftRight<kLumaShift>(hn::Add(sum, add));
-    }
-    hn::StoreU(InOrder(PackCodes(c)), d8, y + x);
+    const uint8_t* p = s + B * x;
+    hn::StoreU(InOrder(VP{RawPackBytes(half(p).raw, half(p + B * L / 2).raw)}), d8, y + x);
   }
   csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, x, n);
 }
@@ -186,64 +189,26 @@ HWY_INLINE int16x4_t Coefficients(const NewMatrix& k, int r) {
 }
 HWY_INLINE int16x8_t Wide(uint8x8_t c) { return vreinterpretq_s16_u16(vmovl_u8(c)); }
 
-// The loops bump their pointers (post-increment addressing) and stop at the
-// last whole block of 16 pixels.
+// Luma in byte weights (NewLumaBytes): w . p in byte products (vmull and
+// vmlal.u8, eight pixels an instruction) and A added in the narrowing add of
+// the high halves (vaddhn). The loops bump their pointers (post-increment
+// addressing) and stop at the last whole block of 16 pixels.
 template <class Src>
 void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  const int16x4_t m = Coefficients(k, 0);
-  const int32x4_t add = vdupq_n_s32(k.add[0] >> 3);
-  const size_t n16 = n & ~size_t{15};
-  const uint8_t* p = s;
-  for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
-    uint8x16_t r, g, b;
-    RgbChannels<Src>(p, &r, &g, &b);
-    const int16x8_t lo[3] = {Wide(vget_low_u8(r)), Wide(vget_low_u8(g)), Wide(vget_low_u8(b))};
-    const int16x8_t hi[3] = {Wide(vget_high_u8(r)), Wide(vget_high_u8(g)), Wide(vget_high_u8(b))};
-    vst1q_u8(py, vcombine_u8(Codes<kLumaShift>(lo, m, add), Codes<kLumaShift>(hi, m, add)));
-  }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n16, n);
-}
-
-// Luma in byte products where the map allows (the usual case): with the
-// coefficients split as m = 64 h + l (h < 256, l < 64), H = sum h c and
-// L = sum l c are exact 16-bit sums of byte products (vmull/vmlal.u8, eight
-// pixels an instruction) and, for an offset A that is a multiple of 64,
-// y = (64 H + L + A) >> 14 = (H + (L >> 6) + A / 64) >> 8: one shift-and-add
-// and one narrowing add of the high halves (vaddhn). Needs non-negative
-// coefficients and no pixel reaching 256 before the clamp (so that the sum
-// stays within 16 bits and the clamp has nothing to do).
-bool LumaByteHalves(const NewMatrix& k) {
-  const int32_t a = k.add[0] >> 3;
-  int64_t top = a;
-  bool ok = a >= 0 && (a & 63) == 0;
-  for (int j = 0; j < 3; ++j) {
-    ok = ok && k.m[0][j] >= 0 && (k.m[0][j] >> 6) < 256;
-    top += int64_t{k.m[0][j]} * 255;
-  }
-  return ok && top < (int64_t{1} << kLumaShift) * 256;
-}
-template <class Src>
-void LumaRowNeonBytes(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  uint8x8_t h[3], l[3];
-  for (int j = 0; j < 3; ++j) {
-    h[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] >> 6));
-    l[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] & 63));
-  }
-  const uint16x8_t add = vdupq_n_u16(static_cast<uint16_t>((k.add[0] >> 3) >> 6));
+  uint8x8_t w[3];
+  for (int j = 0; j < 3; ++j) w[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] >> 6));
+  const uint16x8_t add = vdupq_n_u16(static_cast<uint16_t>(k.add[0] >> 9));
   const auto codes = [&](uint8x8_t r, uint8x8_t g, uint8x8_t b) {
-    const uint16x8_t hs = vmlal_u8(vmlal_u8(vmull_u8(r, h[0]), g, h[1]), b, h[2]);
-    const uint16x8_t ls = vmlal_u8(vmlal_u8(vmull_u8(r, l[0]), g, l[1]), b, l[2]);
-    return vaddhn_u16(vsraq_n_u16(hs, ls, 6), add);
+    return vaddhn_u16(vmlal_u8(vmlal_u8(vmull_u8(r, w[0]), g, w[1]), b, w[2]), add);
   };
-  const size_t n16 = n & ~size_t{15};
+  const size_t n8 = n & ~size_t{7};
   const uint8_t* p = s;
-  for (uint8_t *py = y, *const end = y + n16; py != end; py += 16, p += 16 * Src::kBytes) {
-    uint8x16_t r, g, b;
-    RgbChannels<Src>(p, &r, &g, &b);
-    vst1q_u8(py, vcombine_u8(codes(vget_low_u8(r), vget_low_u8(g), vget_low_u8(b)),
-                             codes(vget_high_u8(r), vget_high_u8(g), vget_high_u8(b))));
+  for (uint8_t *py = y, *const end = y + n8; py != end; py += 8) {
+    uint8x8_t r, g, b;
+    RgbChannels8<Src>(p, &r, &g, &b);
+    vst1_u8(py, codes(r, g, b));
   }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n16, n);
+  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n8, n);
 }
 
 // Chroma codes when both offsets are 128 and a rounding half (the usual
@@ -332,16 +297,12 @@ bool WithAnyOrder(const NewRgbOrder& o, F&& f) {
 #if KELO_X86_RAW || HWY_TARGET == HWY_NEON
 // The rows behind the function pointers of NewRgbRows (order and
 // subsampling fixed by the choice).
-template <class Src, bool kBytes>
+template <class Src>
 void LumaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s, uint8_t* y, size_t n) {
 #if KELO_X86_RAW
   LumaRowX86<Src>(k, s, y, n);
 #else
-  if constexpr (kBytes) {
-    LumaRowNeonBytes<Src>(k, s, y, n);
-  } else {
-    LumaRowNeon<Src>(k, s, y, n);
-  }
+  LumaRowNeon<Src>(k, s, y, n);
 #endif
 }
 template <class Src, bool kCentredCodes>
@@ -361,11 +322,10 @@ void NewRgbRowsForVec(const NewMatrix& k, const NewRgbOrder& o, int sub, csc::Ne
   if (!csc::NewRgbRowsVec(k)) return;
   WithAnyOrder(o, [&](auto src) {
     using Src = decltype(src);
+    if (csc::NewLumaBytes(k)) rows->luma = LumaEntry<Src>;
 #if HWY_TARGET == HWY_NEON
-    rows->luma = LumaByteHalves(k) ? LumaEntry<Src, true> : LumaEntry<Src, false>;
     const bool centred = ChromaCentred(k);
 #else
-    rows->luma = LumaEntry<Src, false>;
     const bool centred = false;
 #endif
     if (sub == 2) rows->chroma = centred ? ChromaEntry<Src, true> : ChromaEntry<Src, false>;
@@ -402,6 +362,15 @@ bool NewRgbRowsVec(const NewMatrix& k) {
     for (int j = 0; j < 3; ++j) ok = ok && k.m[r][j] >= INT16_MIN && k.m[r][j] <= INT16_MAX;
   }
   return ok;
+}
+bool NewLumaBytes(const NewMatrix& k) {
+  int32_t sum = 0;
+  bool ok = k.in_off8[0] == 0 && k.in_off8[1] == 0 && k.in_off8[2] == 0 && k.add[0] >= 0;
+  for (int j = 0; j < 3; ++j) {
+    ok = ok && k.m[0][j] >= 0 && k.m[0][j] <= (255 << 6) && (k.m[0][j] & 63) == 0;
+    sum += k.m[0][j] >> 6;
+  }
+  return ok && sum <= 256 && 255 * sum + (k.add[0] >> 9) <= 0xFFFF;
 }
 NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub) {
   NewRgbRows rows;

@@ -73,6 +73,12 @@ NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub);
 // offsets within 2^30 (so every sum stays within 32 bits).
 bool NewRgbRowsVec(const NewMatrix& k);
 
+// Whether the luma row of k is in byte weights, which the vector luma rows
+// need (the maps of RGB to 8-bit YUV are): m[0][j] = 64 w_j with w_j in
+// 0 .. 255 and sum S <= 256, no input offsets, and A = add[0] >> 9 with
+// 0 <= A and 255 S + A < 2^16, so that the code is (w . p + A) >> 8.
+bool NewLumaBytes(const NewMatrix& k);
+
 // scalar::NewRgbLumaRow over [0, n) on the best target.
 void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
 // scalar::NewRgbChromaRow over [0, cw) on the best target.

@@ -86,6 +86,19 @@ HWY_INLINE void RgbChannels(const uint8_t* p, uint8x16_t* r, uint8x16_t* g, uint
     *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
   }
 }
+// Channels of the 8 pixels at p, p moved past them (a structure load with
+// post-increment).
+template <class Src>
+HWY_INLINE void RgbChannels8(const uint8_t*& p, uint8x8_t* r, uint8x8_t* g, uint8x8_t* b) {
+  if constexpr (Src::kBytes == 4) {
+    const uint8x8x4_t c = vld4_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  } else {
+    const uint8x8x3_t c = vld3_u8(p);
+    *r = c.val[Src::kRi], *g = c.val[Src::kGi], *b = c.val[Src::kBi];
+  }
+  p += 8 * Src::kBytes;
+}
 #endif  // HWY_TARGET == HWY_NEON
 
 #if HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128 && HWY_TARGET != HWY_SCALAR

@@ -19,11 +19,11 @@ namespace {
 const csc::NewRgbOrder kOrders[] = {{4, 0, 1, 2, 3}, {4, 2, 1, 0, 3}, {4, 1, 2, 3, 0},
                                     {4, 3, 2, 1, 0}, {3, 0, 1, 2, -1}, {3, 2, 1, 0, -1}};
 
-// A map the vector rows take: coefficients up to `span` (the x86 luma rows
-// split them into bytes up to about 8000 and hand larger ones to the scalar
-// rows), offsets of any low bits.
-csc::NewMatrix RandomMatrix(std::mt19937& rng, int32_t span) {
-  std::uniform_int_distribution<int32_t> coef(-span, span), add(-(1 << 30), 1 << 30);
+// A map the vector chroma rows take (16-bit coefficients, offsets of any
+// low bits); its luma row goes to the scalar rows unless ByteLuma makes it
+// byte weights.
+csc::NewMatrix RandomMatrix(std::mt19937& rng) {
+  std::uniform_int_distribution<int32_t> coef(-32767, 32767), add(-(1 << 30), 1 << 30);
   csc::NewMatrix k{};
   for (int r = 0; r < 3; ++r) {
     for (int j = 0; j < 3; ++j) k.m[r][j] = coef(rng);
@@ -33,18 +33,21 @@ csc::NewMatrix RandomMatrix(std::mt19937& rng, int32_t span) {
   return k;
 }
 
-// Makes the offsets of k the usual ones and its luma row the usual kind
-// (non-negative coefficients, an offset of whole 64ths, no code past 255
-// before the clamp), half the time at the edge of that range, with junk in
-// the offsets' low bits.
-void UsualOffsets(std::mt19937& rng, csc::NewMatrix& k) {
+// Byte weights summing to at most 256 in the luma row, and the usual chroma
+// offsets (128 and a rounding half, with junk in the low bits); half the
+// time the weights sum to 256 and the luma offset is the largest the byte
+// sums allow.
+void ByteLuma(std::mt19937& rng, csc::NewMatrix& k) {
   for (int r = 1; r < 3; ++r) k.add[r] = (128 << 17) + (1 << 16) + static_cast<int32_t>(rng() & 3);
-  std::uniform_int_distribution<int32_t> coef(0, 5400);
-  int32_t top = 0;
-  for (int j = 0; j < 3; ++j) top += 255 * (k.m[0][j] = coef(rng));
-  const int32_t room = ((1 << 22) - 1 - top) / 64;
-  k.add[0] = (64 * (rng() & 1 ? room : static_cast<int32_t>(rng() % (room + 1)))) * 8 +
-             static_cast<int32_t>(rng() & 7);
+  const bool edge = rng() & 1;
+  int32_t w[3] = {static_cast<int32_t>(rng() % 256), 0, 0};
+  w[1] = static_cast<int32_t>(rng() % (257 - w[0]));
+  w[2] = edge ? 256 - w[0] - w[1] : static_cast<int32_t>(rng() % (257 - w[0] - w[1]));
+  if (edge && w[2] > 255) w[2] = 255;
+  for (int j = 0; j < 3; ++j) k.m[0][j] = w[j] << 6;
+  const int32_t room = 0xFFFF - 255 * (w[0] + w[1] + w[2]);
+  const int32_t a = edge ? room : static_cast<int32_t>(rng() % (room + 1));
+  k.add[0] = (a << 9) + static_cast<int32_t>(rng() & 511);
 }
 
 std::vector<uint8_t> RandomBytes(std::mt19937& rng, size_t n) {
@@ -59,8 +62,8 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
     SCOPED_TRACE(target);
     for (const Size2& sz : TestSizes(rng, 8)) {
       const size_t w = static_cast<size_t>(sz.w) + (sz.h & 1);
-      csc::NewMatrix k = RandomMatrix(rng, sz.h % 3 == 2 ? 32767 : 8000);
-      if (sz.w & 1) UsualOffsets(rng, k);
+      csc::NewMatrix k = RandomMatrix(rng);
+      if (sz.w & 1 || sz.h % 3 != 2) ByteLuma(rng, k);
       ASSERT_TRUE(csc::NewRgbRowsVec(k));
       for (const csc::NewRgbOrder& o : kOrders) {
         SCOPED_TRACE(testing::Message() << "w " << w << " px " << o.px << " r " << o.r);

@@ -285,7 +285,8 @@ INSTANTIATE_TEST_SUITE_P(Sources, CscNewPairs, ::testing::ValuesIn(kCodes),
 // ---- Greys, depth, round trip. ----
 
 // Every grey level of a YUV side gives R = G = B, and centred chroma on
-// any other standard; every RGB grey gives centred chroma.
+// any other standard; every RGB grey gives centred chroma (and, at full
+// range in 8 bits, its own level as luma).
 TEST(CscNew, GreysStayExact) {
   for (int32_t ycs : {3, 600}) {
     const int top = DepthOf(ycs) == 10 ? 1023 : 255, centre = (top + 1) / 2;
@@ -322,6 +323,12 @@ TEST(CscNew, GreysStayExact) {
         const int k = ycs == 3 ? x : x / 2;
         ASSERT_EQ(GetC(back.img, k, 0, 0), centre) << ycs << " std " << std << " x " << x;
         ASSERT_EQ(GetC(back.img, k, 0, 1), centre) << ycs << " std " << std << " x " << x;
+        // Full-range 8-bit luma of an RGB grey is the grey itself.
+        int v[3];
+        GetRgb(rgb.img, x, 0, v);
+        if (std % 10 == 1 && top == 255) {
+          ASSERT_EQ(GetY(back.img, x, 0), v[0]) << std << " " << x;
+        }
       }
     }
   }
