@@ -787,8 +787,15 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * 128 (256 yspan / 255 - wr - wg - wb))): (wr, wg, wb; a) is BT.601
  * (66, 129, 25; 110), full (77, 150, 29; 128), BT.709 (47, 157, 16; 110),
  * full (54, 183, 18; 255), BT.2020 (58, 149, 13; 110), full (67, 174, 15;
- * 128); full-range greys keep their level. Every output is within 1 of the
- * same formulas evaluated in double. Greys stay exact: U = V = centre gives R = G = B (and centred
+ * 128); full-range greys keep their level. Chroma there comes from the
+ * sums Sr, Sg, Sb of a block's channels over its four quarters (the 2x2
+ * pixels of 4:2:0, a pair taken twice for 4:2:2, a pixel four times for
+ * 4:4:4): with H(a, c) = (a c + 2^14) >> 15 (16-bit fixed-point products),
+ *   t = H(Sr - Sg, cr) + H(Sb - Sg, cb),  C = 128 + ((t + 4) >> 3),
+ * clamped to 0 .. 255, where cr and cb are the channel's weights on R' and
+ * B' in codes (its weight on G' is minus their sum) times 2^16 / 255,
+ * rounded and limited to +-32767. Every output is within 1 of the same
+ * formulas evaluated in double. Greys stay exact: U = V = centre gives R = G = B (and centred
  * chroma of any other YUV standard), R = G = B gives U = V = centre. Between
  * two YUV sides of the same std word samples are only moved and rescaled,
  * exactly: x' = yoff' + round((x - yoff) yspan' / yspan) (chroma likewise
@@ -807,7 +814,8 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * two YUV sides chroma goes straight from the source grid to the
  * destination's (a direction subsampled on both sides is kept as is), since
  * chroma never depends on luma; luma of another standard uses the enlarged
- * chroma. An RGB side is converted per pixel and its chroma reduced after.
+ * chroma. From an RGB side chroma is converted per pixel and reduced after
+ * (to 10 bits; to 8 bits from the block's channel sums as above).
  *
  * Memory: one heap block of 64 x width bytes per call (-1 above when it
  * cannot be had).

@@ -8,6 +8,8 @@
 //                         saturated signed 16-bit lane (pmaddubsw)
 //   RawPackBytes(lo, hi)  signed 16-bit lanes saturated to unsigned bytes,
 //                         lo's then hi's within each 128-bit block (packuswb)
+//   RawPackSignedBytes(lo, hi)  signed 16-bit lanes saturated to signed
+//                         bytes, as RawPackBytes (packsswb; up to 256 bits)
 //   RawAddPairs(a, b)     sums of neighbouring 16-bit lanes, a's then b's
 //                         within each 128-bit block (phaddw; up to 256 bits)
 //   RawMulAddWords(a, b)  signed 16-bit products, each neighbouring pair
@@ -40,6 +42,7 @@ namespace HWY_NAMESPACE {
 
 HWY_INLINE __m128i RawMulAddPairs(__m128i a, __m128i b) { return _mm_maddubs_epi16(a, b); }
 HWY_INLINE __m128i RawPackBytes(__m128i lo, __m128i hi) { return _mm_packus_epi16(lo, hi); }
+HWY_INLINE __m128i RawPackSignedBytes(__m128i lo, __m128i hi) { return _mm_packs_epi16(lo, hi); }
 HWY_INLINE __m128i RawAddPairs(__m128i a, __m128i b) { return _mm_hadd_epi16(a, b); }
 HWY_INLINE __m128i RawMulAddWords(__m128i a, __m128i b) { return _mm_madd_epi16(a, b); }
 HWY_INLINE __m128i RawPackWords(__m128i lo, __m128i hi) { return _mm_packs_epi32(lo, hi); }
@@ -47,6 +50,7 @@ HWY_INLINE __m128i RawAddPairs32(__m128i a, __m128i b) { return _mm_hadd_epi32(a
 #if HWY_TARGET <= HWY_AVX2
 HWY_INLINE __m256i RawMulAddPairs(__m256i a, __m256i b) { return _mm256_maddubs_epi16(a, b); }
 HWY_INLINE __m256i RawPackBytes(__m256i lo, __m256i hi) { return _mm256_packus_epi16(lo, hi); }
+HWY_INLINE __m256i RawPackSignedBytes(__m256i lo, __m256i hi) { return _mm256_packs_epi16(lo, hi); }
 HWY_INLINE __m256i RawAddPairs(__m256i a, __m256i b) { return _mm256_hadd_epi16(a, b); }
 HWY_INLINE __m256i RawMulAddWords(__m256i a, __m256i b) { return _mm256_madd_epi16(a, b); }
 HWY_INLINE __m256i RawPackWords(__m256i lo, __m256i hi) { return _mm256_packs_epi32(lo, hi); }

@@ -6,6 +6,7 @@
 // YUV layouts of one standard, by an exact per-channel rescale), rounded,
 // clamped and packed. Stages work on whole rows so that a vector row can
 // replace one and be proven against it.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -188,6 +189,13 @@ void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
     }
     const int32_t a = Min(255, static_cast<int32_t>(std::lround(128 + 128 * (exact - sum))));
     p->k.add[0] = (p->dr.yoff << kNewShift) + (a << (kNewShift - 8));
+    // Chroma from R - G and B - G (its weights on R, G, B sum to zero).
+    for (int c = 0; c < 2; ++c) {
+      for (int j = 0; j < 2; ++j) {
+        const long w = std::lround(m[1 + c][2 * j] * 65536);
+        p->k.cd[c][j] = static_cast<int32_t>(w > 32767 ? 32767 : w < -32767 ? -32767 : w);
+      }
+    }
   }
   p->k.hi = p->dmax;
   p->vec = NewMatrixFits(p->k, 8 * ((1 << Depth(*p->s)) - 1));
@@ -329,6 +337,7 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
 
 using scalar::NewAcc;
 using scalar::NewClamp;
+using scalar::NewRgbChromaCode;
 
 // Output row r of the map over a whole row.
 void MatrixRow(const Plan& p, int r, const int32_t* c0, const int32_t* c1, const int32_t* c2,
@@ -500,7 +509,18 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
     if (dl.kind == Kind::kLuma || (dl.ys && (y & 1))) continue;
     const int32_t cy = dl.ys ? y >> 1 : y;
     const int32_t cw = dl.xs ? HalfUp(w) : w;
-    if (srgb) {
+    if (srgb && !dl.wide) {
+      // 8 bits: from the block's channel sums (in eighths here).
+      const int32_t y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
+      for (int j = 0; j < 3; ++j) std::copy(c[j], c[j] + w, acc[j]);
+      LoadRgb(s, *p.s, y1, w, c[0], c[1], c[2]);
+      for (int32_t k = 0; k < cw; ++k) {
+        const int32_t a = dl.xs ? 2 * k : k, b = dl.xs ? Min(a + 1, w - 1) : a;
+        int32_t sum[3];
+        for (int j = 0; j < 3; ++j) sum[j] = (acc[j][a] + acc[j][b] + c[j][a] + c[j][b]) >> 3;
+        for (int ch = 0; ch < 2; ++ch) o[1 + ch][k] = NewRgbChromaCode(p.k, ch, sum[0], sum[1], sum[2]);
+      }
+    } else if (srgb) {
       // Per-pixel chroma of the block's rows, then the rounded block mean.
       const int32_t y1 = dl.ys ? Min(y + 1, p.h - 1) : y;
       for (int row = 0; row < 2; ++row) {

@@ -1,12 +1,11 @@
 // Vector paths of the fused RGB to YUV rows of kimgp_csc_new; tails and the
 // matrices they cannot hold go to the scalar rows.
 //
-// With no input offsets every accumulator is 8 S + add, S the sum of the
-// coefficients times the 8-bit channels. Luma in byte weights (m = 64 w) is
-// then (w . p + (add >> 9)) >> 8. The four quarters of a chroma block sum to
-// 2 S4 + 4 (add >> 2), S4 the sum over the block, whose code is
-// (S4 + 2 (add >> 2)) >> 16: exactly the scalar rows' values. S4 is linear in
-// the block's channel sums (at most 1020), which the rows form first.
+// With no input offsets every luma accumulator is 8 S + add, S the sum of
+// the coefficients times the 8-bit channels; in byte weights (m = 64 w) the
+// code is (w . p + (add >> 9)) >> 8. Chroma is NewRgbChromaCode of the
+// block's channel sums (at most 1020), whose differences and products stay
+// within 16-bit lanes.
 #include "imgp/csc/csc_new_rgb_rows.h"
 
 #include "common/internal/simd.h"
@@ -29,26 +28,14 @@ namespace hn = hwy::HWY_NAMESPACE;
 using csc::NewMatrix;
 using csc::NewRgbOrder;
 
-[[maybe_unused]] constexpr int kChromaShift = csc::kNewShift - 1;
-
 #if KELO_X86_RAW
 // x86: L / 4 pixels to a vector, 4 to each 128-bit block from its first
-// byte on: luma from byte-pair multiply-adds of the pixels and the weights,
-// chroma from the channel sums of each 2x2 block (byte-pair multiply-adds
-// with ones) in word-pair multiply-adds with the coefficients.
+// byte on, in byte-pair multiply-adds (pmaddubsw).
 using DW = hn::Repartition<int16_t, DP>;
 using VW = hn::Vec<DW>;
-using DL = hn::Repartition<int32_t, DP>;
-using VL = hn::Vec<DL>;
 
 // a's unsigned bytes times b's signed ones, neighbouring products summed.
 HWY_INLINE VW MulAddBytes(VP a, VP b) { return VW{RawMulAddPairs(a.raw, b.raw)}; }
-HWY_INLINE VL MulAddWords(VW a, VW b) { return VL{RawMulAddWords(a.raw, b.raw)}; }
-// Codes of 4 vectors of int32 lanes as saturated bytes, per 128-bit block
-// (InOrder puts them in row order).
-HWY_INLINE VP PackCodes(const VL* c) {
-  return VP{RawPackBytes(RawPackWords(c[0].raw, c[1].raw), RawPackWords(c[2].raw, c[3].raw))};
-}
 // The pixels from p on; a 3-byte row reads up to 8 bytes past them (the
 // second block's 4 pixels start at byte 12).
 template <class Src>
@@ -102,61 +89,59 @@ void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
   csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, x, n);
 }
 
-// The coefficients of row r as words at the pixel's byte places, twice.
-template <class Src>
-VW PixelWords(const NewMatrix& k, int r) {
-  alignas(16) int16_t w[8] = {};
-  const int at[3] = {Src::kRi, Src::kGi, Src::kBi};
-  for (int i = 0; i < 8; i += 4) {
-    for (int j = 0; j < 3; ++j) w[i + at[j]] = static_cast<int16_t>(k.m[r][j]);
-  }
-  return hn::LoadDup128(DW(), w);
-}
-
-// 2x2 blocks: L pixels of each row give L / 2 samples.
+// 2x2 blocks: L pixels of each row give L / 2 samples. Per row, byte-pair
+// multiply-adds with +1 and -1 give each pixel pair's R - G and B - G of
+// both pixels; the rows' sum, added in neighbouring pairs (phaddw), gives
+// the block's differences, whose rounded high products with the weights
+// (pmulhrsw) add in pairs again to U and V in eighths, rounded by one more
+// (times 2^12) and packed to signed bytes, 128 added by flipping the top bit.
 template <class Src>
 void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
                   uint8_t* v, size_t step, size_t w) {
   const DP d8;
-  const DL dl;
   const size_t L = hn::Lanes(d8);
   constexpr int B = Src::kBytes;
-  // Group i of 4 bytes: pixel pair i / 2, channel byte j of both side by side.
-  const VP pairs = Table([](int i, int j) {
-    const int c = 2 * (i & 1) + j / 2, p = 2 * (i / 2) + (j & 1);
-    return c < B ? B * p + c : 0x80;
+  // 4-byte group i: pixel pair i / 2, red (i even) or blue (odd), each pixel's
+  // channel then its green.
+  const VP diffs = Table([](int i, int j) {
+    const int p = 2 * (i / 2) + j / 2, c = j & 1 ? Src::kGi : i & 1 ? Src::kBi : Src::kRi;
+    return B * p + c;
   });
-  // The packed codes hold U0 U1 V0 V1 U2 U3 V2 V3 ... per block (samples
-  // 0 1 4 5 ... and 2 3 6 7 ... of two blocks): to 8 U then 8 V for
-  // StorePlanar, or in row order to pairs.
-  alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 4, 5, 8, 9, 12, 13,
-                                                      2, 3, 6, 7, 10, 11, 14, 15};
-  alignas(16) static constexpr uint8_t kUv[16] = {0, 2, 1, 3, 4, 6, 5, 7,
-                                                  8, 10, 9, 11, 12, 14, 13, 15};
-  alignas(16) static constexpr uint8_t kVu[16] = {2, 0, 3, 1, 6, 4, 7, 5,
-                                                  10, 8, 11, 9, 14, 12, 15, 13};
-  const VP ones = hn::Set(d8, 1);
+  // Per block the codes are U0-U3 V0-V3 U4-U7 V4-V7 (samples 0 1 4 5 8 9
+  // 12 13 and 2 3 6 7 ... of two blocks): to 8 U then 8 V for StorePlanar,
+  // or in row order to pairs.
+  alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 2, 3, 8, 9, 10, 11,
+                                                      4, 5, 6, 7, 12, 13, 14, 15};
+  alignas(16) static constexpr uint8_t kUv[16] = {0, 4, 1, 5, 2, 6, 3, 7,
+                                                  8, 12, 9, 13, 10, 14, 11, 15};
+  alignas(16) static constexpr uint8_t kVu[16] = {4, 0, 5, 1, 6, 2, 7, 3,
+                                                  12, 8, 13, 9, 14, 10, 15, 11};
+  const VP signs = hn::BitCast(d8, hn::Set(DW(), static_cast<int16_t>(0xFF01)));
   const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
-  const VW wu = PixelWords<Src>(k, 1), wv = PixelWords<Src>(k, 2);
-  alignas(16) const int32_t adds[4] = {2 * (k.add[1] >> 2), 2 * (k.add[1] >> 2),
-                                       2 * (k.add[2] >> 2), 2 * (k.add[2] >> 2)};
-  const VL add = hn::LoadDup128(dl, adds);
+  const auto words = [](int32_t a, int32_t b) {
+    return hn::BitCast(DW(), hn::Set(hn::Repartition<uint32_t, DP>(),
+                                     (uint32_t(b) << 16) | (uint32_t(a) & 0xFFFF)));
+  };
+  const VW wu = words(k.cd[0][0], k.cd[0][1]), wv = words(k.cd[1][0], k.cd[1][1]);
+  const VW eighths = hn::Set(DW(), 1 << 12);
+  const auto half = [&](size_t at) {
+    const auto part = [&](size_t q) {
+      return hn::Add(MulAddBytes(hn::TableLookupBytes(LoadPixels<Src>(s0 + q), diffs), signs),
+                     MulAddBytes(hn::TableLookupBytes(LoadPixels<Src>(s1 + q), diffs), signs));
+    };
+    const VW d{RawAddPairs(part(at).raw, part(at + B * L / 4).raw)};
+    const VW t{RawAddPairs(hn::MulFixedPoint15(d, wu).raw, hn::MulFixedPoint15(d, wv).raw)};
+    return hn::MulFixedPoint15(t, eighths);
+  };
+  const VP flip = hn::Set(d8, 0x80);
   size_t x = 0;
   for (; x + Stop<Src>(L) <= w; x += L) {
-    VL c[4];
-    for (size_t i = 0; i < 4; ++i) {
-      const size_t at = B * (x + i * L / 4);
-      const VP a = LoadPixels<Src>(s0 + at), b = LoadPixels<Src>(s1 + at);
-      const VW sums = hn::Add(MulAddBytes(hn::TableLookupBytes(a, pairs), ones),
-                              MulAddBytes(hn::TableLookupBytes(b, pairs), ones));
-      const VL uv = VL{RawAddPairs32(MulAddWords(sums, wu).raw, MulAddWords(sums, wv).raw)};
-      c[i] = hn::ShiftRight<kChromaShift>(hn::Add(uv, add));
-    }
+    const VP codes = hn::Xor(VP{RawPackSignedBytes(half(B * x).raw, half(B * (x + L / 2)).raw)}, flip);
     const size_t i = x / 2;
     if (step == 1) {
-      StorePlanar(hn::TableLookupBytes(PackCodes(c), order), u + i, v + i);
+      StorePlanar(hn::TableLookupBytes(codes, order), u + i, v + i);
     } else {
-      hn::StoreU(InOrder(hn::TableLookupBytes(PackCodes(c), order)), d8, (u < v ? u : v) + 2 * i);
+      hn::StoreU(InOrder(hn::TableLookupBytes(codes, order)), d8, (u < v ? u : v) + 2 * i);
     }
   }
   csc::scalar::NewRgbChromaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v, step,
@@ -165,30 +150,6 @@ void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint
 #endif  // KELO_X86_RAW
 
 #if HWY_TARGET == HWY_NEON
-// 3- and 4-byte pixels on NEON: the structure loads split 16 pixels into
-// channels; 16-bit channels (or block sums) times 16-bit coefficients
-// accumulate into 32-bit lanes that start at the offset (vmlal), narrowed by
-// a saturating shift (vqshrun) and a saturating narrowing (vqmovn).
-// The coefficients of row r sit in lanes 0-2 of one register (vmlal by lane:
-// by value, GCC reloads them into the loop).
-template <int kShift>
-HWY_INLINE uint8x8_t Codes(const int16x8_t c[3], int16x4_t m, int32x4_t add) {
-  const auto half = [&](int16x4_t c0, int16x4_t c1, int16x4_t c2) {
-    const int32x4_t acc = vmlal_lane_s16(vmlal_lane_s16(vmlal_lane_s16(add, c0, m, 0), c1, m, 1),
-                                         c2, m, 2);
-    return vqshrun_n_s32(acc, kShift);
-  };
-  return vqmovn_u16(
-      vcombine_u16(half(vget_low_s16(c[0]), vget_low_s16(c[1]), vget_low_s16(c[2])),
-                   half(vget_high_s16(c[0]), vget_high_s16(c[1]), vget_high_s16(c[2]))));
-}
-HWY_INLINE int16x4_t Coefficients(const NewMatrix& k, int r) {
-  const int16_t m[4] = {static_cast<int16_t>(k.m[r][0]), static_cast<int16_t>(k.m[r][1]),
-                        static_cast<int16_t>(k.m[r][2]), 0};
-  return vld1_s16(m);
-}
-HWY_INLINE int16x8_t Wide(uint8x8_t c) { return vreinterpretq_s16_u16(vmovl_u8(c)); }
-
 // Luma in byte weights (NewLumaBytes): w . p in byte products (vmull and
 // vmlal.u8, eight pixels an instruction) and A added in the narrowing add of
 // the high halves (vaddhn). The loops bump their pointers (post-increment
@@ -211,31 +172,18 @@ void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
   csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n8, n);
 }
 
-// Chroma codes when both offsets are 128 and a rounding half (the usual
-// case): a rounding narrowing shift and a saturating narrowing to signed
-// bytes, then 128 added by flipping the top bit; no offset to start each sum
-// from.
-constexpr int32_t kCentred = (128 << kChromaShift) + (1 << (kChromaShift - 1));
-bool ChromaCentred(const NewMatrix& k) {
-  return 2 * (k.add[1] >> 2) == kCentred && 2 * (k.add[2] >> 2) == kCentred;
-}
-HWY_INLINE uint8x8_t CentredCodes(const int16x8_t c[3], int16x4_t m) {
-  const auto half = [&](int16x4_t c0, int16x4_t c1, int16x4_t c2) {
-    return vqrshrn_n_s32(
-        vmlal_lane_s16(vmlal_lane_s16(vmull_lane_s16(c0, m, 0), c1, m, 1), c2, m, 2), kChromaShift);
-  };
-  const int8x8_t t = vqmovn_s16(
-      vcombine_s16(half(vget_low_s16(c[0]), vget_low_s16(c[1]), vget_low_s16(c[2])),
-                   half(vget_high_s16(c[0]), vget_high_s16(c[1]), vget_high_s16(c[2]))));
-  return veor_u8(vreinterpret_u8_s8(t), vdup_n_u8(0x80));
-}
-
-// Samples [0, n16 / 2) to planes (kOut 0) or pairs, U first (1) or V (2).
-template <class Src, int kOut, bool kCentredCodes>
+// Chroma: the block sums of the three channels (vpaddl and vpadal.u8), their
+// differences, the rounded high halves of their products with the weights
+// (vqrdmulh), and the sum narrowed by a rounding, saturating shift to signed
+// bytes, 128 added by flipping the top bit. Samples [0, n16 / 2) to planes
+// (kOut 0) or pairs, U first (1) or V (2).
+template <class Src, int kOut>
 void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
                       uint8_t* v, size_t n16) {
-  const int16x4_t mu = Coefficients(k, 1), mv = Coefficients(k, 2);
-  const int32x4_t addu = vdupq_n_s32(2 * (k.add[1] >> 2)), addv = vdupq_n_s32(2 * (k.add[2] >> 2));
+  const int16_t w[4] = {static_cast<int16_t>(k.cd[0][0]), static_cast<int16_t>(k.cd[0][1]),
+                        static_cast<int16_t>(k.cd[1][0]), static_cast<int16_t>(k.cd[1][1])};
+  const int16x4_t cw = vld1_s16(w);
+  const uint8x8_t top = vdup_n_u8(0x80);
   constexpr size_t kStep = kOut ? 16 : 8;
   for (const uint8_t* const end = s0 + n16 * Src::kBytes; s0 != end;
        s0 += 16 * Src::kBytes, s1 += 16 * Src::kBytes, u += kStep, v += kStep) {
@@ -246,14 +194,12 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     for (int j = 0; j < 3; ++j) {
       sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
     }
-    uint8x8_t cu, cv;
-    if constexpr (kCentredCodes) {
-      cu = CentredCodes(sums, mu);
-      cv = CentredCodes(sums, mv);
-    } else {
-      cu = Codes<kChromaShift>(sums, mu, addu);
-      cv = Codes<kChromaShift>(sums, mv, addv);
-    }
+    const int16x8_t dr = vsubq_s16(sums[0], sums[1]), db = vsubq_s16(sums[2], sums[1]);
+    const auto code = [&](int16x8_t t) {
+      return veor_u8(vreinterpret_u8_s8(vqrshrn_n_s16(t, 3)), top);
+    };
+    const uint8x8_t cu = code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 0), vqrdmulhq_lane_s16(db, cw, 1)));
+    const uint8x8_t cv = code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 2), vqrdmulhq_lane_s16(db, cw, 3)));
     if constexpr (kOut == 0) {
       vst1_u8(u, cu);
       vst1_u8(v, cv);
@@ -264,16 +210,16 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     }
   }
 }
-template <class Src, bool kCentredCodes>
+template <class Src>
 void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
                    uint8_t* v, size_t step, size_t w) {
   const size_t n16 = w & ~size_t{15};
   if (step == 1) {
-    ChromaBlocksNeon<Src, 0, kCentredCodes>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 0>(k, s0, s1, u, v, n16);
   } else if (u < v) {
-    ChromaBlocksNeon<Src, 1, kCentredCodes>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 1>(k, s0, s1, u, v, n16);
   } else {
-    ChromaBlocksNeon<Src, 2, kCentredCodes>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 2>(k, s0, s1, u, v, n16);
   }
   csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v,
                                step, n16 / 2, w);
@@ -305,13 +251,13 @@ void LumaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s, uint8_t
   LumaRowNeon<Src>(k, s, y, n);
 #endif
 }
-template <class Src, bool kCentredCodes>
+template <class Src>
 void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, const uint8_t* s1,
                  int, uint8_t* u, uint8_t* v, size_t step, size_t w) {
 #if KELO_X86_RAW
   ChromaRowX86<Src>(k, s0, s1, u, v, step, w);
 #else
-  ChromaRowNeon<Src, kCentredCodes>(k, s0, s1, u, v, step, w);
+  ChromaRowNeon<Src>(k, s0, s1, u, v, step, w);
 #endif
 }
 #endif
@@ -323,12 +269,7 @@ void NewRgbRowsForVec(const NewMatrix& k, const NewRgbOrder& o, int sub, csc::Ne
   WithAnyOrder(o, [&](auto src) {
     using Src = decltype(src);
     if (csc::NewLumaBytes(k)) rows->luma = LumaEntry<Src>;
-#if HWY_TARGET == HWY_NEON
-    const bool centred = ChromaCentred(k);
-#else
-    const bool centred = false;
-#endif
-    if (sub == 2) rows->chroma = centred ? ChromaEntry<Src, true> : ChromaEntry<Src, false>;
+    if (sub == 2) rows->chroma = ChromaEntry<Src>;
   });
 #else
   (void)k, (void)o, (void)sub;
@@ -353,14 +294,9 @@ inline void NewRgbRowsForVec(const NewMatrix&, const NewRgbOrder&, int, NewRgbRo
 KELO_VEC_EXPORT(NewRgbRowsForVec);
 
 namespace csc {
-// Three products of 16-bit coefficients and 2040 and an offset of at most
-// 2^30 stay below 2^31 (cheaper than NewMatrixFits).
 bool NewRgbRowsVec(const NewMatrix& k) {
-  bool ok = k.hi == 255;
-  for (int r = 0; r < 3; ++r) {
-    ok = ok && k.in_off8[r] == 0 && k.add[r] >= -(1 << 30) && k.add[r] <= (1 << 30);
-    for (int j = 0; j < 3; ++j) ok = ok && k.m[r][j] >= INT16_MIN && k.m[r][j] <= INT16_MAX;
-  }
+  bool ok = true;
+  for (const auto& c : k.cd) ok = ok && c[0] >= INT16_MIN && c[0] <= INT16_MAX && c[1] >= INT16_MIN && c[1] <= INT16_MAX;
   return ok;
 }
 bool NewLumaBytes(const NewMatrix& k) {

@@ -25,24 +25,31 @@ inline void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_
     y[x] = static_cast<uint8_t>(NewClamp(NewRgbAcc(k, o, 0, s + x * o.px) >> kNewShift, k.hi));
   }
 }
+// (a c + 2^14) >> 15: the rounded high half of a 16-bit product, as vqrdmulh
+// and pmulhrsw give it.
+inline int32_t NewMulHigh(int32_t a, int32_t c) { return (a * c + (1 << 14)) >> 15; }
+// Chroma code c (0 U, 1 V) of a block whose channels sum to sr, sg, sb over
+// its four quarters: t = NewMulHigh(sr - sg, cd[c][0]) + NewMulHigh(sb - sg,
+// cd[c][1]) in eighths of a code about the centre 128, rounded half up.
+inline uint8_t NewRgbChromaCode(const NewMatrix& k, int c, int32_t sr, int32_t sg, int32_t sb) {
+  const int32_t t = NewMulHigh(sr - sg, k.cd[c][0]) + NewMulHigh(sb - sg, k.cd[c][1]);
+  return static_cast<uint8_t>(NewClamp(128 + ((t + 4) >> 3), 255));
+}
 // Chroma samples [i0, cw) of a row w pixels wide, cw = w / sub rounded up:
 // sample i covers columns a = sub * i and b = min(a + sub - 1, w - 1) of rows
-// s0 and s1 (one row twice when chroma keeps every row). Each pixel's
-// accumulator is taken in quarters, the four are summed, shifted and clamped.
+// s0 and s1 (one row twice when chroma keeps every row), its quarters.
 // U goes to u[i * step], V to v[i * step].
 inline void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0,
                             const uint8_t* s1, int sub, uint8_t* u, uint8_t* v, size_t step,
                             size_t i0, size_t w) {
   const size_t cw = (w + sub - 1) / sub;
   for (size_t i = i0; i < cw; ++i) {
-    const size_t a = sub * i, b = a + sub - 1 < w ? a + sub - 1 : w - 1;
-    for (int ch = 1; ch < 3; ++ch) {
-      const int64_t sum = (NewRgbAcc(k, o, ch, s0 + a * o.px) >> 2) +
-                          (NewRgbAcc(k, o, ch, s0 + b * o.px) >> 2) +
-                          (NewRgbAcc(k, o, ch, s1 + a * o.px) >> 2) +
-                          (NewRgbAcc(k, o, ch, s1 + b * o.px) >> 2);
-      (ch == 1 ? u : v)[i * step] = static_cast<uint8_t>(NewClamp(sum >> kNewShift, k.hi));
-    }
+    const size_t a = (sub * i) * o.px, b = (sub * i + sub - 1 < w ? sub * i + sub - 1 : w - 1) * o.px;
+    int32_t sum[3];
+    const int at[3] = {o.r, o.g, o.b};
+    for (int j = 0; j < 3; ++j) sum[j] = s0[a + at[j]] + s0[b + at[j]] + s1[a + at[j]] + s1[b + at[j]];
+    u[i * step] = NewRgbChromaCode(k, 0, sum[0], sum[1], sum[2]);
+    v[i * step] = NewRgbChromaCode(k, 1, sum[0], sum[1], sum[2]);
   }
 }
 // The two rows over whole rows, as the function pointers of NewRgbRows.
@@ -69,8 +76,7 @@ struct NewRgbRows {
 NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub);
 
 // Whether the vector rows may run for k (otherwise the entries below run the
-// scalar rows): no input offsets, 8-bit codes, coefficients within 16 bits and
-// offsets within 2^30 (so every sum stays within 32 bits).
+// scalar rows): chroma weights within 16 bits (luma needs NewLumaBytes too).
 bool NewRgbRowsVec(const NewMatrix& k);
 
 // Whether the luma row of k is in byte weights, which the vector luma rows

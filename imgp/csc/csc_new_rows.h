@@ -14,11 +14,15 @@ namespace csc {
 //   acc = sum_j m[r][j] (c_j - in_off8[j]) + add[r],  out = clamp(acc >> 17)
 // to 0 .. hi, where m has 14 fractional bits and add[r] holds the output
 // offset << 17 and the rounding half.
+// Maps from RGB to 8-bit YUV take chroma from differences instead
+// (NewRgbChromaCode): cd[c] holds the weights of R - G and B - G for U (c 0)
+// and V (1), with 16 fractional bits, clamped to +-32767.
 struct NewMatrix {
   int32_t m[3][3];
   int32_t in_off8[3];
   int32_t add[3];
   int32_t hi;
+  int32_t cd[2][2];
 };
 constexpr int kNewFrac = 14, kNewShift = kNewFrac + 3;
 

@@ -19,9 +19,8 @@ namespace {
 const csc::NewRgbOrder kOrders[] = {{4, 0, 1, 2, 3}, {4, 2, 1, 0, 3}, {4, 1, 2, 3, 0},
                                     {4, 3, 2, 1, 0}, {3, 0, 1, 2, -1}, {3, 2, 1, 0, -1}};
 
-// A map the vector chroma rows take (16-bit coefficients, offsets of any
-// low bits); its luma row goes to the scalar rows unless ByteLuma makes it
-// byte weights.
+// A map the vector chroma rows take (16-bit weights); its luma row goes to
+// the scalar rows unless ByteLuma makes it byte weights.
 csc::NewMatrix RandomMatrix(std::mt19937& rng) {
   std::uniform_int_distribution<int32_t> coef(-32767, 32767), add(-(1 << 30), 1 << 30);
   csc::NewMatrix k{};
@@ -29,16 +28,14 @@ csc::NewMatrix RandomMatrix(std::mt19937& rng) {
     for (int j = 0; j < 3; ++j) k.m[r][j] = coef(rng);
     k.add[r] = add(rng);
   }
+  for (auto& c : k.cd) c[0] = coef(rng) - (rng() & 1), c[1] = coef(rng);
   k.hi = 255;
   return k;
 }
 
-// Byte weights summing to at most 256 in the luma row, and the usual chroma
-// offsets (128 and a rounding half, with junk in the low bits); half the
-// time the weights sum to 256 and the luma offset is the largest the byte
-// sums allow.
+// Byte weights summing to at most 256 in the luma row; half the time they
+// sum to 256 and the luma offset is the largest the byte sums allow.
 void ByteLuma(std::mt19937& rng, csc::NewMatrix& k) {
-  for (int r = 1; r < 3; ++r) k.add[r] = (128 << 17) + (1 << 16) + static_cast<int32_t>(rng() & 3);
   const bool edge = rng() & 1;
   int32_t w[3] = {static_cast<int32_t>(rng() % 256), 0, 0};
   w[1] = static_cast<int32_t>(rng() % (257 - w[0]));
