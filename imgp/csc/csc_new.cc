@@ -421,11 +421,16 @@ void RunRgbToYuv(const Plan& p, const kimgp_img& s, kimgp_img& d) {
   const int32_t uo = semi ? dl.ci[0] : 0, vo = semi ? dl.ci[1] : 0;
   for (int32_t y = 0; y < p.h; ++y) {
     const uint8_t* row = RowOf(s, 0, y);
-    p.rgb.luma(p.k, o, row, RowOf(d, 0, y), w);
-    if (!chroma || (dl.ys && (y & 1))) continue;
     const int32_t cy = dl.ys ? y >> 1 : y;
-    const uint8_t* next = dl.ys && y + 1 < p.h ? row + s.stride[0] : row;
-    p.rgb.chroma(p.k, o, row, next, 1 << dl.xs, RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo,
+    if (chroma && dl.ys && y + 1 < p.h) {  // a 4:2:0 row pair
+      NewRgbPairRow(p.rgb, p.k, o, row, row + s.stride[0], RowOf(d, 0, y), RowOf(d, 0, y + 1),
+                    RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo, semi ? 2 : 1, w);
+      ++y;
+      continue;
+    }
+    p.rgb.luma(p.k, o, row, RowOf(d, 0, y), w);
+    if (!chroma) continue;
+    p.rgb.chroma(p.k, o, row, row, 1 << dl.xs, RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo,
                  semi ? 2 : 1, w);
   }
 }

@@ -28,6 +28,12 @@ namespace hn = hwy::HWY_NAMESPACE;
 using csc::NewMatrix;
 using csc::NewRgbOrder;
 
+// The scalar rows' description of pixel order Src.
+template <class Src>
+constexpr NewRgbOrder ScalarOrder() {
+  return {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi};
+}
+
 #if KELO_X86_RAW
 // x86: L / 4 pixels to a vector, 4 to each 128-bit block from its first
 // byte on, in byte-pair multiply-adds (pmaddubsw).
@@ -55,141 +61,201 @@ HWY_INLINE VP Table(F f) {
   for (int i = 0; i < 16; ++i) t[i] = static_cast<uint8_t>(f(i / 4, i % 4));
   return hn::LoadDup128(DP(), t);
 }
-// Luma in byte weights (NewLumaBytes): the weights are the unsigned operand
-// of the byte-pair products and the pixels, less 128, the signed one, so a
-// pair stays within 16 bits for weights summing to 256; the pairs of a pixel
-// sum (phaddw) to w . p - 128 S, and adding 128 S + A (mod 2^16) gives
-// w . p + A < 2^16, whose high byte is the code.
+// The rows' constants for a map, and the codes of L pixels whose 4-pixel
+// groups are loaded (Load) into 4 vectors.
+template <class Src>
+class RowsX86 {
+ public:
+  static constexpr int B = Src::kBytes;
+
+  explicit RowsX86(const NewMatrix& k) {
+    int32_t w[4] = {};
+    w[Src::kRi] = k.m[0][0] >> 6, w[Src::kGi] = k.m[0][1] >> 6, w[Src::kBi] = k.m[0][2] >> 6;
+    weights_ = Table([&](int, int j) { return w[j]; });
+    luma_add_ = hn::Set(DU(), static_cast<uint16_t>(128 * (w[0] + w[1] + w[2] + w[3]) + (k.add[0] >> 9)));
+    wu_ = Words(k.cd[0][0], k.cd[0][1]);
+    wv_ = Words(k.cd[1][0], k.cd[1][1]);
+  }
+
+  static void Load(const uint8_t* p, VP* px) {
+    for (size_t i = 0; i < 4; ++i) px[i] = LoadPixels<Src>(p + B * i * hn::Lanes(DP()) / 4);
+  }
+
+  // Luma in byte weights (NewLumaBytes): the weights are the unsigned
+  // operand of the byte-pair products and the pixels, less 128, the signed
+  // one, so a pair stays within 16 bits for weights summing to 256; the
+  // pairs of a pixel sum (phaddw) to w . p - 128 S, and adding 128 S + A
+  // (mod 2^16) gives w . p + A < 2^16, whose high byte is the code. In row
+  // order.
+  VP Luma(const VP* px) const {
+    const auto pair = [&](VP v) {
+      // 3-byte pixels spread to 4-byte groups (the fourth byte zero).
+      if (B == 3) v = hn::TableLookupBytes(v, Table([](int i, int j) { return j < 3 ? 3 * i + j : 0x80; }));
+      return MulAddBytes(weights_, hn::Xor(v, hn::Set(DP(), 0x80)));
+    };
+    const auto half = [&](int i) {
+      const VW sums{RawAddPairs(pair(px[i]).raw, pair(px[i + 1]).raw)};
+      return hn::ShiftRight<8>(hn::Add(hn::BitCast(DU(), sums), luma_add_));
+    };
+    return InOrder(VP{RawPackBytes(half(0).raw, half(2).raw)});
+  }
+
+  // Chroma of 2x2 blocks, rows a and b: L / 2 samples, per block U0-U3
+  // V0-V3 U4-U7 V4-V7 (samples 0 1 4 5 8 9 12 13 and 2 3 6 7 ... of two
+  // blocks). Per row, byte-pair multiply-adds with +1 and -1 give each pixel
+  // pair's R - G and B - G of both pixels; the rows' sum, added in
+  // neighbouring pairs (phaddw), gives the block's differences, whose rounded
+  // high products with the weights (pmulhrsw) add in pairs again to U and V
+  // in eighths, rounded by one more product (by 2^12) and packed to signed
+  // bytes, 128 added by flipping the top bit.
+  VP Chroma(const VP* a, const VP* b) const {
+    // 4-byte group i: pixel pair i / 2, red (i even) or blue (odd), each
+    // pixel's channel then its green.
+    const VP diffs = Table([](int i, int j) {
+      const int p = 2 * (i / 2) + j / 2, c = j & 1 ? Src::kGi : i & 1 ? Src::kBi : Src::kRi;
+      return B * p + c;
+    });
+    const VP signs = hn::BitCast(DP(), hn::Set(DW(), static_cast<int16_t>(0xFF01)));
+    const auto part = [&](int i) {
+      return hn::Add(MulAddBytes(hn::TableLookupBytes(a[i], diffs), signs),
+                     MulAddBytes(hn::TableLookupBytes(b[i], diffs), signs));
+    };
+    const auto half = [&](int i) {
+      const VW d{RawAddPairs(part(i).raw, part(i + 1).raw)};
+      const VW t{RawAddPairs(hn::MulFixedPoint15(d, wu_).raw, hn::MulFixedPoint15(d, wv_).raw)};
+      return hn::MulFixedPoint15(t, hn::Set(DW(), 1 << 12));
+    };
+    return hn::Xor(VP{RawPackSignedBytes(half(0).raw, half(2).raw)}, hn::Set(DP(), 0x80));
+  }
+
+ private:
+  using DU = hn::Repartition<uint16_t, DP>;
+  // The 16-bit words a, b repeated.
+  static VW Words(int32_t a, int32_t b) {
+    return hn::BitCast(DW(), hn::Set(hn::Repartition<uint32_t, DP>(),
+                                     (uint32_t(b) << 16) | (uint32_t(a) & 0xFFFF)));
+  }
+  VP weights_;
+  hn::Vec<DU> luma_add_;
+  VW wu_, wv_;
+};
+
 template <class Src>
 void LumaRowX86(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
+  const RowsX86<Src> rows(k);
   const DP d8;
-  const hn::Repartition<uint16_t, DP> du;
   const size_t L = hn::Lanes(d8);
-  constexpr int B = Src::kBytes;
-  int32_t w[4] = {};
-  w[Src::kRi] = k.m[0][0] >> 6, w[Src::kGi] = k.m[0][1] >> 6, w[Src::kBi] = k.m[0][2] >> 6;
-  const VP weights = Table([&](int, int j) { return w[j]; });
-  const VP flip = hn::Set(d8, 0x80);
-  // 3-byte pixels spread to 4-byte groups (the fourth byte zero).
-  const VP spread = Table([](int i, int j) { return j < 3 ? 3 * i + j : 0x80; });
-  const auto add = hn::Set(du, static_cast<uint16_t>(128 * (w[0] + w[1] + w[2] + w[3]) + (k.add[0] >> 9)));
-  const auto half = [&](const uint8_t* p) {
-    const auto pair = [&](const uint8_t* q) {
-      const VP px = LoadPixels<Src>(q);
-      return MulAddBytes(weights, hn::Xor(B == 4 ? px : hn::TableLookupBytes(px, spread), flip));
-    };
-    const VW sums{RawAddPairs(pair(p).raw, pair(p + B * L / 4).raw)};
-    return hn::ShiftRight<8>(hn::Add(hn::BitCast(du, sums), add));
-  };
   size_t x = 0;
   for (; x + Stop<Src>(L) <= n; x += L) {
-    const uint8_t* p = s + B * x;
-    hn::StoreU(InOrder(VP{RawPackBytes(half(p).raw, half(p + B * L / 2).raw)}), d8, y + x);
+    VP px[4];
+    rows.Load(s + Src::kBytes * x, px);
+    hn::StoreU(rows.Luma(px), d8, y + x);
   }
-  csc::scalar::NewRgbLumaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, x, n);
+  csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s, y, x, n);
 }
 
-// 2x2 blocks: L pixels of each row give L / 2 samples. Per row, byte-pair
-// multiply-adds with +1 and -1 give each pixel pair's R - G and B - G of
-// both pixels; the rows' sum, added in neighbouring pairs (phaddw), gives
-// the block's differences, whose rounded high products with the weights
-// (pmulhrsw) add in pairs again to U and V in eighths, rounded by one more
-// (times 2^12) and packed to signed bytes, 128 added by flipping the top bit.
-template <class Src>
-void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
-                  uint8_t* v, size_t step, size_t w) {
+// The chroma row of rows s0 and s1 and, with kLuma, their luma rows.
+template <class Src, bool kLuma>
+void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
+                  uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w) {
+  const RowsX86<Src> rows(k);
   const DP d8;
   const size_t L = hn::Lanes(d8);
-  constexpr int B = Src::kBytes;
-  // 4-byte group i: pixel pair i / 2, red (i even) or blue (odd), each pixel's
-  // channel then its green.
-  const VP diffs = Table([](int i, int j) {
-    const int p = 2 * (i / 2) + j / 2, c = j & 1 ? Src::kGi : i & 1 ? Src::kBi : Src::kRi;
-    return B * p + c;
-  });
-  // Per block the codes are U0-U3 V0-V3 U4-U7 V4-V7 (samples 0 1 4 5 8 9
-  // 12 13 and 2 3 6 7 ... of two blocks): to 8 U then 8 V for StorePlanar,
-  // or in row order to pairs.
+  // The codes to 8 U then 8 V for StorePlanar, or in row order to pairs.
   alignas(16) static constexpr uint8_t kPlanar[16] = {0, 1, 2, 3, 8, 9, 10, 11,
                                                       4, 5, 6, 7, 12, 13, 14, 15};
   alignas(16) static constexpr uint8_t kUv[16] = {0, 4, 1, 5, 2, 6, 3, 7,
                                                   8, 12, 9, 13, 10, 14, 11, 15};
   alignas(16) static constexpr uint8_t kVu[16] = {4, 0, 5, 1, 6, 2, 7, 3,
                                                   12, 8, 13, 9, 14, 10, 15, 11};
-  const VP signs = hn::BitCast(d8, hn::Set(DW(), static_cast<int16_t>(0xFF01)));
   const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
-  const auto words = [](int32_t a, int32_t b) {
-    return hn::BitCast(DW(), hn::Set(hn::Repartition<uint32_t, DP>(),
-                                     (uint32_t(b) << 16) | (uint32_t(a) & 0xFFFF)));
-  };
-  const VW wu = words(k.cd[0][0], k.cd[0][1]), wv = words(k.cd[1][0], k.cd[1][1]);
-  const VW eighths = hn::Set(DW(), 1 << 12);
-  const auto half = [&](size_t at) {
-    const auto part = [&](size_t q) {
-      return hn::Add(MulAddBytes(hn::TableLookupBytes(LoadPixels<Src>(s0 + q), diffs), signs),
-                     MulAddBytes(hn::TableLookupBytes(LoadPixels<Src>(s1 + q), diffs), signs));
-    };
-    const VW d{RawAddPairs(part(at).raw, part(at + B * L / 4).raw)};
-    const VW t{RawAddPairs(hn::MulFixedPoint15(d, wu).raw, hn::MulFixedPoint15(d, wv).raw)};
-    return hn::MulFixedPoint15(t, eighths);
-  };
-  const VP flip = hn::Set(d8, 0x80);
   size_t x = 0;
   for (; x + Stop<Src>(L) <= w; x += L) {
-    const VP codes = hn::Xor(VP{RawPackSignedBytes(half(B * x).raw, half(B * (x + L / 2)).raw)}, flip);
+    VP a[4], b[4];
+    rows.Load(s0 + Src::kBytes * x, a);
+    rows.Load(s1 + Src::kBytes * x, b);
+    if constexpr (kLuma) {
+      hn::StoreU(rows.Luma(a), d8, y0 + x);
+      hn::StoreU(rows.Luma(b), d8, y1 + x);
+    }
+    const VP codes = hn::TableLookupBytes(rows.Chroma(a, b), order);
     const size_t i = x / 2;
     if (step == 1) {
-      StorePlanar(hn::TableLookupBytes(codes, order), u + i, v + i);
+      StorePlanar(codes, u + i, v + i);
     } else {
-      hn::StoreU(InOrder(hn::TableLookupBytes(codes, order)), d8, (u < v ? u : v) + 2 * i);
+      hn::StoreU(InOrder(codes), d8, (u < v ? u : v) + 2 * i);
     }
   }
-  csc::scalar::NewRgbChromaRow(k, {B, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v, step,
-                               x / 2, w);
+  if constexpr (kLuma) {
+    csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s0, y0, x, w);
+    csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s1, y1, x, w);
+  }
+  csc::scalar::NewRgbChromaRow(k, ScalarOrder<Src>(), s0, s1, 2, u, v, step, x / 2, w);
 }
 #endif  // KELO_X86_RAW
 
 #if HWY_TARGET == HWY_NEON
 // Luma in byte weights (NewLumaBytes): w . p in byte products (vmull and
 // vmlal.u8, eight pixels an instruction) and A added in the narrowing add of
-// the high halves (vaddhn). The loops bump their pointers (post-increment
-// addressing) and stop at the last whole block of 16 pixels.
+// the high halves (vaddhn).
+class LumaNeon {
+ public:
+  explicit LumaNeon(const NewMatrix& k) : add_(vdupq_n_u16(static_cast<uint16_t>(k.add[0] >> 9))) {
+    for (int j = 0; j < 3; ++j) w_[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] >> 6));
+  }
+  uint8x8_t operator()(uint8x8_t r, uint8x8_t g, uint8x8_t b) const {
+    return vaddhn_u16(vmlal_u8(vmlal_u8(vmull_u8(r, w_[0]), g, w_[1]), b, w_[2]), add_);
+  }
+
+ private:
+  uint8x8_t w_[3];
+  uint16x8_t add_;
+};
+
+// The loops bump their pointers (post-increment addressing).
 template <class Src>
 void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
-  uint8x8_t w[3];
-  for (int j = 0; j < 3; ++j) w[j] = vdup_n_u8(static_cast<uint8_t>(k.m[0][j] >> 6));
-  const uint16x8_t add = vdupq_n_u16(static_cast<uint16_t>(k.add[0] >> 9));
-  const auto codes = [&](uint8x8_t r, uint8x8_t g, uint8x8_t b) {
-    return vaddhn_u16(vmlal_u8(vmlal_u8(vmull_u8(r, w[0]), g, w[1]), b, w[2]), add);
-  };
+  const LumaNeon luma(k);
   const size_t n8 = n & ~size_t{7};
   const uint8_t* p = s;
   for (uint8_t *py = y, *const end = y + n8; py != end; py += 8) {
     uint8x8_t r, g, b;
     RgbChannels8<Src>(p, &r, &g, &b);
-    vst1_u8(py, codes(r, g, b));
+    vst1_u8(py, luma(r, g, b));
   }
-  csc::scalar::NewRgbLumaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s, y, n8, n);
+  csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s, y, n8, n);
 }
 
 // Chroma: the block sums of the three channels (vpaddl and vpadal.u8), their
 // differences, the rounded high halves of their products with the weights
 // (vqrdmulh), and the sum narrowed by a rounding, saturating shift to signed
-// bytes, 128 added by flipping the top bit. Samples [0, n16 / 2) to planes
-// (kOut 0) or pairs, U first (1) or V (2).
-template <class Src, int kOut>
-void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
-                      uint8_t* v, size_t n16) {
+// bytes, 128 added by flipping the top bit; with kLuma the luma of both rows
+// from the same loads. Samples [0, n16 / 2) to planes (kOut 0) or pairs, U
+// first (1) or V (2).
+template <class Src, int kOut, bool kLuma>
+void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
+                      uint8_t* y1, uint8_t* u, uint8_t* v, size_t n16) {
   const int16_t w[4] = {static_cast<int16_t>(k.cd[0][0]), static_cast<int16_t>(k.cd[0][1]),
                         static_cast<int16_t>(k.cd[1][0]), static_cast<int16_t>(k.cd[1][1])};
   const int16x4_t cw = vld1_s16(w);
   const uint8x8_t top = vdup_n_u8(0x80);
+  const LumaNeon luma(k);
   constexpr size_t kStep = kOut ? 16 : 8;
   for (const uint8_t* const end = s0 + n16 * Src::kBytes; s0 != end;
        s0 += 16 * Src::kBytes, s1 += 16 * Src::kBytes, u += kStep, v += kStep) {
     uint8x16_t c0[3], c1[3];
     RgbChannels<Src>(s0, &c0[0], &c0[1], &c0[2]);
     RgbChannels<Src>(s1, &c1[0], &c1[1], &c1[2]);
+    if constexpr (kLuma) {
+      const auto row = [&](const uint8x16_t* c, uint8_t*& y) {
+        vst1_u8(y, luma(vget_low_u8(c[0]), vget_low_u8(c[1]), vget_low_u8(c[2])));
+        y += 8;
+        vst1_u8(y, luma(vget_high_u8(c[0]), vget_high_u8(c[1]), vget_high_u8(c[2])));
+        y += 8;
+      };
+      row(c0, y0);
+      row(c1, y1);
+    }
     int16x8_t sums[3];
     for (int j = 0; j < 3; ++j) {
       sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
@@ -210,19 +276,22 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     }
   }
 }
-template <class Src>
-void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* u,
-                   uint8_t* v, size_t step, size_t w) {
+template <class Src, bool kLuma>
+void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
+                   uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w) {
   const size_t n16 = w & ~size_t{15};
   if (step == 1) {
-    ChromaBlocksNeon<Src, 0>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 0, kLuma>(k, s0, s1, y0, y1, u, v, n16);
   } else if (u < v) {
-    ChromaBlocksNeon<Src, 1>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 1, kLuma>(k, s0, s1, y0, y1, u, v, n16);
   } else {
-    ChromaBlocksNeon<Src, 2>(k, s0, s1, u, v, n16);
+    ChromaBlocksNeon<Src, 2, kLuma>(k, s0, s1, y0, y1, u, v, n16);
   }
-  csc::scalar::NewRgbChromaRow(k, {Src::kBytes, Src::kRi, Src::kGi, Src::kBi, Src::kAi}, s0, s1, 2, u, v,
-                               step, n16 / 2, w);
+  if constexpr (kLuma) {
+    csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s0, y0, n16, w);
+    csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s1, y1, n16, w);
+  }
+  csc::scalar::NewRgbChromaRow(k, ScalarOrder<Src>(), s0, s1, 2, u, v, step, n16 / 2, w);
 }
 #endif  // HWY_TARGET == HWY_NEON
 
@@ -255,21 +324,32 @@ template <class Src>
 void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, const uint8_t* s1,
                  int, uint8_t* u, uint8_t* v, size_t step, size_t w) {
 #if KELO_X86_RAW
-  ChromaRowX86<Src>(k, s0, s1, u, v, step, w);
+  ChromaRowX86<Src, false>(k, s0, s1, nullptr, nullptr, u, v, step, w);
 #else
-  ChromaRowNeon<Src>(k, s0, s1, u, v, step, w);
+  ChromaRowNeon<Src, false>(k, s0, s1, nullptr, nullptr, u, v, step, w);
+#endif
+}
+template <class Src>
+void PairEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, const uint8_t* s1,
+               uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w) {
+#if KELO_X86_RAW
+  ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, step, w);
+#else
+  ChromaRowNeon<Src, true>(k, s0, s1, y0, y1, u, v, step, w);
 #endif
 }
 #endif
 
 void NewRgbRowsForVec(const NewMatrix& k, const NewRgbOrder& o, int sub, csc::NewRgbRows* rows) {
-  *rows = {csc::scalar::NewRgbLumaRowAll, csc::scalar::NewRgbChromaRowAll};
+  *rows = {csc::scalar::NewRgbLumaRowAll, csc::scalar::NewRgbChromaRowAll, nullptr};
 #if KELO_X86_RAW || HWY_TARGET == HWY_NEON
   if (!csc::NewRgbRowsVec(k)) return;
   WithAnyOrder(o, [&](auto src) {
     using Src = decltype(src);
-    if (csc::NewLumaBytes(k)) rows->luma = LumaEntry<Src>;
+    const bool bytes = csc::NewLumaBytes(k);
+    if (bytes) rows->luma = LumaEntry<Src>;
     if (sub == 2) rows->chroma = ChromaEntry<Src>;
+    if (bytes && sub == 2) rows->pair = PairEntry<Src>;
   });
 #else
   (void)k, (void)o, (void)sub;
@@ -286,7 +366,7 @@ namespace kelo {
 namespace csc {
 namespace scalar {
 inline void NewRgbRowsForVec(const NewMatrix&, const NewRgbOrder&, int, NewRgbRows* rows) {
-  *rows = {NewRgbLumaRowAll, NewRgbChromaRowAll};
+  *rows = {NewRgbLumaRowAll, NewRgbChromaRowAll, nullptr};
 }
 }  // namespace scalar
 }  // namespace csc
@@ -319,6 +399,17 @@ void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, u
 void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w) {
   NewRgbRowsFor(k, o, sub).chroma(k, o, s0, s1, sub, u, v, step, w);
+}
+void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
+                   const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                   uint8_t* v, size_t step, size_t w) {
+  if (rows.pair) {
+    rows.pair(k, o, s0, s1, y0, y1, u, v, step, w);
+    return;
+  }
+  rows.luma(k, o, s0, y0, w);
+  rows.luma(k, o, s1, y1, w);
+  rows.chroma(k, o, s0, s1, 2, u, v, step, w);
 }
 }  // namespace csc
 }  // namespace kelo

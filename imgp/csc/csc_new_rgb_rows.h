@@ -68,10 +68,14 @@ inline void NewRgbChromaRowAll(const NewMatrix& k, const NewRgbOrder& o, const u
 // subsampling: scalar::NewRgbLumaRow and NewRgbChromaRow over whole rows on
 // the best target (the order and subsampling given to the choice are the
 // ones the rows are then called with).
+// `pair`, where the target has it (else null), writes two luma rows and the
+// 4:2:0 chroma row between them from the same loads.
 struct NewRgbRows {
   void (*luma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
   void (*chroma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                  int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
+  void (*pair)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
+               uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w);
 };
 NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub);
 
@@ -90,6 +94,11 @@ void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, u
 // scalar::NewRgbChromaRow over [0, cw) on the best target.
 void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
+// Rows s0 and s1 of a 4:2:0 destination by `rows` (of NewRgbRowsFor(k, o,
+// 2)): luma to y0 and y1, chroma to u and v; rows.pair where there is one.
+void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
+                   const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                   uint8_t* v, size_t step, size_t w);
 
 }  // namespace csc
 }  // namespace kelo

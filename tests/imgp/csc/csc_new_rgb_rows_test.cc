@@ -81,6 +81,15 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
             csc::scalar::NewRgbChromaRow(k, o, s0.data(), s1.data(), sub, e.data() + iu,
                                          e.data() + iv, step, 0, w);
             ASSERT_EQ(g, e) << "sub " << sub << " layout " << layout;
+            if (sub == 1) continue;
+            // The 4:2:0 pair: both luma rows and the same chroma.
+            std::vector<uint8_t> g2(2 * cw + 3, 9), y0(w + 1, 7), y1(w + 1, 7), e1(w + 1, 7);
+            csc::NewRgbPairRow(csc::NewRgbRowsFor(k, o, 2), k, o, s0.data(), s1.data(), y0.data(),
+                               y1.data(), g2.data() + iu, g2.data() + iv, step, w);
+            csc::scalar::NewRgbLumaRow(k, o, s1.data(), e1.data(), 0, w);
+            ASSERT_EQ(g2, e) << "pair, layout " << layout;
+            ASSERT_EQ(y0, want);
+            ASSERT_EQ(y1, e1);
           }
         }
       }
