@@ -8,6 +8,8 @@
 // within 16-bit lanes.
 #include "imgp/csc/csc_new_rgb_rows.h"
 
+#include <array>
+
 #include "common/internal/simd.h"
 #include "imgp/csc/pixel_layouts.h"
 
@@ -243,23 +245,24 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
   constexpr size_t kStep = kOut ? 16 : 8;
   for (const uint8_t* const end = s0 + n16 * Src::kBytes; s0 != end;
        s0 += 16 * Src::kBytes, s1 += 16 * Src::kBytes, u += kStep, v += kStep) {
-    uint8x16_t c0[3], c1[3];
-    RgbChannels<Src>(s0, &c0[0], &c0[1], &c0[2]);
-    RgbChannels<Src>(s1, &c1[0], &c1[1], &c1[2]);
-    if constexpr (kLuma) {
-      const auto row = [&](const uint8x16_t* c, uint8_t*& y) {
-        vst1_u8(y, luma(vget_low_u8(c[0]), vget_low_u8(c[1]), vget_low_u8(c[2])));
-        y += 8;
-        vst1_u8(y, luma(vget_high_u8(c[0]), vget_high_u8(c[1]), vget_high_u8(c[2])));
-        y += 8;
-      };
-      row(c0, y0);
-      row(c1, y1);
-    }
+    // Row by row (luma, then the channels' pair sums), to keep fewer
+    // registers live.
+    const auto row = [&](const uint8_t* s, uint8_t*& y) {
+      uint8x16_t c[3];
+      RgbChannels<Src>(s, &c[0], &c[1], &c[2]);
+      if constexpr (kLuma) {
+        vst1q_u8(y, vcombine_u8(luma(vget_low_u8(c[0]), vget_low_u8(c[1]), vget_low_u8(c[2])),
+                                luma(vget_high_u8(c[0]), vget_high_u8(c[1]), vget_high_u8(c[2]))));
+        y += 16;
+      }
+      return std::array<uint8x16_t, 3>{c[0], c[1], c[2]};
+    };
+    const auto c0 = row(s0, y0);
+    uint16x8_t pairs[3];
+    for (int j = 0; j < 3; ++j) pairs[j] = vpaddlq_u8(c0[j]);
+    const auto c1 = row(s1, y1);
     int16x8_t sums[3];
-    for (int j = 0; j < 3; ++j) {
-      sums[j] = vreinterpretq_s16_u16(vpadalq_u8(vpaddlq_u8(c0[j]), c1[j]));
-    }
+    for (int j = 0; j < 3; ++j) sums[j] = vreinterpretq_s16_u16(vpadalq_u8(pairs[j], c1[j]));
     const int16x8_t dr = vsubq_s16(sums[0], sums[1]), db = vsubq_s16(sums[2], sums[1]);
     const auto code = [&](int16x8_t t) {
       return veor_u8(vreinterpret_u8_s8(vqrshrn_n_s16(t, 3)), top);
@@ -399,17 +402,6 @@ void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, u
 void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w) {
   NewRgbRowsFor(k, o, sub).chroma(k, o, s0, s1, sub, u, v, step, w);
-}
-void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
-                   const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
-                   uint8_t* v, size_t step, size_t w) {
-  if (rows.pair) {
-    rows.pair(k, o, s0, s1, y0, y1, u, v, step, w);
-    return;
-  }
-  rows.luma(k, o, s0, y0, w);
-  rows.luma(k, o, s1, y1, w);
-  rows.chroma(k, o, s0, s1, 2, u, v, step, w);
 }
 }  // namespace csc
 }  // namespace kelo

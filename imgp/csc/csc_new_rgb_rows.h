@@ -96,9 +96,17 @@ void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
 // Rows s0 and s1 of a 4:2:0 destination by `rows` (of NewRgbRowsFor(k, o,
 // 2)): luma to y0 and y1, chroma to u and v; rows.pair where there is one.
-void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
-                   const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
-                   uint8_t* v, size_t step, size_t w);
+inline void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
+                          const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1,
+                          uint8_t* u, uint8_t* v, size_t step, size_t w) {
+  if (rows.pair) {
+    rows.pair(k, o, s0, s1, y0, y1, u, v, step, w);
+    return;
+  }
+  rows.luma(k, o, s0, y0, w);
+  rows.luma(k, o, s1, y1, w);
+  rows.chroma(k, o, s0, s1, 2, u, v, step, w);
+}
 
 }  // namespace csc
 }  // namespace kelo
