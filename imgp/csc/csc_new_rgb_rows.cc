@@ -102,15 +102,10 @@ class RowsX86 {
     return InOrder(VP{RawPackBytes(half(0).raw, half(2).raw)});
   }
 
-  // Chroma of 2x2 blocks, rows a and b: L / 2 samples, per block U0-U3
-  // V0-V3 U4-U7 V4-V7 (samples 0 1 4 5 8 9 12 13 and 2 3 6 7 ... of two
-  // blocks). Per row, byte-pair multiply-adds with +1 and -1 give each pixel
-  // pair's R - G and B - G of both pixels; the rows' sum, added in
-  // neighbouring pairs (phaddw), gives the block's differences, whose rounded
-  // high products with the weights (pmulhrsw) add in pairs again to U and V
-  // in eighths, rounded by one more product (by 2^12) and packed to signed
-  // bytes, 128 added by flipping the top bit.
-  VP Chroma(const VP* a, const VP* b) const {
+  // Per row, byte-pair multiply-adds with +1 and -1 give each pixel pair's
+  // R - G and B - G of both pixels (d[i] of group i; the caller sums the
+  // block's rows).
+  void Diffs(const VP* px, VW* d) const {
     // 4-byte group i: pixel pair i / 2, red (i even) or blue (odd), each
     // pixel's channel then its green.
     const VP diffs = Table([](int i, int j) {
@@ -118,13 +113,19 @@ class RowsX86 {
       return B * p + c;
     });
     const VP signs = hn::BitCast(DP(), hn::Set(DW(), static_cast<int16_t>(0xFF01)));
-    const auto part = [&](int i) {
-      return hn::Add(MulAddBytes(hn::TableLookupBytes(a[i], diffs), signs),
-                     MulAddBytes(hn::TableLookupBytes(b[i], diffs), signs));
-    };
+    for (int i = 0; i < 4; ++i) d[i] = MulAddBytes(hn::TableLookupBytes(px[i], diffs), signs);
+  }
+
+  // Chroma of 2x2 blocks from their rows' Diffs: L / 2 samples, per block
+  // U0-U3 V0-V3 U4-U7 V4-V7 (samples 0 1 4 5 8 9 12 13 and 2 3 6 7 ... of
+  // two blocks). Neighbouring pairs added (phaddw) give the block's
+  // differences, whose rounded high products with the weights (pmulhrsw) add
+  // in pairs again to U and V in eighths, rounded by one more product (by
+  // 2^12) and packed to signed bytes, 128 added by flipping the top bit.
+  VP Chroma(const VW* d) const {
     const auto half = [&](int i) {
-      const VW d{RawAddPairs(part(i).raw, part(i + 1).raw)};
-      const VW t{RawAddPairs(hn::MulFixedPoint15(d, wu_).raw, hn::MulFixedPoint15(d, wv_).raw)};
+      const VW s{RawAddPairs(d[i].raw, d[i + 1].raw)};
+      const VW t{RawAddPairs(hn::MulFixedPoint15(s, wu_).raw, hn::MulFixedPoint15(s, wv_).raw)};
       return hn::MulFixedPoint15(t, hn::Set(DW(), 1 << 12));
     };
     return hn::Xor(VP{RawPackSignedBytes(half(0).raw, half(2).raw)}, hn::Set(DP(), 0x80));
@@ -173,14 +174,22 @@ void ChromaRowX86(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint
   const VP order = hn::LoadDup128(d8, step == 1 ? kPlanar : u < v ? kUv : kVu);
   size_t x = 0;
   for (; x + Stop<Src>(L) <= w; x += L) {
-    VP a[4], b[4];
-    rows.Load(s0 + Src::kBytes * x, a);
-    rows.Load(s1 + Src::kBytes * x, b);
-    if constexpr (kLuma) {
-      hn::StoreU(rows.Luma(a), d8, y0 + x);
-      hn::StoreU(rows.Luma(b), d8, y1 + x);
+    // Row by row, to keep fewer registers live.
+    VW d[4], e[4];
+    {
+      VP px[4];
+      rows.Load(s0 + Src::kBytes * x, px);
+      if constexpr (kLuma) hn::StoreU(rows.Luma(px), d8, y0 + x);
+      rows.Diffs(px, d);
     }
-    const VP codes = hn::TableLookupBytes(rows.Chroma(a, b), order);
+    {
+      VP px[4];
+      rows.Load(s1 + Src::kBytes * x, px);
+      if constexpr (kLuma) hn::StoreU(rows.Luma(px), d8, y1 + x);
+      rows.Diffs(px, e);
+    }
+    for (int j = 0; j < 4; ++j) d[j] = hn::Add(d[j], e[j]);
+    const VP codes = hn::TableLookupBytes(rows.Chroma(d), order);
     const size_t i = x / 2;
     if (step == 1) {
       StorePlanar(codes, u + i, v + i);
