@@ -419,15 +419,17 @@ void RunRgbToYuv(const Plan& p, const kimgp_img& s, kimgp_img& d) {
   const bool chroma = dl.kind != Kind::kLuma, semi = dl.kind == Kind::kSemi;
   const int up = semi ? 1 : dl.ci[0], vp = semi ? 1 : dl.ci[1];
   const int32_t uo = semi ? dl.ci[0] : 0, vo = semi ? dl.ci[1] : 0;
-  for (int32_t y = 0; y < p.h; ++y) {
+  int32_t y = 0;
+  if (chroma && dl.ys) {  // 4:2:0: the row pairs, then an odd last row
+    const NewRgbPairs job{s.plane[0], s.stride[0], d.plane[0], d.stride[0],
+                          RowOf(d, up, 0) + uo, RowOf(d, vp, 0) + vo, d.stride[up],
+                          semi ? 2u : 1u, w, static_cast<size_t>(p.h / 2)};
+    NewRgbPairRows(p.rgb, p.k, o, job);
+    y = p.h & ~1;
+  }
+  for (; y < p.h; ++y) {
     const uint8_t* row = RowOf(s, 0, y);
     const int32_t cy = dl.ys ? y >> 1 : y;
-    if (chroma && dl.ys && y + 1 < p.h) {  // a 4:2:0 row pair
-      NewRgbPairRow(p.rgb, p.k, o, row, row + s.stride[0], RowOf(d, 0, y), RowOf(d, 0, y + 1),
-                    RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo, semi ? 2 : 1, w);
-      ++y;
-      continue;
-    }
     p.rgb.luma(p.k, o, row, RowOf(d, 0, y), w);
     if (!chroma) continue;
     p.rgb.chroma(p.k, o, row, row, 1 << dl.xs, RowOf(d, up, cy) + uo, RowOf(d, vp, cy) + vo,

@@ -342,13 +342,20 @@ void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, cons
 #endif
 }
 template <class Src>
-void PairEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, const uint8_t* s1,
-               uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w) {
+void PairsEntry(const NewMatrix& k, const NewRgbOrder&, const csc::NewRgbPairs& job) {
+  const uint8_t* s = job.s;
+  uint8_t *y = job.y, *u = job.u, *v = job.v;
+  for (size_t i = 0; i < job.n; ++i) {
 #if KELO_X86_RAW
-  ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, step, w);
+    ChromaRowX86<Src, true>(k, s, s + job.s_stride, y, y + job.y_stride, u, v, job.step, job.w);
 #else
-  ChromaRowNeon<Src, true>(k, s0, s1, y0, y1, u, v, step, w);
+    ChromaRowNeon<Src, true>(k, s, s + job.s_stride, y, y + job.y_stride, u, v, job.step, job.w);
 #endif
+    s += 2 * job.s_stride;
+    y += 2 * job.y_stride;
+    u += job.c_stride;
+    v += job.c_stride;
+  }
 }
 #endif
 
@@ -361,7 +368,7 @@ void NewRgbRowsForVec(const NewMatrix& k, const NewRgbOrder& o, int sub, csc::Ne
     const bool bytes = csc::NewLumaBytes(k);
     if (bytes) rows->luma = LumaEntry<Src>;
     if (sub == 2) rows->chroma = ChromaEntry<Src>;
-    if (bytes && sub == 2) rows->pair = PairEntry<Src>;
+    if (bytes && sub == 2) rows->pairs = PairsEntry<Src>;
   });
 #else
   (void)k, (void)o, (void)sub;

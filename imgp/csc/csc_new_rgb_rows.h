@@ -68,14 +68,30 @@ inline void NewRgbChromaRowAll(const NewMatrix& k, const NewRgbOrder& o, const u
 // subsampling: scalar::NewRgbLumaRow and NewRgbChromaRow over whole rows on
 // the best target (the order and subsampling given to the choice are the
 // ones the rows are then called with).
-// `pair`, where the target has it (else null), writes two luma rows and the
-// 4:2:0 chroma row between them from the same loads.
+// Row pairs of a 4:2:0 destination: source rows s + 2i s_stride and the
+// next, luma rows y + 2i y_stride and the next, chroma rows u and v +
+// i c_stride (step as the rows take it), for i in [0, n).
+struct NewRgbPairs {
+  const uint8_t* s;
+  ptrdiff_t s_stride;
+  uint8_t* y;
+  ptrdiff_t y_stride;
+  uint8_t *u, *v;
+  ptrdiff_t c_stride;
+  size_t step, w, n;
+};
+
+// The rows of one image, chosen once for its map, pixel order and chroma
+// subsampling: scalar::NewRgbLumaRow and NewRgbChromaRow over whole rows on
+// the best target (the order and subsampling given to the choice are the
+// ones the rows are then called with). `pairs`, where the target has it
+// (else null), makes NewRgbPairs in one call, each pair's two luma rows and
+// chroma row from the same loads.
 struct NewRgbRows {
   void (*luma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, uint8_t* y, size_t n);
   void (*chroma)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                  int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
-  void (*pair)(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
-               uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w);
+  void (*pairs)(const NewMatrix& k, const NewRgbOrder& o, const NewRgbPairs& job);
 };
 NewRgbRows NewRgbRowsFor(const NewMatrix& k, const NewRgbOrder& o, int sub);
 
@@ -94,18 +110,22 @@ void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s, u
 // scalar::NewRgbChromaRow over [0, cw) on the best target.
 void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_t* s0, const uint8_t* s1,
                      int sub, uint8_t* u, uint8_t* v, size_t step, size_t w);
-// Rows s0 and s1 of a 4:2:0 destination by `rows` (of NewRgbRowsFor(k, o,
-// 2)): luma to y0 and y1, chroma to u and v; rows.pair where there is one.
-inline void NewRgbPairRow(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
-                          const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1,
-                          uint8_t* u, uint8_t* v, size_t step, size_t w) {
-  if (rows.pair) {
-    rows.pair(k, o, s0, s1, y0, y1, u, v, step, w);
+// The row pairs of `job` by `rows` (of NewRgbRowsFor(k, o, 2)): rows.pairs
+// where there is one.
+inline void NewRgbPairRows(const NewRgbRows& rows, const NewMatrix& k, const NewRgbOrder& o,
+                           const NewRgbPairs& job) {
+  if (rows.pairs) {
+    rows.pairs(k, o, job);
     return;
   }
-  rows.luma(k, o, s0, y0, w);
-  rows.luma(k, o, s1, y1, w);
-  rows.chroma(k, o, s0, s1, 2, u, v, step, w);
+  for (size_t i = 0; i < job.n; ++i) {
+    const uint8_t* s = job.s + static_cast<ptrdiff_t>(2 * i) * job.s_stride;
+    uint8_t* y = job.y + static_cast<ptrdiff_t>(2 * i) * job.y_stride;
+    const ptrdiff_t c = static_cast<ptrdiff_t>(i) * job.c_stride;
+    rows.luma(k, o, s, y, job.w);
+    rows.luma(k, o, s + job.s_stride, y + job.y_stride, job.w);
+    rows.chroma(k, o, s, s + job.s_stride, 2, job.u + c, job.v + c, job.step, job.w);
+  }
 }
 
 }  // namespace csc
