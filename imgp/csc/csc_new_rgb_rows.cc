@@ -9,6 +9,7 @@
 #include "imgp/csc/csc_new_rgb_rows.h"
 
 #include <array>
+#include <type_traits>
 
 #include "common/internal/simd.h"
 #include "imgp/csc/pixel_layouts.h"
@@ -288,22 +289,30 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
     }
   }
 }
-template <class Src, bool kLuma>
-void ChromaRowNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
-                   uint8_t* y1, uint8_t* u, uint8_t* v, size_t step, size_t w) {
+// Rows s0 and s1 for kOut: chroma and, with kLuma, luma.
+template <class Src, int kOut, bool kLuma>
+void RowPairNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
+                 uint8_t* y1, uint8_t* u, uint8_t* v, size_t w) {
   const size_t n16 = w & ~size_t{15};
-  if (step == 1) {
-    ChromaBlocksNeon<Src, 0, kLuma>(k, s0, s1, y0, y1, u, v, n16);
-  } else if (u < v) {
-    ChromaBlocksNeon<Src, 1, kLuma>(k, s0, s1, y0, y1, u, v, n16);
-  } else {
-    ChromaBlocksNeon<Src, 2, kLuma>(k, s0, s1, y0, y1, u, v, n16);
-  }
+  ChromaBlocksNeon<Src, kOut, kLuma>(k, s0, s1, y0, y1, u, v, n16);
+  if (n16 == w) return;
   if constexpr (kLuma) {
     csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s0, y0, n16, w);
     csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s1, y1, n16, w);
   }
-  csc::scalar::NewRgbChromaRow(k, ScalarOrder<Src>(), s0, s1, 2, u, v, step, n16 / 2, w);
+  csc::scalar::NewRgbChromaRow(k, ScalarOrder<Src>(), s0, s1, 2, u, v, kOut ? 2 : 1, n16 / 2, w);
+}
+// f(kOut) for a chroma destination, kOut as a type: planes (0), pairs with
+// U first (1) or V (2).
+template <class F>
+HWY_INLINE void WithOut(size_t step, const uint8_t* u, const uint8_t* v, F f) {
+  if (step == 1) {
+    f(std::integral_constant<int, 0>());
+  } else if (u < v) {
+    f(std::integral_constant<int, 1>());
+  } else {
+    f(std::integral_constant<int, 2>());
+  }
 }
 #endif  // HWY_TARGET == HWY_NEON
 
@@ -338,24 +347,36 @@ void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, cons
 #if KELO_X86_RAW
   ChromaRowX86<Src, false>(k, s0, s1, nullptr, nullptr, u, v, step, w);
 #else
-  ChromaRowNeon<Src, false>(k, s0, s1, nullptr, nullptr, u, v, step, w);
+  WithOut(step, u, v, [&](auto out) {
+    RowPairNeon<Src, out(), false>(k, s0, s1, nullptr, nullptr, u, v, w);
+  });
 #endif
 }
-template <class Src>
-void PairsEntry(const NewMatrix& k, const NewRgbOrder&, const csc::NewRgbPairs& job) {
+// row(s0, s1, y0, y1, u, v) for each row pair of `job`.
+template <class Row>
+HWY_INLINE void EachPair(const csc::NewRgbPairs& job, Row row) {
   const uint8_t* s = job.s;
   uint8_t *y = job.y, *u = job.u, *v = job.v;
   for (size_t i = 0; i < job.n; ++i) {
-#if KELO_X86_RAW
-    ChromaRowX86<Src, true>(k, s, s + job.s_stride, y, y + job.y_stride, u, v, job.step, job.w);
-#else
-    ChromaRowNeon<Src, true>(k, s, s + job.s_stride, y, y + job.y_stride, u, v, job.step, job.w);
-#endif
+    row(s, s + job.s_stride, y, y + job.y_stride, u, v);
     s += 2 * job.s_stride;
     y += 2 * job.y_stride;
     u += job.c_stride;
     v += job.c_stride;
   }
+}
+template <class Src>
+void PairsEntry(const NewMatrix& k, const NewRgbOrder&, const csc::NewRgbPairs& job) {
+#if KELO_X86_RAW
+  EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                    uint8_t* v) { ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, job.step, job.w); });
+#else
+  // The chroma layout once per image.
+  WithOut(job.step, job.u, job.v, [&](auto out) {
+    EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                      uint8_t* v) { RowPairNeon<Src, out(), true>(k, s0, s1, y0, y1, u, v, job.w); });
+  });
+#endif
 }
 #endif
 
