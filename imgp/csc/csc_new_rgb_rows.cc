@@ -244,14 +244,22 @@ void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
 // bytes, 128 added by flipping the top bit; with kLuma the luma of both rows
 // from the same loads. Samples [0, n16 / 2) to planes (kOut 0) or pairs, U
 // first (1) or V (2).
+// The constants, made once per image.
+struct ChromaNeon {
+  explicit ChromaNeon(const NewMatrix& k) : luma(k) {
+    const int16_t w[4] = {static_cast<int16_t>(k.cd[0][0]), static_cast<int16_t>(k.cd[0][1]),
+                          static_cast<int16_t>(k.cd[1][0]), static_cast<int16_t>(k.cd[1][1])};
+    cw = vld1_s16(w);
+  }
+  LumaNeon luma;
+  int16x4_t cw;
+};
 template <class Src, int kOut, bool kLuma>
-void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
+void ChromaBlocksNeon(const ChromaNeon& c, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
                       uint8_t* y1, uint8_t* u, uint8_t* v, size_t n16) {
-  const int16_t w[4] = {static_cast<int16_t>(k.cd[0][0]), static_cast<int16_t>(k.cd[0][1]),
-                        static_cast<int16_t>(k.cd[1][0]), static_cast<int16_t>(k.cd[1][1])};
-  const int16x4_t cw = vld1_s16(w);
+  const int16x4_t cw = c.cw;
   const uint8x8_t top = vdup_n_u8(0x80);
-  const LumaNeon luma(k);
+  const LumaNeon luma = c.luma;
   constexpr size_t kStep = kOut ? 16 : 8;
   for (const uint8_t* const end = s0 + n16 * Src::kBytes; s0 != end;
        s0 += 16 * Src::kBytes, s1 += 16 * Src::kBytes, u += kStep, v += kStep) {
@@ -291,10 +299,10 @@ void ChromaBlocksNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, 
 }
 // Rows s0 and s1 for kOut: chroma and, with kLuma, luma.
 template <class Src, int kOut, bool kLuma>
-void RowPairNeon(const NewMatrix& k, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
-                 uint8_t* y1, uint8_t* u, uint8_t* v, size_t w) {
+void RowPairNeon(const NewMatrix& k, const ChromaNeon& c, const uint8_t* s0, const uint8_t* s1,
+                 uint8_t* y0, uint8_t* y1, uint8_t* u, uint8_t* v, size_t w) {
   const size_t n16 = w & ~size_t{15};
-  ChromaBlocksNeon<Src, kOut, kLuma>(k, s0, s1, y0, y1, u, v, n16);
+  ChromaBlocksNeon<Src, kOut, kLuma>(c, s0, s1, y0, y1, u, v, n16);
   if (n16 == w) return;
   if constexpr (kLuma) {
     csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s0, y0, n16, w);
@@ -348,7 +356,7 @@ void ChromaEntry(const NewMatrix& k, const NewRgbOrder&, const uint8_t* s0, cons
   ChromaRowX86<Src, false>(k, s0, s1, nullptr, nullptr, u, v, step, w);
 #else
   WithOut(step, u, v, [&](auto out) {
-    RowPairNeon<Src, out(), false>(k, s0, s1, nullptr, nullptr, u, v, w);
+    RowPairNeon<Src, out(), false>(k, ChromaNeon(k), s0, s1, nullptr, nullptr, u, v, w);
   });
 #endif
 }
@@ -371,10 +379,11 @@ void PairsEntry(const NewMatrix& k, const NewRgbOrder&, const csc::NewRgbPairs& 
   EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
                     uint8_t* v) { ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, job.step, job.w); });
 #else
-  // The chroma layout once per image.
+  // The chroma layout and constants once per image.
+  const ChromaNeon c(k);
   WithOut(job.step, job.u, job.v, [&](auto out) {
     EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
-                      uint8_t* v) { RowPairNeon<Src, out(), true>(k, s0, s1, y0, y1, u, v, job.w); });
+                      uint8_t* v) { RowPairNeon<Src, out(), true>(k, c, s0, s1, y0, y1, u, v, job.w); });
   });
 #endif
 }
