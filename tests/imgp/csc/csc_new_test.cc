@@ -334,6 +334,34 @@ TEST(CscNew, GreysStayExact) {
   }
 }
 
+// RGB to 8-bit luma by the header's byte weights, from every source order
+// (the weights follow each order's channels).
+TEST(CscNew, RgbToEightBitLumaByTheHeadersWeights) {
+  struct Weights {
+    int32_t std, r, g, b, a;
+  } const kWeights[] = {{0, 66, 129, 25, 110}, {1, 77, 150, 29, 128}, {10, 47, 157, 16, 110},
+                        {11, 54, 183, 18, 255}, {20, 58, 149, 13, 110}, {21, 67, 174, 15, 128}};
+  auto rng = MakeRng(41);
+  for (int32_t cs : {400, 401, 500, 501, 502, 503}) {
+    TestFrame rgb(cs, 33, 2);
+    rgb.FillRandom(rng);
+    for (const Weights& w : kWeights) {
+      TestFrame yuv(1, 33, 2);
+      yuv.img.std = w.std;
+      ASSERT_EQ(kimgp_csc_new(&rgb.img, &yuv.img), 0);
+      const int yoff = w.std % 10 ? 0 : 16;
+      for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 33; ++x) {
+          int v[3] = {};
+          GetRgb(rgb.img, x, y, v);
+          const int want = (w.r * v[0] + w.g * v[1] + w.b * v[2] + 256 * yoff + w.a) >> 8;
+          ASSERT_EQ(GetY(yuv.img, x, y), want) << cs << " std " << w.std << " at " << x;
+        }
+      }
+    }
+  }
+}
+
 // 8 to 10 bits of one standard is exact (x 4 limited, rounded 1023 / 255
 // about the origin or the chroma centre full), and 10 to 8 bits rounds back.
 TEST(CscNew, DepthChangesAreExact) {
