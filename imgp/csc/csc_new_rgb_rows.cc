@@ -75,7 +75,8 @@ class RowsX86 {
     int32_t w[4] = {};
     w[Src::kRi] = k.m[0][0] >> 6, w[Src::kGi] = k.m[0][1] >> 6, w[Src::kBi] = k.m[0][2] >> 6;
     weights_ = Table([&](int, int j) { return w[j]; });
-    luma_add_ = hn::Set(DU(), static_cast<uint16_t>(128 * (w[0] + w[1] + w[2] + w[3]) + (k.add[0] >> 9)));
+    const int32_t add = 128 * (w[0] + w[1] + w[2] + w[3]) + (k.add[0] >> 9);
+    luma_add_ = hn::Set(DU(), static_cast<uint16_t>(add));
     wu_ = Words(k.cd[0][0], k.cd[0][1]);
     wv_ = Words(k.cd[1][0], k.cd[1][1]);
   }
@@ -93,7 +94,9 @@ class RowsX86 {
   VP Luma(const VP* px) const {
     const auto pair = [&](VP v) {
       // 3-byte pixels spread to 4-byte groups (the fourth byte zero).
-      if (B == 3) v = hn::TableLookupBytes(v, Table([](int i, int j) { return j < 3 ? 3 * i + j : 0x80; }));
+      if (B == 3) {
+        v = hn::TableLookupBytes(v, Table([](int i, int j) { return j < 3 ? 3 * i + j : 0x80; }));
+      }
       return MulAddBytes(weights_, hn::Xor(v, hn::Set(DP(), 0x80)));
     };
     const auto half = [&](int i) {
@@ -285,8 +288,10 @@ void ChromaBlocksNeon(const ChromaNeon& c, const uint8_t* s0, const uint8_t* s1,
     const auto code = [&](int16x8_t t) {
       return veor_u8(vreinterpret_u8_s8(vqrshrn_n_s16(t, 3)), top);
     };
-    const uint8x8_t cu = code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 0), vqrdmulhq_lane_s16(db, cw, 1)));
-    const uint8x8_t cv = code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 2), vqrdmulhq_lane_s16(db, cw, 3)));
+    const uint8x8_t cu =
+        code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 0), vqrdmulhq_lane_s16(db, cw, 1)));
+    const uint8x8_t cv =
+        code(vaddq_s16(vqrdmulhq_lane_s16(dr, cw, 2), vqrdmulhq_lane_s16(db, cw, 3)));
     if constexpr (kOut == 0) {
       vst1_u8(u, cu);
       vst1_u8(v, cv);
@@ -377,13 +382,17 @@ template <class Src>
 void PairsEntry(const NewMatrix& k, const NewRgbOrder&, const csc::NewRgbPairs& job) {
 #if KELO_X86_RAW
   EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
-                    uint8_t* v) { ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, job.step, job.w); });
+                    uint8_t* v) {
+    ChromaRowX86<Src, true>(k, s0, s1, y0, y1, u, v, job.step, job.w);
+  });
 #else
   // The chroma layout and constants once per image.
   const ChromaNeon c(k);
   WithOut(job.step, job.u, job.v, [&](auto out) {
     EachPair(job, [&](const uint8_t* s0, const uint8_t* s1, uint8_t* y0, uint8_t* y1, uint8_t* u,
-                      uint8_t* v) { RowPairNeon<Src, out(), true>(k, c, s0, s1, y0, y1, u, v, job.w); });
+                      uint8_t* v) {
+      RowPairNeon<Src, out(), true>(k, c, s0, s1, y0, y1, u, v, job.w);
+    });
   });
 #endif
 }
@@ -425,7 +434,9 @@ KELO_VEC_EXPORT(NewRgbRowsForVec);
 namespace csc {
 bool NewRgbRowsVec(const NewMatrix& k) {
   bool ok = true;
-  for (const auto& c : k.cd) ok = ok && c[0] >= INT16_MIN && c[0] <= INT16_MAX && c[1] >= INT16_MIN && c[1] <= INT16_MAX;
+  for (const auto& c : k.cd) {
+    for (int32_t w : c) ok = ok && w >= INT16_MIN && w <= INT16_MAX;
+  }
   return ok;
 }
 bool NewLumaBytes(const NewMatrix& k) {

@@ -44,10 +44,13 @@ inline void NewRgbChromaRow(const NewMatrix& k, const NewRgbOrder& o, const uint
                             size_t i0, size_t w) {
   const size_t cw = (w + sub - 1) / sub;
   for (size_t i = i0; i < cw; ++i) {
-    const size_t a = (sub * i) * o.px, b = (sub * i + sub - 1 < w ? sub * i + sub - 1 : w - 1) * o.px;
+    const size_t last = sub * i + sub - 1 < w ? sub * i + sub - 1 : w - 1;
+    const size_t a = sub * i * o.px, b = last * o.px;
     int32_t sum[3];
     const int at[3] = {o.r, o.g, o.b};
-    for (int j = 0; j < 3; ++j) sum[j] = s0[a + at[j]] + s0[b + at[j]] + s1[a + at[j]] + s1[b + at[j]];
+    for (int j = 0; j < 3; ++j) {
+      sum[j] = s0[a + at[j]] + s0[b + at[j]] + s1[a + at[j]] + s1[b + at[j]];
+    }
     u[i * step] = NewRgbChromaCode(k, 0, sum[0], sum[1], sum[2]);
     v[i * step] = NewRgbChromaCode(k, 1, sum[0], sum[1], sum[2]);
   }

@@ -97,7 +97,7 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
                                        static_cast<ptrdiff_t>(cs), step, w, 2};
             csc::NewRgbPairRows(csc::NewRgbRowsFor(k, o, 2), k, o, job);
             csc::scalar::NewRgbLumaRow(k, o, s1.data(), e1.data(), 0, w);
-            ASSERT_EQ(std::vector<uint8_t>(g2.begin() + cs, g2.end()), e) << "pair, layout " << layout;
+            ASSERT_EQ(std::vector<uint8_t>(g2.begin() + cs, g2.end()), e) << "pair " << layout;
             ASSERT_EQ(std::vector<uint8_t>(y.begin() + 2 * ys, y.begin() + 3 * ys), want);
             ASSERT_EQ(std::vector<uint8_t>(y.begin() + 3 * ys, y.end()), e1);
           }
