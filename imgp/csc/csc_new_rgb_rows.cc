@@ -241,13 +241,7 @@ void LumaRowNeon(const NewMatrix& k, const uint8_t* s, uint8_t* y, size_t n) {
   csc::scalar::NewRgbLumaRow(k, ScalarOrder<Src>(), s, y, n8, n);
 }
 
-// Chroma: the block sums of the three channels (vpaddl and vpadal.u8), their
-// differences, the rounded high halves of their products with the weights
-// (vqrdmulh), and the sum narrowed by a rounding, saturating shift to signed
-// bytes, 128 added by flipping the top bit; with kLuma the luma of both rows
-// from the same loads. Samples [0, n16 / 2) to planes (kOut 0) or pairs, U
-// first (1) or V (2).
-// The constants, made once per image.
+// The constants of the chroma rows, made once per image.
 struct ChromaNeon {
   explicit ChromaNeon(const NewMatrix& k) : luma(k) {
     const int16_t w[4] = {static_cast<int16_t>(k.cd[0][0]), static_cast<int16_t>(k.cd[0][1]),
@@ -257,6 +251,12 @@ struct ChromaNeon {
   LumaNeon luma;
   int16x4_t cw;
 };
+// Chroma: the block sums of the three channels (vpaddl and vpadal.u8), their
+// differences, the rounded high halves of their products with the weights
+// (vqrdmulh), and the sum narrowed by a rounding, saturating shift to signed
+// bytes, 128 added by flipping the top bit; with kLuma the luma of both rows
+// from the same loads. Samples [0, n16 / 2) to planes (kOut 0) or pairs, U
+// first (1) or V (2).
 template <class Src, int kOut, bool kLuma>
 void ChromaBlocksNeon(const ChromaNeon& c, const uint8_t* s0, const uint8_t* s1, uint8_t* y0,
                       uint8_t* y1, uint8_t* u, uint8_t* v, size_t n16) {
@@ -441,7 +441,8 @@ bool NewRgbRowsVec(const NewMatrix& k) {
 }
 bool NewLumaBytes(const NewMatrix& k) {
   int32_t sum = 0;
-  bool ok = k.in_off8[0] == 0 && k.in_off8[1] == 0 && k.in_off8[2] == 0 && k.add[0] >= 0;
+  bool ok = k.in_off8[0] == 0 && k.in_off8[1] == 0 && k.in_off8[2] == 0 && k.add[0] >= 0 &&
+            k.hi == 255;
   for (int j = 0; j < 3; ++j) {
     ok = ok && k.m[0][j] >= 0 && k.m[0][j] <= (255 << 6) && (k.m[0][j] & 63) == 0;
     sum += k.m[0][j] >> 6;

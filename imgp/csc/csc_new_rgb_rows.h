@@ -67,10 +67,6 @@ inline void NewRgbChromaRowAll(const NewMatrix& k, const NewRgbOrder& o, const u
 }
 }  // namespace scalar
 
-// The rows of one image, chosen once for its map, pixel order and chroma
-// subsampling: scalar::NewRgbLumaRow and NewRgbChromaRow over whole rows on
-// the best target (the order and subsampling given to the choice are the
-// ones the rows are then called with).
 // Row pairs of a 4:2:0 destination: source rows s + 2i s_stride and the
 // next, luma rows y + 2i y_stride and the next, chroma rows u and v +
 // i c_stride (step as the rows take it), for i in [0, n).
@@ -104,8 +100,9 @@ bool NewRgbRowsVec(const NewMatrix& k);
 
 // Whether the luma row of k is in byte weights, which the vector luma rows
 // need (the maps of RGB to 8-bit YUV are): m[0][j] = 64 w_j with w_j in
-// 0 .. 255 and sum S <= 256, no input offsets, and A = add[0] >> 9 with
-// 0 <= A and 255 S + A < 2^16, so that the code is (w . p + A) >> 8.
+// 0 .. 255 and sum S <= 256, no input offsets, codes up to 255, and
+// A = add[0] >> 9 with 0 <= A and 255 S + A < 2^16, so that the code is
+// (w . p + A) >> 8.
 bool NewLumaBytes(const NewMatrix& k);
 
 // scalar::NewRgbLumaRow over [0, n) on the best target.

@@ -3,7 +3,6 @@
 // target against the baseline target's bytes.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -86,11 +85,8 @@ TEST(CscNewRgbRows, MatchScalarOnEveryTarget) {
             // As a 4:2:0 row pair, the second of two (rows s1, s0, then
             // s0, s1): both luma rows and the same chroma.
             const size_t ss = w * o.px, ys = w + 1, cs = 2 * cw + 3;
-            std::vector<uint8_t> src(2 * ss);
-            std::copy(s1.begin(), s1.end(), src.begin());
-            std::copy(s0.begin(), s0.end(), src.begin() + ss);
-            src.insert(src.end(), src.begin(), src.begin() + 2 * ss);
-            std::rotate(src.begin() + 2 * ss, src.begin() + 3 * ss, src.end());
+            std::vector<uint8_t> src;
+            for (const auto* r : {&s1, &s0, &s0, &s1}) src.insert(src.end(), r->begin(), r->end());
             std::vector<uint8_t> g2(2 * cs, 9), y(4 * ys, 7), e1(ys, 7);
             const csc::NewRgbPairs job{src.data(), static_cast<ptrdiff_t>(ss), y.data(),
                                        static_cast<ptrdiff_t>(ys), g2.data() + iu, g2.data() + iv,
