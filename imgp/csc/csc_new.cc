@@ -110,6 +110,7 @@ struct Plan {
   int32_t w, h;
   bool rescale;            // YUV to YUV of one standard: per-channel scaling
   NewMatrix k;             // matrix mode
+  NewYuvRgb q;             // YUV to RGB
   bool vec;                // k fits the vector rows
   bool fused;              // YUV to RGB by RunFused
   bool rgb_fused;          // RGB to YUV by RunRgbToYuv, with these rows:
@@ -199,6 +200,19 @@ void SetUpMatrix(Plan* p, const Standard& ss, const Standard& ds) {
   }
   p->k.hi = p->dmax;
   p->vec = NewMatrixFits(p->k, 8 * ((1 << Depth(*p->s)) - 1));
+  if (syuv && !dyuv) {
+    // Luma enters as Y << (15 - depth), chroma in 256ths of an 8-bit code;
+    // outputs carry kNewRgbFrac fractional bits.
+    const int depth = Depth(*p->s);
+    const auto q15 = [](double v) { return static_cast<int16_t>(std::lround(v)); };
+    const double unit = 1 << kNewRgbFrac;
+    p->q.y = q15(m[0][0] * unit * (1 << depth));
+    p->q.rv = q15(m[0][2] * unit * (1 << (depth - 1)));
+    p->q.gu = q15(m[1][1] * unit * (1 << (depth - 1)));
+    p->q.gv = q15(m[1][2] * unit * (1 << (depth - 1)));
+    p->q.bu = q15(m[2][1] * unit * (1 << (depth - 1)));
+    p->q.add = q15(unit / 2 - p->sr.yoff * m[0][0] * unit);
+  }
 }
 
 // ---- Unpack: one row of a source into eighths of a code. ----
@@ -317,6 +331,15 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
     }
   }
   const int32_t n = half_h ? HalfUp(p.w) : p.w;
+  const bool to_rgb = IsRgb(*p.d);
+  if (to_rgb) {
+    // In 256ths of an 8-bit code about the centre; enlarged means round up.
+    const int sh = l.wide ? 3 : 5;
+    for (int32_t k = 0; k < cw; ++k) {
+      ua[k] = (ua[k] << sh) - 32768;
+      va[k] = (va[k] << sh) - 32768;
+    }
+  }
   for (int32_t x = 0; x < n; ++x) {
     int32_t a, b;
     if (half_h == (l.xs != 0)) {
@@ -328,8 +351,8 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
       a = 2 * x;
       b = Min(a + 1, cw - 1);
     }
-    u[x] = (ua[a] + ua[b]) >> 1;
-    v[x] = (va[a] + va[b]) >> 1;
+    u[x] = (ua[a] + ua[b] + to_rgb) >> 1;
+    v[x] = (va[a] + va[b] + to_rgb) >> 1;
   }
 }
 
@@ -448,7 +471,7 @@ void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   const Layout& l = *p.s;
   const bool semi = l.kind != Kind::kPlanar;
   NewYuvToRgbJob j{};
-  j.k = p.k;
+  j.q = p.q;
   j.o = {p.d->px, p.d->r, p.d->g, p.d->b, p.d->a};
   j.y = s.plane[0];
   j.y_stride = s.stride[0];
@@ -466,7 +489,6 @@ void RunFused(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
   j.v_first = semi && l.ci[0] != 0;
   j.half_h = l.xs != 0;
   j.half_v = l.ys != 0;
-  j.off8 = 8 * p.sr.coff;
   NewYuvToRgbImage(j, reinterpret_cast<int16_t*>(buf));
 }
 
@@ -493,6 +515,16 @@ void Run(const Plan& p, const kimgp_img& s, kimgp_img& d, int32_t* buf) {
     } else {
       LoadLuma(s, *p.s, y, w, c[0]);
       if (!p.rescale) ChromaOnGrid(p, s, y, false, false, tmp, c[1], c[2]);
+    }
+    if (drgb && !srgb) {
+      const int sh = p.s->wide ? 2 : 4;  // eighths to Y << (15 - depth)
+      for (int32_t x = 0; x < w; ++x) {
+        int32_t rgb[3];
+        scalar::NewRgbOfYuv(p.q, c[0][x] << sh, c[1][x], c[2][x], rgb);
+        for (int i = 0; i < 3; ++i) o[i][x] = rgb[i];
+      }
+      StoreRgb(d, *p.d, y, w, o[0], o[1], o[2]);
+      continue;
     }
     // Per-pixel outputs: RGB, or luma.
     const int outs = drgb ? 3 : 1;
@@ -594,7 +626,7 @@ int32_t Convert(const kimgp_img* src, kimgp_img* dst, Family family) {
   p.rescale = !srgb && !drgb && src->std == dst->std;
   if (!p.rescale && !(srgb && drgb)) SetUpMatrix(&p, ss, ds);
   p.fused = !srgb && drgb && (sl->kind == Kind::kPlanar || sl->kind == Kind::kSemi) &&
-            dl->px >= 3 && p.vec && NewYuvToRgbFits(p.k);
+            dl->px >= 3;
   p.rgb_fused = RgbToYuvFused(*sl, *dl);
   if (p.rgb_fused) p.rgb = NewRgbRowsFor(p.k, {sl->px, sl->r, sl->g, sl->b, sl->a}, 1 << dl->xs);
   // A width whose rows the address space cannot hold is memory not had.

@@ -25,9 +25,6 @@ inline void NewRgbLumaRow(const NewMatrix& k, const NewRgbOrder& o, const uint8_
     y[x] = static_cast<uint8_t>(NewClamp(NewRgbAcc(k, o, 0, s + x * o.px) >> kNewShift, k.hi));
   }
 }
-// (a c + 2^14) >> 15: the rounded high half of a 16-bit product, as vqrdmulh
-// and pmulhrsw give it.
-inline int32_t NewMulHigh(int32_t a, int32_t c) { return (a * c + (1 << 14)) >> 15; }
 // Chroma code c (0 U, 1 V) of a block whose channels sum to sr, sg, sb over
 // its four quarters: t = NewMulHigh(sr - sg, cd[c][0]) + NewMulHigh(sb - sg,
 // cd[c][1]) in eighths of a code about the centre 128, rounded half up.

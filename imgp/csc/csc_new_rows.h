@@ -51,24 +51,35 @@ inline void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int
 void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int32_t* c1,
                   const int32_t* c2, int32_t* o, size_t n);
 
-// ---- YUV to RGB in one pass. ----
+// ---- YUV to 8-bit RGB in 16-bit fixed point. ----
 //
+// Luma enters as yx = Y << (15 - depth), chroma as samples about the centre
+// in 256ths of an 8-bit code (s = 256 (C - centre) / 2^(depth - 8)). With
+// H(a, c) = (a c + 2^14) >> 15,
+//   l = H(yx, y) + add,  R = (l + H(v, rv)) >> 5,
+//   G = (l + H(u, gu) + H(v, gv)) >> 5,  B = (l + H(u, bu)) >> 5,
+// each clamped to 0 .. 255: five fractional bits, every sum within int16.
+struct NewYuvRgb {
+  int16_t y, rv, gu, gv, bu, add;
+};
+constexpr int kNewRgbFrac = 5;
+
+// Whether no sum of map `q` leaves int16 (|yx| < 2^15, |s| <= 2^15).
+bool NewYuvRgbFits(const NewYuvRgb& q);
+
 // A destination row's chroma comes from a source chroma row pair blended
 // vertically (NewChromaRow, once per channel), then enlarged horizontally and
-// combined with luma in the fused row (NewYuvToRgbRow), in the same eighths
-// of a code as the staged pipeline, so the bytes are the same.
+// combined with luma in the fused row (NewYuvToRgbRow).
 
 // Bytes per pixel (3 or 4) and the byte of each channel (a: -1 for none).
 struct NewRgbOrder {
   int px, r, g, b, a;
 };
 
-// Whether the fused row takes map `k`: a YUV to RGB map (no U in red, no V
-// in blue) whose coefficients fit the pairs of 16-bit products the vector
-// rows sum, and whose constant is the rounding half alone.
-bool NewYuvToRgbFits(const NewMatrix& k);
-
 namespace scalar {
+// (a c + 2^14) >> 15: the rounded high half of a 16-bit product, as vqrdmulh
+// and pmulhrsw give it.
+inline int32_t NewMulHigh(int32_t a, int32_t c) { return (a * c + (1 << 14)) >> 15; }
 // The code of sample i of a row: bytes (wide 0) or 16-bit words holding 10
 // bits low (1) or high (2).
 inline int32_t NewSample(const uint8_t* row, size_t i, int wide) {
@@ -76,51 +87,65 @@ inline int32_t NewSample(const uint8_t* row, size_t i, int wide) {
   const int32_t word = row[2 * i] | (row[2 * i + 1] << 8);
   return wide == 1 ? (word & 1023) : (word >> 6);
 }
-// Chroma sample k of a destination row in eighths of a code less off8: rows
-// ra and rb blended wa : 4 - wa (wa 2 or 3). pack 1: a plane of one channel;
-// pack 2: interleaved pairs, even samples to out0 and odd ones to out1.
+// Luma sample i of a row as the fixed-point map takes it (yx).
+inline int32_t NewLumaX(const uint8_t* row, size_t i, int wide) {
+  return wide == 0 ? row[i] << 7 : NewSample(row, i, wide) << 5;
+}
+// rgb = the map at one pixel.
+inline void NewRgbOfYuv(const NewYuvRgb& q, int32_t yx, int32_t u, int32_t v, int32_t rgb[3]) {
+  const int32_t l = NewMulHigh(yx, q.y) + q.add;
+  const int32_t t[3] = {l + NewMulHigh(v, q.rv), l + NewMulHigh(u, q.gu) + NewMulHigh(v, q.gv),
+                        l + NewMulHigh(u, q.bu)};
+  for (int i = 0; i < 3; ++i) rgb[i] = NewClamp(t[i] >> kNewRgbFrac, 255);
+}
+// A chroma sample in 256ths about the centre from codes blended wa : 4 - wa.
+inline int16_t NewChromaS(int32_t a, int32_t b, int wa, int wide) {
+  return static_cast<int16_t>(((wa * a + (4 - wa) * b) << (wide ? 4 : 6)) - 32768);
+}
+// Chroma samples k of a destination row: rows ra and rb blended wa : 4 - wa
+// (wa 2 or 3). pack 1: a plane of one channel; pack 2: interleaved pairs,
+// even samples to out0 and odd ones to out1.
 inline void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
-                         int32_t off8, int16_t* out0, int16_t* out1, size_t i0, size_t cw) {
+                         int16_t* out0, int16_t* out1, size_t i0, size_t cw) {
   int16_t* out[2] = {out0, out1};
   for (size_t k = i0; k < cw; ++k) {
     for (int c = 0; c < pack; ++c) {
       const size_t i = pack * k + c;
-      const int32_t t = 2 * (wa * NewSample(ra, i, wide) + (4 - wa) * NewSample(rb, i, wide));
-      out[c][k] = static_cast<int16_t>(t - off8);
+      out[c][k] = NewChromaS(NewSample(ra, i, wide), NewSample(rb, i, wide), wa, wide);
     }
   }
 }
 // Chroma of pixel x of a row of chroma samples c: c[x], or with half (one
 // sample per two pixels) c[x / 2] at even x and the mean of c[x / 2] and
-// c[x / 2 + 1] at odd x. The enlarged row reads one sample past its last.
+// c[x / 2 + 1] rounded up at odd x. The enlarged row reads one sample past
+// its last.
 inline int32_t NewChromaAt(const int16_t* c, size_t x, bool half) {
   if (!half) return c[x];
   const size_t k = x >> 1;
-  return (x & 1) ? (c[k] + c[k + 1]) >> 1 : c[k];
+  return (x & 1) ? (c[k] + c[k + 1] + 1) >> 1 : c[k];
 }
 // Pixels [x0, n) of an RGB row from luma row y and the chroma rows u, v of
-// NewChromaRow, by map `k` (alpha 255).
-inline void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+// NewChromaRow, by map `q` (alpha 255).
+inline void NewYuvToRgbRow(const NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
                            const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst,
                            size_t x0, size_t n) {
   for (size_t x = x0; x < n; ++x) {
-    const int32_t c0 = 8 * NewSample(y, x, wide);
-    const int32_t c1 = NewChromaAt(u, x, half) + k.in_off8[1];
-    const int32_t c2 = NewChromaAt(v, x, half) + k.in_off8[2];
-    uint8_t* q = dst + o.px * x;
-    q[o.r] = static_cast<uint8_t>(NewClamp(NewAcc(k, 0, c0, c1, c2) >> kNewShift, k.hi));
-    q[o.g] = static_cast<uint8_t>(NewClamp(NewAcc(k, 1, c0, c1, c2) >> kNewShift, k.hi));
-    q[o.b] = static_cast<uint8_t>(NewClamp(NewAcc(k, 2, c0, c1, c2) >> kNewShift, k.hi));
-    if (o.a >= 0) q[o.a] = 255;
+    int32_t rgb[3];
+    NewRgbOfYuv(q, NewLumaX(y, x, wide), NewChromaAt(u, x, half), NewChromaAt(v, x, half), rgb);
+    uint8_t* p = dst + o.px * x;
+    p[o.r] = static_cast<uint8_t>(rgb[0]);
+    p[o.g] = static_cast<uint8_t>(rgb[1]);
+    p[o.b] = static_cast<uint8_t>(rgb[2]);
+    if (o.a >= 0) p[o.a] = 255;
   }
 }
 // The two rows of a source row pair that 4:2:0 chroma gives to two
 // destination rows: NewChromaRow(ra, rb, 3, ...) into a0/a1 and
 // NewChromaRow(rb, ra, 3, ...) into b0/b1, over [0, cw).
-inline void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
-                          int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
-  NewChromaRow(ra, rb, 3, pack, wide, off8, a0, a1, 0, cw);
-  NewChromaRow(rb, ra, 3, pack, wide, off8, b0, b1, 0, cw);
+inline void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int16_t* a0,
+                          int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
+  NewChromaRow(ra, rb, 3, pack, wide, a0, a1, 0, cw);
+  NewChromaRow(rb, ra, 3, pack, wide, b0, b1, 0, cw);
 }
 }  // namespace scalar
 
@@ -132,21 +157,21 @@ inline void NewChromaRepeat(int pack, int16_t* out0, int16_t* out1, size_t cw) {
 
 // scalar::NewChromaRow over [0, cw) on the best target, then sample cw of
 // each output repeating sample cw - 1 (out rows hold cw + 1 samples).
-void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide, int32_t off8,
+void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
                   int16_t* out0, int16_t* out1, size_t cw);
 // scalar::NewChromaPair on the best target (no repeated samples).
-void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int32_t off8,
-                   int16_t* a0, int16_t* a1, int16_t* b0, int16_t* b1, size_t cw);
-// scalar::NewYuvToRgbRow over [0, n) on the best target; `k` must pass
-// NewYuvToRgbFits and have hi 255.
-void NewYuvToRgbRow(const NewMatrix& k, const uint8_t* y, int wide, const int16_t* u,
+void NewChromaPair(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int16_t* a0,
+                   int16_t* a1, int16_t* b0, int16_t* b1, size_t cw);
+// scalar::NewYuvToRgbRow over [0, n) on the best target; `q` must pass
+// NewYuvRgbFits.
+void NewYuvToRgbRow(const NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
                     const int16_t* v, bool half, const NewRgbOrder& o, uint8_t* dst, size_t n);
 
 // ---- Whole images. ----
 
 // A planar or semi-planar YUV image to 24/32-bit RGB by the fused rows.
 struct NewYuvToRgbJob {
-  NewMatrix k;                  // passes NewYuvToRgbFits
+  NewYuvRgb q;                  // passes NewYuvRgbFits
   NewRgbOrder o;                // of the destination
   const uint8_t* y;             // luma plane
   const uint8_t* c[2];          // chroma: the U and V planes, or (pack 2) one pair plane
@@ -156,7 +181,6 @@ struct NewYuvToRgbJob {
   int wide, pack;               // samples as NewSample; 1 planes, 2 pairs
   bool v_first;                 // pairs: V in the even samples
   bool half_h, half_v;          // chroma on every other column, row
-  int32_t off8;                 // chroma offset in eighths
 };
 
 // The source chroma rows ra and rb of luma row y and the weight of ra (of 4):

@@ -416,6 +416,33 @@ TEST(CscNew, FullRangeRoundTrip) {
   }
 }
 
+// The extremes of every YUV side (luma and both chroma at 0 and at the
+// top) to RGB: the 16-bit sums of the fixed-point map never wrap.
+TEST(CscNew, ExtremesToRgbStayWithinOne) {
+  for (int32_t scs : {3, 600}) {
+    const int top = DepthOf(scs) == 10 ? 1023 : 255;
+    for (int32_t std : kStds) {
+      for (int uv = 0; uv < 4; ++uv) {
+        TestFrame src(scs, 8, 4), dst(500, 8, 4);
+        for (int y = 0; y < 4; ++y) {
+          for (int x = 0; x < 8; ++x) {
+            SetY(src.img, x, y, (x + y) & 1 ? top : 0);
+            if (scs == 3 || (!(x & 1) && !(y & 1))) {
+              const int k = scs == 3 ? x : x / 2, j = scs == 3 ? y : y / 2;
+              SetC(src.img, k, j, 0, uv & 1 ? top : 0);
+              SetC(src.img, k, j, 1, uv & 2 ? top : 0);
+            }
+          }
+        }
+        src.img.std = std;
+        ASSERT_EQ(kimgp_csc_new(&src.img, &dst.img), 0);
+        CheckAgainstModel({scs, 500, std, 0}, src.img, dst.img, 8, 4);
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
 // One raised chroma sample of a 4:2:0 source lands on the luma grid with
 // weights 1 at column 2k and 1/2 beside it, 3/4 on rows 2j, 2j + 1 and 1/4
 // on rows 2j - 1, 2j + 2.
@@ -472,12 +499,12 @@ TEST(CscNew, MatrixRowMatchesScalarOnEveryTarget) {
 }
 
 // The fused YUV to RGB stages: chroma rows over every packing, depth and
-// weight, and the row over every order with maps that pass NewYuvToRgbFits
-// (coefficients past 16 bits included), against the scalar rows.
+// weight, and the row over every order with random maps that pass
+// NewYuvRgbFits (half of them at its edge) and chroma over all of int16,
+// against the scalar rows.
 TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
   auto rng = MakeRng(12);
-  std::uniform_int_distribution<int32_t> byte(0, 255), word(0, 65535), c16(-32768, 32767),
-      c17(-65534, 65534), chroma(-4096, 4095);
+  std::uniform_int_distribution<int32_t> byte(0, 255), c16(-32768, 32767);
   const csc::NewRgbOrder kOrders[] = {{3, 0, 1, 2, -1}, {3, 2, 1, 0, -1}, {4, 0, 1, 2, 3},
                                       {4, 2, 1, 0, 3},  {4, 1, 2, 3, 0},  {4, 3, 2, 1, 0}};
   ForEachTarget([&](const std::string& target) {
@@ -494,15 +521,13 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
       for (int wide = 0; wide < 3; ++wide) {
         for (int pack = 1; pack <= 2; ++pack) {
           const int wa = 2 + (sz.h & 1);
-          const int32_t off8 = wide ? 4096 : 1024;
           std::vector<int16_t> got[2], want[2];
           for (int c = 0; c < 2; ++c) {
             got[c].assign(n + 1, -1);
             want[c].assign(n + 1, -1);
           }
-          csc::NewChromaRow(ra, rb, wa, pack, wide, off8, got[0].data(), got[1].data(), n);
-          csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, off8, want[0].data(), want[1].data(),
-                                    0, n);
+          csc::NewChromaRow(ra, rb, wa, pack, wide, got[0].data(), got[1].data(), n);
+          csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, want[0].data(), want[1].data(), 0, n);
           for (int c = 0; c < pack; ++c) want[c][n] = want[c][n - 1];
           ASSERT_EQ(got[0], want[0]) << sz.w << " wide " << wide << " pack " << pack;
           ASSERT_EQ(got[1], want[1]) << sz.w << " wide " << wide << " pack " << pack;
@@ -512,37 +537,41 @@ TEST(CscNew, FusedRowsMatchScalarOnEveryTarget) {
             pg[c].assign(n + 1, -1);
             pw[c].assign(n + 1, -1);
           }
-          csc::NewChromaPair(ra, rb, pack, wide, off8, pg[0].data(), pg[1].data(), pg[2].data(),
+          csc::NewChromaPair(ra, rb, pack, wide, pg[0].data(), pg[1].data(), pg[2].data(),
                              pg[3].data(), n);
-          csc::scalar::NewChromaPair(ra, rb, pack, wide, off8, pw[0].data(), pw[1].data(),
-                                     pw[2].data(), pw[3].data(), n);
+          csc::scalar::NewChromaPair(ra, rb, pack, wide, pw[0].data(), pw[1].data(), pw[2].data(),
+                                     pw[3].data(), n);
           for (int c = 0; c < 4; ++c) {
             ASSERT_EQ(pg[c], pw[c]) << sz.w << " wide " << wide << " pack " << pack << " out " << c;
           }
         }
       }
-      csc::NewMatrix k{};
-      k.m[0][0] = k.m[1][0] = k.m[2][0] = c16(rng) / 2;
-      k.m[0][2] = c16(rng);
-      k.m[2][1] = c17(rng);
-      k.m[1][1] = c16(rng);
-      k.m[1][2] = c16(rng);
-      k.in_off8[0] = byte(rng) * 2;
-      k.in_off8[1] = k.in_off8[2] = 4096;
-      k.add[0] = k.add[1] = k.add[2] = 1 << 16;
-      k.hi = 255;
-      ASSERT_TRUE(csc::NewYuvToRgbFits(k));
+      // A map whose largest sums reach the edge of int16 when `edge`.
+      const bool edge = sz.w & 1;
+      const auto part = [&](int32_t room) {
+        const int32_t m = edge ? room : std::uniform_int_distribution<int32_t>(0, room)(rng);
+        return static_cast<int16_t>(byte(rng) & 1 ? m : -m);
+      };
+      csc::NewYuvRgb q{};
+      q.y = part(14000);
+      q.add = part(4000);
+      const int32_t room = 32767 - std::abs(q.y) - std::abs(q.add);
+      q.rv = part(room);
+      q.bu = part(room);
+      q.gu = part(room / 3);
+      q.gv = part(room - std::abs(q.gu));
+      ASSERT_TRUE(csc::NewYuvRgbFits(q));
       std::vector<int16_t> u(n + 1), v(n + 1);
       for (size_t i = 0; i <= n; ++i) {
-        u[i] = static_cast<int16_t>(chroma(rng));
-        v[i] = static_cast<int16_t>(chroma(rng));
+        u[i] = static_cast<int16_t>(i % 7 == 3 ? -32768 : c16(rng));
+        v[i] = static_cast<int16_t>(i % 5 == 2 ? -32768 : c16(rng));
       }
       for (const auto& o : kOrders) {
         for (int wide = 0; wide < 3; ++wide) {
           const bool half = (wide + o.r) & 1;
           std::vector<uint8_t> got(4 * n + 8, 7), want(4 * n + 8, 7);
-          csc::NewYuvToRgbRow(k, y, wide, u.data(), v.data(), half, o, got.data(), n);
-          csc::scalar::NewYuvToRgbRow(k, y, wide, u.data(), v.data(), half, o, want.data(), 0, n);
+          csc::NewYuvToRgbRow(q, y, wide, u.data(), v.data(), half, o, got.data(), n);
+          csc::scalar::NewYuvToRgbRow(q, y, wide, u.data(), v.data(), half, o, want.data(), 0, n);
           ASSERT_EQ(got, want) << sz.w << " px " << o.px << " r " << o.r << " wide " << wide;
         }
       }
