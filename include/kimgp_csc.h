@@ -781,8 +781,20 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * for the pair of sides and rounded once to 14 fractional bits; samples enter
  * in eighths of a code, each output is rounded half up from 17 fractional
  * bits and clamped to 0 .. 2^depth - 1 (the full code range, not the
- * nominal one). One exception, for speed: from RGB to 8-bit YUV, luma has
- * byte weights, Y = (wr R + wg G + wb B + 256 yoff + a) >> 8 with
+ * nominal one). Two exceptions, for speed. From YUV to RGB the map is in
+ * 16-bit fixed point with H(a, c) = (a c + 2^14) >> 15 (the rounded high
+ * half of a 16-bit product): luma enters as yx = Y << (15 - depth), chroma
+ * as s = (C - centre) << (16 - depth) (256ths of an 8-bit code), and
+ *   l = H(yx, cy) + add,  R = (l + H(sv, rv)) >> 5,
+ *   G = (l + H(su, gu) + H(sv, gv)) >> 5,  B = (l + H(su, bu)) >> 5,
+ * clamped to 0 .. 255, where cy = round(32 * 2^depth * Ky) and rv, gu, gv,
+ * bu = round(32 * 2^(depth - 1) * K) for the map's weights K (RGB codes per
+ * source code: Ky = 255 / yspan, rv = 255 * 2 (1 - Kr) / cspan, ...), and
+ * add = round(16 - 32 * yoff * Ky). For 8-bit BT.601 limited range
+ * (cy, rv, gu, gv, bu; add) = (9539, 6537, -1605, -3330, 8263; -580). An
+ * enlarged chroma sample between two others is their mean in 256ths,
+ * rounded up. Every RGB value is within 0.58 of the double formulas. From
+ * RGB to 8-bit YUV, luma has byte weights, Y = (wr R + wg G + wb B + 256 yoff + a) >> 8 with
  * w = round(256 K yspan / 255) per channel and a = min(255, round(128 +
  * 128 (256 yspan / 255 - wr - wg - wb))): (wr, wg, wb; a) is BT.601
  * (66, 129, 25; 110), full (77, 150, 29; 128), BT.709 (47, 157, 16; 110),

@@ -387,13 +387,11 @@ bool WithFusedOrder(const csc::NewRgbOrder& o, const F& f) {
   }
 }
 
-// The vector part of a row of order O. On the shipping target the loop is
-// made for the kind of luma and chroma (the branches cost about half an
-// instruction a pixel).
+// The vector part of a row of order O, the loop made for the kind of luma
+// and chroma (the branches cost about half an instruction a pixel).
 template <class O>
 size_t FusedRowOf(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
                   const int16_t* v, bool half, uint8_t* dst, size_t n) {
-#if HWY_TARGET == HWY_NEON
   const auto row = [&](auto byte_luma, auto halved) {
     return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, decltype(byte_luma)::value,
                     decltype(halved)::value>(q, y, wide, u, v, half, dst, n);
@@ -402,9 +400,6 @@ size_t FusedRowOf(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int
   using T = std::integral_constant<int, 1>;
   if (wide == 0) return half ? row(T{}, T{}) : row(T{}, F{});
   return half ? row(F{}, T{}) : row(F{}, F{});
-#else
-  return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA>(q, y, wide, u, v, half, dst, n);
-#endif
 }
 
 void NewYuvToRgbRowVec(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,

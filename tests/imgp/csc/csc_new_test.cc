@@ -362,6 +362,27 @@ TEST(CscNew, RgbToEightBitLumaByTheHeadersWeights) {
   }
 }
 
+// 8-bit BT.601 limited YUV 4:4:4 to RGB by the header's fixed-point map.
+TEST(CscNew, YuvToRgbByTheHeadersFixedPointMap) {
+  const auto h = [](int a, int c) { return (a * c + (1 << 14)) >> 15; };
+  auto rng = MakeRng(42);
+  TestFrame yuv(3, 37, 3), rgb(501, 37, 3);
+  yuv.FillRandom(rng);
+  ASSERT_EQ(kimgp_csc_new(&yuv.img, &rgb.img), 0);
+  for (int y = 0; y < 3; ++y) {
+    for (int x = 0; x < 37; ++x) {
+      const int u = (GetC(yuv.img, x, y, 0) - 128) << 8, v = (GetC(yuv.img, x, y, 1) - 128) << 8;
+      const int l = h(GetY(yuv.img, x, y) << 7, 9539) - 580;
+      const int want[3] = {l + h(v, 6537), l + h(u, -1605) + h(v, -3330), l + h(u, 8263)};
+      int got[3];
+      GetRgb(rgb.img, x, y, got);
+      for (int i = 0; i < 3; ++i) {
+        ASSERT_EQ(got[i], std::min(255, std::max(0, want[i] >> 5))) << x << "," << y << " " << i;
+      }
+    }
+  }
+}
+
 // 8 to 10 bits of one standard is exact (x 4 limited, rounded 1023 / 255
 // about the origin or the chroma centre full), and 10 to 8 bits rounds back.
 TEST(CscNew, DepthChangesAreExact) {
