@@ -116,9 +116,12 @@ size_t ChromaBytesNeon(const uint8_t* ra, const uint8_t* rb, int wa, int pack, i
 }
 #endif
 
-// 16-bit lanes wrap, and each sample's true value fits them.
-void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
-                     int16_t* out0, int16_t* out1, size_t cw) {
+// Rows ra, rb blended wa : 4 - wa into out0/out1 and, with kPair, the same
+// of (rb, ra) into b0/b1 from the same loads. 16-bit lanes wrap, and each
+// sample's true value fits them.
+template <bool kPair>
+void ChromaRowsVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                   int16_t* out0, int16_t* out1, int16_t* b0, int16_t* b1, size_t cw) {
   const DW d;
   const DUW du;
   const DB d8;
@@ -129,56 +132,52 @@ void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int
   const VW kb = hn::Set(d, static_cast<int16_t>((4 - wa) << sh));
   const VW off = hn::Set(d, int16_t{-32768});
   const auto blend = [&](VW a, VW b) { return hn::Sub(hn::Add(hn::Mul(a, ka), hn::Mul(b, kb)), off); };
+  // Sample k .. k + L - 1 of channel c from codes a (row ra) and b (rb).
+  const auto put = [&](VW a, VW b, int c, size_t k) {
+    hn::StoreU(blend(a, b), d, (c ? out1 : out0) + k);
+    if (kPair) hn::StoreU(blend(b, a), d, (c ? b1 : b0) + k);
+  };
   const auto words = [&](const uint8_t* p) { return hn::BitCast(du, hn::LoadU(d8, p)); };
   size_t k = 0;
 #if HWY_TARGET == HWY_NEON
-  if (wide == 0) k = ChromaBytesNeon<false>(ra, rb, wa, pack, out0, out1, nullptr, nullptr, cw);
+  if (wide == 0) k = ChromaBytesNeon<kPair>(ra, rb, wa, pack, out0, out1, b0, b1, cw);
 #endif
   if (pack == 1 && wide == 0) {
     for (; k + L <= cw; k += L) {
-      hn::StoreU(blend(hn::PromoteTo(d, hn::LoadU(dh8, ra + k)), hn::PromoteTo(d, hn::LoadU(dh8, rb + k))),
-                 d, out0 + k);
+      put(hn::PromoteTo(d, hn::LoadU(dh8, ra + k)), hn::PromoteTo(d, hn::LoadU(dh8, rb + k)), 0, k);
     }
   } else if (pack == 1) {
-    for (; k + L <= cw; k += L) {
-      hn::StoreU(blend(Codes(words(ra + 2 * k), wide), Codes(words(rb + 2 * k), wide)), d, out0 + k);
-    }
+    for (; k + L <= cw; k += L) put(Codes(words(ra + 2 * k), wide), Codes(words(rb + 2 * k), wide), 0, k);
   } else if (wide == 0) {
     // Byte pairs as words: the even sample low, the odd one high.
     const auto lo = hn::Set(du, 0xFF);
     for (; k + L <= cw; k += L) {
       const auto a = words(ra + 2 * k), b = words(rb + 2 * k);
-      hn::StoreU(blend(hn::BitCast(d, hn::And(a, lo)), hn::BitCast(d, hn::And(b, lo))), d, out0 + k);
-      hn::StoreU(blend(hn::BitCast(d, hn::ShiftRight<8>(a)), hn::BitCast(d, hn::ShiftRight<8>(b))), d,
-                 out1 + k);
+      put(hn::BitCast(d, hn::And(a, lo)), hn::BitCast(d, hn::And(b, lo)), 0, k);
+      put(hn::BitCast(d, hn::ShiftRight<8>(a)), hn::BitCast(d, hn::ShiftRight<8>(b)), 1, k);
     }
   } else {
     // Word pairs from bytes (rows of an odd stride are not word-aligned):
     // even words to out0, odd ones to out1.
     for (; k + L <= cw; k += L) {
       const auto a0 = words(ra + 4 * k), a1 = words(ra + 4 * k + 2 * L);
-      const auto b0 = words(rb + 4 * k), b1 = words(rb + 4 * k + 2 * L);
-      hn::StoreU(blend(Codes(hn::ConcatEven(du, a1, a0), wide), Codes(hn::ConcatEven(du, b1, b0), wide)),
-                 d, out0 + k);
-      hn::StoreU(blend(Codes(hn::ConcatOdd(du, a1, a0), wide), Codes(hn::ConcatOdd(du, b1, b0), wide)),
-                 d, out1 + k);
+      const auto c0 = words(rb + 4 * k), c1 = words(rb + 4 * k + 2 * L);
+      put(Codes(hn::ConcatEven(du, a1, a0), wide), Codes(hn::ConcatEven(du, c1, c0), wide), 0, k);
+      put(Codes(hn::ConcatOdd(du, a1, a0), wide), Codes(hn::ConcatOdd(du, c1, c0), wide), 1, k);
     }
   }
   csc::scalar::NewChromaRow(ra, rb, wa, pack, wide, out0, out1, k, cw);
+  if (kPair) csc::scalar::NewChromaRow(rb, ra, wa, pack, wide, b0, b1, k, cw);
+}
+
+void NewChromaRowVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
+                     int16_t* out0, int16_t* out1, size_t cw) {
+  ChromaRowsVec<false>(ra, rb, wa, pack, wide, out0, out1, nullptr, nullptr, cw);
 }
 
 void NewChromaPairVec(const uint8_t* ra, const uint8_t* rb, int pack, int wide, int16_t* a0,
                       int16_t* a1, int16_t* b0, int16_t* b1, size_t cw) {
-#if HWY_TARGET == HWY_NEON
-  if (wide == 0) {
-    const size_t k = ChromaBytesNeon<true>(ra, rb, 3, pack, a0, a1, b0, b1, cw);
-    csc::scalar::NewChromaRow(ra, rb, 3, pack, wide, a0, a1, k, cw);
-    csc::scalar::NewChromaRow(rb, ra, 3, pack, wide, b0, b1, k, cw);
-    return;
-  }
-#endif
-  NewChromaRowVec(ra, rb, 3, pack, wide, a0, a1, cw);
-  NewChromaRowVec(rb, ra, 3, pack, wide, b0, b1, cw);
+  ChromaRowsVec<true>(ra, rb, 3, pack, wide, a0, a1, b0, b1, cw);
 }
 
 // ---- The fused YUV to RGB row. ----
@@ -339,12 +338,12 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 #if KELO_NEW_FUSED
 // The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
 // of each kPx-byte pixel. Returns the pixels done.
-// kByteLuma and kHalf, when 0 or 1, fix wide == 0 and half for the loop (the
-// step's loads then take no branches); -1 leaves them to the arguments.
-template <int kPx, int kR, int kG, int kB, int kA, int kByteLuma = -1, int kHalf = -1>
+// kWide (0 .. 2) and kHalf (0 or 1), when not -1, fix wide and half for the
+// loop (the step's loads then take no branches).
+template <int kPx, int kR, int kG, int kB, int kA, int kWide = -1, int kHalf = -1>
 size_t FusedRow(const csc::NewYuvRgb& k, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
-  if constexpr (kByteLuma == 1) wide = 0;
+  if constexpr (kWide >= 0) wide = kWide;
   if constexpr (kHalf >= 0) half = kHalf == 1;
   const size_t S = hn::Lanes(DB());
   const CoefRegs c = Regs(k);
@@ -392,14 +391,16 @@ bool WithFusedOrder(const csc::NewRgbOrder& o, const F& f) {
 template <class O>
 size_t FusedRowOf(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
                   const int16_t* v, bool half, uint8_t* dst, size_t n) {
-  const auto row = [&](auto byte_luma, auto halved) {
-    return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, decltype(byte_luma)::value,
+  const auto row = [&](auto kind, auto halved) {
+    return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, decltype(kind)::value,
                     decltype(halved)::value>(q, y, wide, u, v, half, dst, n);
   };
-  using F = std::integral_constant<int, 0>;
-  using T = std::integral_constant<int, 1>;
-  if (wide == 0) return half ? row(T{}, T{}) : row(T{}, F{});
-  return half ? row(F{}, T{}) : row(F{}, F{});
+  using W0 = std::integral_constant<int, 0>;
+  using W1 = std::integral_constant<int, 1>;
+  using W2 = std::integral_constant<int, 2>;
+  if (wide == 0) return half ? row(W0{}, W1{}) : row(W0{}, W0{});
+  if (wide == 1) return half ? row(W1{}, W1{}) : row(W1{}, W0{});
+  return half ? row(W2{}, W1{}) : row(W2{}, W0{});
 }
 
 void NewYuvToRgbRowVec(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,

@@ -371,7 +371,7 @@ TEST(CscNew, YuvToRgbByTheHeadersFixedPointMap) {
   ASSERT_EQ(kimgp_csc_new(&yuv.img, &rgb.img), 0);
   for (int y = 0; y < 3; ++y) {
     for (int x = 0; x < 37; ++x) {
-      const int u = (GetC(yuv.img, x, y, 0) - 128) << 8, v = (GetC(yuv.img, x, y, 1) - 128) << 8;
+      const int u = (GetC(yuv.img, x, y, 0) - 128) * 256, v = (GetC(yuv.img, x, y, 1) - 128) * 256;
       const int l = h(GetY(yuv.img, x, y) << 7, 9539) - 580;
       const int want[3] = {l + h(v, 6537), l + h(u, -1605) + h(v, -3330), l + h(u, 8263)};
       int got[3];
