@@ -14,9 +14,6 @@
 //                         within each 128-bit block (phaddw; up to 256 bits)
 //   RawMulAddWords(a, b)  signed 16-bit products, each neighbouring pair
 //                         summed into a 32-bit lane (pmaddwd; up to 256 bits)
-//   RawPackWords(lo, hi)  signed 32-bit lanes saturated to signed 16 bits,
-//                         lo's then hi's within each 128-bit block (packssdw;
-//                         up to 256 bits)
 #if defined(KELO_COMMON_INTERNAL_X86_RAW_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef KELO_COMMON_INTERNAL_X86_RAW_INL_H_
 #undef KELO_COMMON_INTERNAL_X86_RAW_INL_H_
@@ -43,14 +40,12 @@ HWY_INLINE __m128i RawPackBytes(__m128i lo, __m128i hi) { return _mm_packus_epi1
 HWY_INLINE __m128i RawPackSignedBytes(__m128i lo, __m128i hi) { return _mm_packs_epi16(lo, hi); }
 HWY_INLINE __m128i RawAddPairs(__m128i a, __m128i b) { return _mm_hadd_epi16(a, b); }
 HWY_INLINE __m128i RawMulAddWords(__m128i a, __m128i b) { return _mm_madd_epi16(a, b); }
-HWY_INLINE __m128i RawPackWords(__m128i lo, __m128i hi) { return _mm_packs_epi32(lo, hi); }
 #if HWY_TARGET <= HWY_AVX2
 HWY_INLINE __m256i RawMulAddPairs(__m256i a, __m256i b) { return _mm256_maddubs_epi16(a, b); }
 HWY_INLINE __m256i RawPackBytes(__m256i lo, __m256i hi) { return _mm256_packus_epi16(lo, hi); }
 HWY_INLINE __m256i RawPackSignedBytes(__m256i lo, __m256i hi) { return _mm256_packs_epi16(lo, hi); }
 HWY_INLINE __m256i RawAddPairs(__m256i a, __m256i b) { return _mm256_hadd_epi16(a, b); }
 HWY_INLINE __m256i RawMulAddWords(__m256i a, __m256i b) { return _mm256_madd_epi16(a, b); }
-HWY_INLINE __m256i RawPackWords(__m256i lo, __m256i hi) { return _mm256_packs_epi32(lo, hi); }
 #endif
 #if HWY_TARGET <= HWY_AVX3
 HWY_INLINE __m512i RawMulAddPairs(__m512i a, __m512i b) { return _mm512_maddubs_epi16(a, b); }
