@@ -226,9 +226,13 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
     s->y[1] = hn::ShiftLeft<7>(hn::BitCast(d, hn::InterleaveUpper(d8, y8, zero)));
 #endif
   } else {
-    Arrange(Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x)), wide),
-            Codes(hn::BitCast(du, hn::LoadU(d8, y + 2 * x + 2 * L)), wide), &s->y[0], &s->y[1]);
-    for (VW& yv : s->y) yv = hn::ShiftLeft<5>(yv);
+    // The code << 5 by two shifts (no mask register).
+    const auto x32 = [&](const uint8_t* p) {
+      const auto w = hn::BitCast(du, hn::LoadU(d8, p));
+      return hn::BitCast(d, wide == 1 ? hn::ShiftRight<1>(hn::ShiftLeft<6>(w))
+                                      : hn::ShiftLeft<5>(hn::ShiftRight<6>(w)));
+    };
+    Arrange(x32(y + 2 * x), x32(y + 2 * x + 2 * L), &s->y[0], &s->y[1]);
   }
   const int16_t* c[2] = {u, v};
   VW* out[2] = {s->u, s->v};
@@ -249,11 +253,9 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
       out[i][0] = VW(a);
       out[i][1] = VW(mid);
 #else
-      // The mean rounded up of samples biased to unsigned (pavgw).
-      const auto bias = hn::Set(du, 0x8000);
+      // Samples are even, so halving each before the sum is exact.
       const VW a = hn::LoadU(d, c[i] + x / 2);
-      const auto an = hn::Xor(hn::BitCast(du, hn::LoadU(d, c[i] + x / 2 + 1)), bias);
-      const VW mid = hn::BitCast(d, hn::Xor(hn::AverageRound(hn::Xor(hn::BitCast(du, a), bias), an), bias));
+      const VW mid = hn::Add(hn::ShiftRight<1>(a), hn::ShiftRight<1>(hn::LoadU(d, c[i] + x / 2 + 1)));
       out[i][0] = hn::InterleaveLower(d, a, mid);
       out[i][1] = hn::InterleaveUpper(d, a, mid);
 #endif

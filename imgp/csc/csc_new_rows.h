@@ -117,8 +117,9 @@ inline void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack,
 }
 // Chroma of pixel x of a row of chroma samples c: c[x], or with half (one
 // sample per two pixels) c[x / 2] at even x and the mean of c[x / 2] and
-// c[x / 2 + 1] rounded up at odd x. The enlarged row reads one sample past
-// its last.
+// c[x / 2 + 1] rounded up at odd x (exact: samples are multiples of 16, and
+// the vector rows take that). The enlarged row reads one sample past its
+// last.
 inline int32_t NewChromaAt(const int16_t* c, size_t x, bool half) {
   if (!half) return c[x];
   const size_t k = x >> 1;
