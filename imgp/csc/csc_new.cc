@@ -331,9 +331,9 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
     }
   }
   const int32_t n = half_h ? HalfUp(p.w) : p.w;
-  const bool to_rgb = IsRgb(*p.d);
-  if (to_rgb) {
-    // In 256ths of an 8-bit code about the centre; enlarged means round up.
+  if (IsRgb(*p.d)) {
+    // In 256ths of an 8-bit code about the centre (multiples of 16, so the
+    // mean of two is exact).
     const int sh = l.wide ? 3 : 5;
     for (int32_t k = 0; k < cw; ++k) {
       ua[k] = (ua[k] << sh) - 32768;
@@ -351,8 +351,8 @@ void ChromaOnGrid(const Plan& p, const kimgp_img& s, int32_t ty, bool half_v, bo
       a = 2 * x;
       b = Min(a + 1, cw - 1);
     }
-    u[x] = (ua[a] + ua[b] + to_rgb) >> 1;
-    v[x] = (va[a] + va[b] + to_rgb) >> 1;
+    u[x] = (ua[a] + ua[b]) >> 1;
+    v[x] = (va[a] + va[b]) >> 1;
   }
 }
 

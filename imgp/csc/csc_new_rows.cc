@@ -64,16 +64,16 @@ HWY_INLINE VW Codes(hn::Vec<DUW> words, int wide) {
 }
 
 #if HWY_TARGET == HWY_NEON
-// Byte rows as widening products: 64 wa a + 64 (4 - wa) b - 32768 into
+// Byte rows as widening products: 32 wa a + 32 (4 - wa) b - 16384 into
 // out0/out1 and, with kPair, the same of (b, a) into b0/b1 from the same
 // loads. The loops bump their pointers (post-increment addressing). Returns
 // the samples done.
 template <bool kPair>
 size_t ChromaBytesNeon(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int16_t* out0,
                        int16_t* out1, int16_t* b0, int16_t* b1, size_t cw) {
-  const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(64 * wa));
-  const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(256 - 64 * wa));
-  const int16x8_t off = vdupq_n_s16(-32768);
+  const uint8x8_t ma = vdup_n_u8(static_cast<uint8_t>(32 * wa));
+  const uint8x8_t mb = vdup_n_u8(static_cast<uint8_t>(32 * (4 - wa)));
+  const int16x8_t off = vdupq_n_s16(16384);
   const auto row = [&](uint8x8_t a, uint8x8_t b) {
     return vsubq_s16(vreinterpretq_s16_u16(vmlal_u8(vmull_u8(a, ma), b, mb)), off);
   };
@@ -127,10 +127,10 @@ void ChromaRowsVec(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int w
   const DB d8;
   const hn::Rebind<uint8_t, DW> dh8;
   const size_t L = hn::Lanes(d);
-  const int sh = wide ? 4 : 6;
+  const int sh = wide ? 3 : 5;
   const VW ka = hn::Set(d, static_cast<int16_t>(wa << sh));
   const VW kb = hn::Set(d, static_cast<int16_t>((4 - wa) << sh));
-  const VW off = hn::Set(d, int16_t{-32768});
+  const VW off = hn::Set(d, int16_t{16384});
   const auto blend = [&](VW a, VW b) { return hn::Sub(hn::Add(hn::Mul(a, ka), hn::Mul(b, kb)), off); };
   // Sample k .. k + L - 1 of channel c from codes a (row ra) and b (rb).
   const auto put = [&](VW a, VW b, int c, size_t k) {
@@ -203,7 +203,9 @@ HWY_INLINE void Arrange(VW v0, VW v1, VW* a, VW* b) {
 }
 #endif
 
-// Luma (yx) and chroma of a step, in the A and B arrangement.
+// Luma (yx) and chroma of a step, in the A and B arrangement. Chroma lanes
+// hold 2 t at even pixels and t_k + t_k+1 at odd ones when halved, else t:
+// the chroma coefficients are doubled in the lanes of t (CoefRegs).
 struct Step {
   VW y[2], u[2], v[2];
 };
@@ -239,10 +241,10 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
   for (int i = 0; i < 2; ++i) {
     if (half) {
 #if HWY_TARGET == HWY_NEON
-      // The rounding halving add and one zip giving both halves (in place:
-      // GCC copies both registers around vzipq_s16).
+      // The sum with the next sample and one zip giving both halves (in
+      // place: GCC copies both registers around vzipq_s16).
       int16x8_t a = vld1q_s16(c[i] + x / 2);
-      int16x8_t mid = vrhaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1));
+      int16x8_t mid = vaddq_s16(a, vld1q_s16(c[i] + x / 2 + 1));
 #if defined(__arm__) && !defined(__aarch64__)
       asm("vzip.16 %q0, %q1" : "+w"(a), "+w"(mid));
 #else
@@ -253,9 +255,8 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
       out[i][0] = VW(a);
       out[i][1] = VW(mid);
 #else
-      // Samples are even, so halving each before the sum is exact.
       const VW a = hn::LoadU(d, c[i] + x / 2);
-      const VW mid = hn::Add(hn::ShiftRight<1>(a), hn::ShiftRight<1>(hn::LoadU(d, c[i] + x / 2 + 1)));
+      const VW mid = hn::Add(a, hn::LoadU(d, c[i] + x / 2 + 1));
       out[i][0] = hn::InterleaveLower(d, a, mid);
       out[i][1] = hn::InterleaveUpper(d, a, mid);
 #endif
@@ -266,15 +267,20 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
 }
 
 #if HWY_TARGET == HWY_NEON
-// The coefficients as lanes of two d registers (a product by a lane takes no
-// register moves) and the constant.
+// Luma's coefficient as a lane, the chroma ones as vectors (doubled in the
+// lanes of t), and the constant.
 struct CoefRegs {
-  int16x4_t m0, m1;  // y, rv, gu, gv; bu
-  int16x8_t add;
+  int16x4_t y;
+  int16x8_t rv, gu, gv, bu, add;
 };
-HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q) {
-  const int16_t c0[4] = {q.y, q.rv, q.gu, q.gv}, c1[4] = {q.bu, 0, 0, 0};
-  return {vld1_s16(c0), vld1_s16(c1), vdupq_n_s16(q.add)};
+HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q, bool half) {
+  const auto c = [&](int16_t v) {
+    const int16_t odd = static_cast<int16_t>(half ? v : 2 * v);
+    const int16_t t[8] = {static_cast<int16_t>(2 * v), odd, static_cast<int16_t>(2 * v), odd,
+                          static_cast<int16_t>(2 * v), odd, static_cast<int16_t>(2 * v), odd};
+    return vld1q_s16(t);
+  };
+  return {vdup_n_s16(q.y), c(q.rv), c(q.gu), c(q.gv), c(q.bu), vdupq_n_s16(q.add)};
 }
 // Converts and stores the step's 16 pixels, eight at a time (A is pixels
 // 0-7, B 8-15).
@@ -282,13 +288,12 @@ template <int kPx, int kR, int kG, int kB, int kA>
 HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
   for (int i = 0; i < 2; ++i) {
     const int16x8_t u = s.u[i].raw, v = s.v[i].raw;
-    const int16x8_t l = vaddq_s16(vqrdmulhq_lane_s16(s.y[i].raw, c.m0, 0), c.add);
+    const int16x8_t l = vaddq_s16(vqrdmulhq_lane_s16(s.y[i].raw, c.y, 0), c.add);
     uint8x8_t ch[4];
-    ch[kR] = vqshrun_n_s16(vaddq_s16(l, vqrdmulhq_lane_s16(v, c.m0, 1)), csc::kNewRgbFrac);
-    ch[kG] = vqshrun_n_s16(vaddq_s16(vaddq_s16(l, vqrdmulhq_lane_s16(u, c.m0, 2)),
-                                     vqrdmulhq_lane_s16(v, c.m0, 3)),
+    ch[kR] = vqshrun_n_s16(vaddq_s16(l, vqrdmulhq_s16(v, c.rv)), csc::kNewRgbFrac);
+    ch[kG] = vqshrun_n_s16(vaddq_s16(vaddq_s16(l, vqrdmulhq_s16(u, c.gu)), vqrdmulhq_s16(v, c.gv)),
                            csc::kNewRgbFrac);
-    ch[kB] = vqshrun_n_s16(vaddq_s16(l, vqrdmulhq_lane_s16(u, c.m1, 0)), csc::kNewRgbFrac);
+    ch[kB] = vqshrun_n_s16(vaddq_s16(l, vqrdmulhq_s16(u, c.bu)), csc::kNewRgbFrac);
     if (kPx == 4) {
       ch[kA] = vdup_n_u8(255);
       vst4_u8(q + 32 * i, (uint8x8x4_t{{ch[0], ch[1], ch[2], ch[3]}}));
@@ -302,10 +307,15 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 struct CoefRegs {
   VW y, rv, gu, gv, bu, add;
 };
-HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q) {
+// The chroma coefficients doubled in the lanes of t (see Step).
+HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q, bool half) {
   const DW d;
-  return {hn::Set(d, q.y),  hn::Set(d, q.rv), hn::Set(d, q.gu),
-          hn::Set(d, q.gv), hn::Set(d, q.bu), hn::Set(d, q.add)};
+  const hn::Repartition<uint32_t, DW> d32;
+  const auto c = [&](int16_t v) {
+    const uint32_t even = static_cast<uint16_t>(2 * v), odd = static_cast<uint16_t>(half ? v : 2 * v);
+    return hn::BitCast(d, hn::Set(d32, even | (odd << 16)));
+  };
+  return {hn::Set(d, q.y), c(q.rv), c(q.gu), c(q.gv), c(q.bu), hn::Set(d, q.add)};
 }
 // Converts and stores the step's 2 L pixels: the A and B halves pack back
 // into the step's bytes in order.
@@ -348,7 +358,7 @@ size_t FusedRow(const csc::NewYuvRgb& k, const uint8_t* y, int wide, const int16
   if constexpr (kWide >= 0) wide = kWide;
   if constexpr (kHalf >= 0) half = kHalf == 1;
   const size_t S = hn::Lanes(DB());
-  const CoefRegs c = Regs(k);
+  const CoefRegs c = Regs(k, half);
   // The loop bumps its pointers (post-increment addressing on NEON).
   const size_t ystep = wide == 0 ? S : 2 * S, cstep = half ? S / 2 : S;
   const uint8_t* py = y;
@@ -535,7 +545,8 @@ void NewMatrixRow(const NewMatrix& k, int r, const int32_t* c0, const int32_t* c
 bool NewYuvRgbFits(const NewYuvRgb& q) {
   const auto mag = [](int32_t v) { return v < 0 ? -v : v; };
   const int32_t chroma = std::max({mag(q.rv), mag(q.gu) + mag(q.gv), mag(q.bu)});
-  return mag(q.y) + mag(q.add) + chroma <= 32767;
+  const int32_t widest = std::max({mag(q.rv), mag(q.gu), mag(q.gv), mag(q.bu)});
+  return mag(q.y) + mag(q.add) + chroma <= 32767 && 2 * widest <= 32767;
 }
 void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
                   int16_t* out0, int16_t* out1, size_t cw) {

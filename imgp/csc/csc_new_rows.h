@@ -64,12 +64,17 @@ struct NewYuvRgb {
 };
 constexpr int kNewRgbFrac = 5;
 
-// Whether no sum of map `q` leaves int16 (|yx| < 2^15, |s| <= 2^15).
+// Whether no sum of map `q` leaves int16 (|yx| < 2^15, |s| <= 2^15) and
+// twice each chroma coefficient fits int16.
 bool NewYuvRgbFits(const NewYuvRgb& q);
 
 // A destination row's chroma comes from a source chroma row pair blended
 // vertically (NewChromaRow, once per channel), then enlarged horizontally and
-// combined with luma in the fused row (NewYuvToRgbRow).
+// combined with luma in the fused row (NewYuvToRgbRow). Chroma rows hold half
+// samples, t = s / 2 (s is a multiple of 16): a pixel between samples k and
+// k + 1 takes t_k + t_k+1, one on sample k takes 2 t_k, so that enlarging
+// is one add and H(2 t, c) = H(t, 2 c) lets the vector rows multiply before
+// doubling.
 
 // Bytes per pixel (3 or 4) and the byte of each channel (a: -1 for none).
 struct NewRgbOrder {
@@ -98,12 +103,13 @@ inline void NewRgbOfYuv(const NewYuvRgb& q, int32_t yx, int32_t u, int32_t v, in
                         l + NewMulHigh(u, q.bu)};
   for (int i = 0; i < 3; ++i) rgb[i] = NewClamp(t[i] >> kNewRgbFrac, 255);
 }
-// A chroma sample in 256ths about the centre from codes blended wa : 4 - wa.
-inline int16_t NewChromaS(int32_t a, int32_t b, int wa, int wide) {
-  return static_cast<int16_t>(((wa * a + (4 - wa) * b) << (wide ? 4 : 6)) - 32768);
+// Half a chroma sample in 256ths about the centre (t) from codes blended
+// wa : 4 - wa.
+inline int16_t NewChromaT(int32_t a, int32_t b, int wa, int wide) {
+  return static_cast<int16_t>(((wa * a + (4 - wa) * b) << (wide ? 3 : 5)) - 16384);
 }
-// Chroma samples k of a destination row: rows ra and rb blended wa : 4 - wa
-// (wa 2 or 3). pack 1: a plane of one channel; pack 2: interleaved pairs,
+// Half chroma samples k of a destination row: rows ra and rb blended wa :
+// 4 - wa (wa 2 or 3). pack 1: a plane of one channel; pack 2: interleaved pairs,
 // even samples to out0 and odd ones to out1.
 inline void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack, int wide,
                          int16_t* out0, int16_t* out1, size_t i0, size_t cw) {
@@ -111,19 +117,18 @@ inline void NewChromaRow(const uint8_t* ra, const uint8_t* rb, int wa, int pack,
   for (size_t k = i0; k < cw; ++k) {
     for (int c = 0; c < pack; ++c) {
       const size_t i = pack * k + c;
-      out[c][k] = NewChromaS(NewSample(ra, i, wide), NewSample(rb, i, wide), wa, wide);
+      out[c][k] = NewChromaT(NewSample(ra, i, wide), NewSample(rb, i, wide), wa, wide);
     }
   }
 }
-// Chroma of pixel x of a row of chroma samples c: c[x], or with half (one
-// sample per two pixels) c[x / 2] at even x and the mean of c[x / 2] and
-// c[x / 2 + 1] rounded up at odd x (exact: samples are multiples of 16, and
-// the vector rows take that). The enlarged row reads one sample past its
-// last.
-inline int32_t NewChromaAt(const int16_t* c, size_t x, bool half) {
-  if (!half) return c[x];
+// Chroma s of pixel x from a row of half samples t: 2 t[x], or with half
+// (one sample per two pixels) 2 t[x / 2] at even x and t[x / 2] +
+// t[x / 2 + 1] (the mean, exact) at odd x. The enlarged row reads one
+// sample past its last.
+inline int32_t NewChromaAt(const int16_t* t, size_t x, bool half) {
+  if (!half) return 2 * t[x];
   const size_t k = x >> 1;
-  return (x & 1) ? (c[k] + c[k + 1] + 1) >> 1 : c[k];
+  return (x & 1) ? t[k] + t[k + 1] : 2 * t[k];
 }
 // Pixels [x0, n) of an RGB row from luma row y and the chroma rows u, v of
 // NewChromaRow, by map `q` (alpha 255).
