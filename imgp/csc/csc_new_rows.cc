@@ -353,12 +353,12 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 // kWide (0 .. 2) and kHalf (0 or 1), when not -1, fix wide and half for the
 // loop (the step's loads then take no branches).
 template <int kPx, int kR, int kG, int kB, int kA, int kWide = -1, int kHalf = -1>
-size_t FusedRow(const csc::NewYuvRgb& k, const uint8_t* y, int wide, const int16_t* u,
+size_t FusedRow(const CoefRegs& regs, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
+  const CoefRegs c = regs;  // a local copy stays in registers across the stores
   if constexpr (kWide >= 0) wide = kWide;
   if constexpr (kHalf >= 0) half = kHalf == 1;
   const size_t S = hn::Lanes(DB());
-  const CoefRegs c = Regs(k, half);
   // The loop bumps its pointers (post-increment addressing on NEON).
   const size_t ystep = wide == 0 ? S : 2 * S, cstep = half ? S / 2 : S;
   const uint8_t* py = y;
@@ -399,13 +399,14 @@ bool WithFusedOrder(const csc::NewRgbOrder& o, const F& f) {
 }
 
 // The vector part of a row of order O, the loop made for the kind of luma
-// and chroma (the branches cost about half an instruction a pixel).
+// and chroma (the branches cost about half an instruction a pixel); c from
+// Regs(map, half), made once per image.
 template <class O>
-size_t FusedRowOf(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
+size_t FusedRowOf(const CoefRegs& c, const uint8_t* y, int wide, const int16_t* u,
                   const int16_t* v, bool half, uint8_t* dst, size_t n) {
   const auto row = [&](auto kind, auto halved) {
     return FusedRow<O::kPx, O::kR, O::kG, O::kB, O::kA, decltype(kind)::value,
-                    decltype(halved)::value>(q, y, wide, u, v, half, dst, n);
+                    decltype(halved)::value>(c, y, wide, u, v, half, dst, n);
   };
   using W0 = std::integral_constant<int, 0>;
   using W1 = std::integral_constant<int, 1>;
@@ -419,7 +420,8 @@ void NewYuvToRgbRowVec(const csc::NewYuvRgb& q, const uint8_t* y, int wide, cons
                        const int16_t* v, bool half, const csc::NewRgbOrder& o, uint8_t* dst,
                        size_t n) {
   size_t x = 0;
-  WithFusedOrder(o, [&](auto order) { x = FusedRowOf<decltype(order)>(q, y, wide, u, v, half, dst, n); });
+  const CoefRegs c = Regs(q, half);
+  WithFusedOrder(o, [&](auto order) { x = FusedRowOf<decltype(order)>(c, y, wide, u, v, half, dst, n); });
   csc::scalar::NewYuvToRgbRow(q, y, wide, u, v, half, o, dst, x, n);
 }
 #else
@@ -461,10 +463,11 @@ void NewYuvToRgbImageVec(const csc::NewYuvToRgbJob& j, int16_t* buf) {
     NewChromaPairVec(ra, rb, j.pack, j.wide, a0, a1, b0, b1, cw);
   };
 #if HWY_TARGET != HWY_SCALAR && KELO_NEW_FUSED
+  const CoefRegs c = Regs(j.q, j.half_h);
   const bool done = WithFusedOrder(j.o, [&](auto order) {
     csc::NewYuvToRgbRows(j, buf, chroma, pair,
                          [&](const uint8_t* y, const int16_t* u, const int16_t* v, uint8_t* d) {
-      const size_t x = FusedRowOf<decltype(order)>(j.q, y, j.wide, u, v, j.half_h, d, n);
+      const size_t x = FusedRowOf<decltype(order)>(c, y, j.wide, u, v, j.half_h, d, n);
       if (x < n) csc::scalar::NewYuvToRgbRow(j.q, y, j.wide, u, v, j.half_h, j.o, d, x, n);
     });
   });
