@@ -792,8 +792,8 @@ void kimgp_csc_bt709_fr_yuv420_to_rgba8888(uint8_t **src_plane, const int32_t *s
  * source code: Ky = 255 / yspan, rv = 255 * 2 (1 - Kr) / cspan, ...), and
  * add = round(16 - 32 * yoff * Ky). For 8-bit BT.601 limited range
  * (cy, rv, gu, gv, bu; add) = (9539, 6537, -1605, -3330, 8263; -580). An
- * enlarged chroma sample between two others is their mean in 256ths,
- * rounded up. Every RGB value is within 0.58 of the double formulas. From
+ * enlarged chroma sample between two others is their mean (exact in
+ * 256ths). Every RGB value is within 0.58 of the double formulas. From
  * RGB to 8-bit YUV, luma has byte weights, Y = (wr R + wg G + wb B + 256 yoff + a) >> 8 with
  * w = round(256 K yspan / 255) per channel and a = min(255, round(128 +
  * 128 (256 yspan / 255 - wr - wg - wb))): (wr, wg, wb; a) is BT.601
