@@ -204,8 +204,8 @@ HWY_INLINE void Arrange(VW v0, VW v1, VW* a, VW* b) {
 #endif
 
 // Luma (yx) and chroma of a step, in the A and B arrangement. Chroma lanes
-// hold 2 t at even pixels and t_k + t_k+1 at odd ones when halved, else t:
-// the chroma coefficients are doubled in the lanes of t (CoefRegs).
+// hold t_k at even pixels and t_k + t_k+1 at odd ones when halved, else t:
+// the chroma coefficients are doubled in the lanes of t (OnLanes).
 struct Step {
   VW y[2], u[2], v[2];
 };
@@ -266,18 +266,28 @@ HWY_INLINE void LoadStep(const uint8_t* y, int wide, const int16_t* u, const int
   }
 }
 
+// A chroma coefficient on the lanes of a step: doubled on the even lanes and,
+// unless chroma is halved, on the odd ones too (those holding t; a lane
+// holding a sum of two takes it as is), since H(2 t, c) = H(t, 2 c).
+struct LaneCoef {
+  int16_t even, odd;
+};
+HWY_INLINE LaneCoef OnLanes(int16_t v, bool half) {
+  const int16_t twice = static_cast<int16_t>(2 * v);
+  return {twice, half ? v : twice};
+}
+
 #if HWY_TARGET == HWY_NEON
-// Luma's coefficient as a lane, the chroma ones as vectors (doubled in the
-// lanes of t), and the constant.
+// Luma's coefficient as a lane, the chroma ones as vectors (OnLanes), and
+// the constant.
 struct CoefRegs {
   int16x4_t y;
   int16x8_t rv, gu, gv, bu, add;
 };
 HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q, bool half) {
   const auto c = [&](int16_t v) {
-    const int16_t odd = static_cast<int16_t>(half ? v : 2 * v);
-    const int16_t t[8] = {static_cast<int16_t>(2 * v), odd, static_cast<int16_t>(2 * v), odd,
-                          static_cast<int16_t>(2 * v), odd, static_cast<int16_t>(2 * v), odd};
+    const LaneCoef l = OnLanes(v, half);
+    const int16_t t[8] = {l.even, l.odd, l.even, l.odd, l.even, l.odd, l.even, l.odd};
     return vld1q_s16(t);
   };
   return {vdup_n_s16(q.y), c(q.rv), c(q.gu), c(q.gv), c(q.bu), vdupq_n_s16(q.add)};
@@ -307,13 +317,14 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 struct CoefRegs {
   VW y, rv, gu, gv, bu, add;
 };
-// The chroma coefficients doubled in the lanes of t (see Step).
+// The chroma coefficients as OnLanes gives them.
 HWY_INLINE CoefRegs Regs(const csc::NewYuvRgb& q, bool half) {
   const DW d;
   const hn::Repartition<uint32_t, DW> d32;
   const auto c = [&](int16_t v) {
-    const uint32_t even = static_cast<uint16_t>(2 * v), odd = static_cast<uint16_t>(half ? v : 2 * v);
-    return hn::BitCast(d, hn::Set(d32, even | (odd << 16)));
+    const LaneCoef l = OnLanes(v, half);
+    const uint32_t lanes = static_cast<uint16_t>(l.even) | (uint32_t{static_cast<uint16_t>(l.odd)} << 16);
+    return hn::BitCast(d, hn::Set(d32, lanes));
   };
   return {hn::Set(d, q.y), c(q.rv), c(q.gu), c(q.gv), c(q.bu), hn::Set(d, q.add)};
 }
@@ -350,14 +361,16 @@ HWY_INLINE void StoreStep(const Step& s, const CoefRegs& c, uint8_t* q) {
 #if KELO_NEW_FUSED
 // The vector part of a row for one channel order: bytes kR, kG, kB (and kA)
 // of each kPx-byte pixel. Returns the pixels done.
-// kWide (0 .. 2) and kHalf (0 or 1), when not -1, fix wide and half for the
-// loop (the step's loads then take no branches).
-template <int kPx, int kR, int kG, int kB, int kA, int kWide = -1, int kHalf = -1>
+// kWide (luma as NewSample's wide) and kHalf (chroma halved) are fixed for
+// the loop, so the step's loads take no branches. wide and half stay
+// arguments: without them GCC's 32-bit ARM loop costs 0.14 instruction a
+// pixel more.
+template <int kPx, int kR, int kG, int kB, int kA, int kWide, bool kHalf>
 size_t FusedRow(const CoefRegs& regs, const uint8_t* y, int wide, const int16_t* u,
                 const int16_t* v, bool half, uint8_t* dst, size_t n) {
   const CoefRegs c = regs;  // a local copy stays in registers across the stores
-  if constexpr (kWide >= 0) wide = kWide;
-  if constexpr (kHalf >= 0) half = kHalf == 1;
+  wide = kWide;
+  half = kHalf;
   const size_t S = hn::Lanes(DB());
   // The loop bumps its pointers (post-increment addressing on NEON).
   const size_t ystep = wide == 0 ? S : 2 * S, cstep = half ? S / 2 : S;
@@ -411,9 +424,11 @@ size_t FusedRowOf(const CoefRegs& c, const uint8_t* y, int wide, const int16_t* 
   using W0 = std::integral_constant<int, 0>;
   using W1 = std::integral_constant<int, 1>;
   using W2 = std::integral_constant<int, 2>;
-  if (wide == 0) return half ? row(W0{}, W1{}) : row(W0{}, W0{});
-  if (wide == 1) return half ? row(W1{}, W1{}) : row(W1{}, W0{});
-  return half ? row(W2{}, W1{}) : row(W2{}, W0{});
+  using F = std::false_type;
+  using T = std::true_type;
+  if (wide == 0) return half ? row(W0{}, T{}) : row(W0{}, F{});
+  if (wide == 1) return half ? row(W1{}, T{}) : row(W1{}, F{});
+  return half ? row(W2{}, T{}) : row(W2{}, F{});
 }
 
 void NewYuvToRgbRowVec(const csc::NewYuvRgb& q, const uint8_t* y, int wide, const int16_t* u,
